@@ -1,0 +1,131 @@
+#include "Domain/RecordCoding.h"
+
+#include <algorithm>
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+#include <cmath>
+
+namespace tallowbrook {
+
+void RecordEncoder::encode(std::string_view key, std::string_view value) {
+    members_.emplace_back(key, boost::json::serialize(boost::json::string_view{value}));
+}
+
+void RecordEncoder::encode(std::string_view key, std::int64_t value) {
+    members_.emplace_back(key, std::to_string(value));
+}
+
+void RecordEncoder::encode(std::string_view key, double value) {
+    // Within this range every whole number is exact, and reads better without an exponent.
+    constexpr double exactRange = 9007199254740992.0;
+    if (std::trunc(value) == value && std::abs(value) < exactRange)
+        return encode(key, static_cast<std::int64_t>(value));
+    members_.emplace_back(key, boost::json::serialize(boost::json::value(value)));
+}
+
+void RecordEncoder::encode(std::string_view key, bool value) {
+    members_.emplace_back(key, value ? "true" : "false");
+}
+
+void RecordEncoder::encode(std::string_view key, Instant value) {
+    encode(key, std::string_view{EventDate::text(value)});
+}
+
+void RecordEncoder::encode(std::string_view key, const RecordEncoder& nested) {
+    members_.emplace_back(key, nested.text());
+}
+
+std::string RecordEncoder::text() const {
+    auto sorted = members_;
+    std::ranges::sort(sorted);
+    std::string text{"{"};
+    for (const auto& [key, value] : sorted) {
+        if (text.size() > 1) text += ',';
+        text.append("\"").append(key).append("\":").append(value);
+    }
+    return text + "}";
+}
+
+std::expected<RecordDecoder, DecodingError> RecordDecoder::parse(std::string_view text) {
+    boost::json::error_code error;
+    boost::json::value value = boost::json::parse(boost::json::string_view{text}, error);
+    if (error) return std::unexpected(DecodingError{"invalid JSON"});
+    if (!value.is_object()) return std::unexpected(DecodingError{"not a JSON object"});
+    RecordDecoder decoder;
+    decoder.object_ = std::move(value.get_object());
+    return decoder;
+}
+
+bool RecordDecoder::has(std::string_view key) const {
+    const auto* value = object_.if_contains(key);
+    return value != nullptr && !value->is_null();
+}
+
+const boost::json::value* RecordDecoder::find(std::string_view key) {
+    const auto* value = object_.if_contains(key);
+    if (value == nullptr) fail(key, "is missing");
+    return value;
+}
+
+void RecordDecoder::fail(std::string_view key, std::string_view rule) {
+    if (!failure_) failure_ = DecodingError{std::string{key} + " " + std::string{rule}};
+}
+
+void RecordDecoder::adopt(const RecordDecoder& nested) {
+    if (!failure_) failure_ = nested.failure_;
+}
+
+std::string RecordDecoder::text(std::string_view key) {
+    const auto* value = find(key);
+    if (value == nullptr) return {};
+    if (const auto* string = value->if_string()) return {string->data(), string->size()};
+    fail(key, "is not a string");
+    return {};
+}
+
+std::int64_t RecordDecoder::integer(std::string_view key) {
+    const auto* value = find(key);
+    if (value == nullptr) return 0;
+    if (const auto* integer = value->if_int64()) return *integer;
+    fail(key, "is not a signed 64-bit integer");
+    return 0;
+}
+
+double RecordDecoder::number(std::string_view key) {
+    const auto* value = find(key);
+    if (value == nullptr) return 0;
+    boost::json::error_code error;
+    const auto number = value->to_number<double>(error);
+    if (!error && std::isfinite(number)) return number;
+    fail(key, "is not a finite number");
+    return 0;
+}
+
+bool RecordDecoder::boolean(std::string_view key) {
+    const auto* value = find(key);
+    if (value == nullptr) return false;
+    if (const auto* boolean = value->if_bool()) return *boolean;
+    fail(key, "is not a boolean");
+    return false;
+}
+
+Instant RecordDecoder::date(std::string_view key) {
+    const std::string string = text(key);
+    if (failure_) return {};
+    if (const auto instant = EventDate::parse(string)) return *instant;
+    if (!failure_) failure_ = DecodingError{"Invalid ISO 8601 date"};
+    return {};
+}
+
+RecordDecoder RecordDecoder::record(std::string_view key) {
+    RecordDecoder nested;
+    const auto* value = find(key);
+    if (value == nullptr) return nested;
+    if (const auto* object = value->if_object())
+        nested.object_ = *object;
+    else
+        fail(key, "is not an object");
+    return nested;
+}
+
+}  // namespace tallowbrook

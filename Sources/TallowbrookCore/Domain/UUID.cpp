@@ -1,0 +1,59 @@
+#include "Domain/UUID.h"
+
+#include <boost/uuid/random_generator.hpp>
+
+namespace tallowbrook {
+namespace {
+
+constexpr std::string_view digits = "0123456789ABCDEF";
+constexpr std::size_t textLength = 36;
+
+constexpr bool isHyphenPosition(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
+
+std::optional<unsigned> digitValue(char digit) {
+    if (digit >= '0' && digit <= '9') return static_cast<unsigned>(digit - '0');
+    if (digit >= 'A' && digit <= 'F') return static_cast<unsigned>(digit - 'A' + 10);
+    if (digit >= 'a' && digit <= 'f') return static_cast<unsigned>(digit - 'a' + 10);
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::string UUIDText::text(const UUID& uuid) {
+    std::string text;
+    text.reserve(textLength);
+    for (const unsigned byte : uuid) {
+        if (isHyphenPosition(text.size())) text += '-';
+        text += digits[byte >> 4];
+        text += digits[byte & 0xF];
+    }
+    return text;
+}
+
+std::optional<UUID> UUIDText::parse(std::string_view text) {
+    if (text.size() != textLength) return std::nullopt;
+    UUID uuid{};
+    auto byte = uuid.begin();
+    for (std::size_t i = 0; i < textLength;) {
+        if (isHyphenPosition(i)) {
+            if (text[i++] != '-') return std::nullopt;
+            continue;
+        }
+        const auto high = digitValue(text[i]);
+        const auto low = digitValue(text[i + 1]);
+        if (!high || !low) return std::nullopt;
+        *byte++ = static_cast<std::uint8_t>(*high << 4 | *low);
+        i += 2;
+    }
+    return uuid;
+}
+
+std::expected<UUID, FileError> randomUUID() {
+    try {
+        return boost::uuids::random_generator{}();
+    } catch (const boost::uuids::entropy_error& error) {
+        return std::unexpected(FileError{"random", static_cast<int>(error.errcode())});
+    }
+}
+
+}  // namespace tallowbrook

@@ -1,0 +1,98 @@
+#include "EventBridge/SpoolDrainer.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include "Domain/EventCoding.h"
+#include "EventBridge/FileDescriptor.h"
+#include "EventBridge/SpoolFileName.h"
+#include "EventBridge/SpoolLock.h"
+
+namespace tallowbrook {
+namespace {
+
+bool holdsAnything(const std::filesystem::path& file) {
+    struct stat status {};
+    return stat(file.c_str(), &status) == 0 && status.st_size > 0;
+}
+
+std::expected<void, SpoolError> claimActiveFile(const TallowbrookPaths& paths) {
+    if (!holdsAnything(paths.activeSpoolFile())) return {};
+    const auto segment = paths.spoolDirectory() /
+                         SpoolFileName::make(SpoolFileName::Prefix::ingest, currentInstant());
+    if (std::rename(paths.activeSpoolFile().c_str(), segment.c_str()) == 0) return {};
+    return std::unexpected(SpoolError::io("claim", errno));
+}
+
+std::expected<std::string, FileError> readFile(const std::filesystem::path& path) {
+    const FileDescriptor file{open(path.c_str(), O_RDONLY | O_CLOEXEC)};
+    struct stat status {};
+    if (!file.isOpen() || fstat(file.number(), &status) != 0)
+        return std::unexpected(FileError{"open", errno});
+
+    // One byte more than the file holds, so that the end of it is met without growing.
+    std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
+    std::size_t length = 0;
+    while (true) {
+        const ssize_t count = read(file.number(), bytes.data() + length, bytes.size() - length);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return std::unexpected(FileError{"read", errno});
+        if (count == 0) break;
+        length += static_cast<std::size_t>(count);
+        if (length == bytes.size()) bytes.resize(2 * length);
+    }
+    bytes.resize(length);
+    return bytes;
+}
+
+}  // namespace
+
+std::expected<std::vector<std::filesystem::path>, SpoolAccessError>
+SpoolDrainer::claimPendingFiles() const {
+    if (auto made = TallowbrookPaths::ensureDirectory(paths.spoolDirectory()); !made)
+        return std::unexpected(made.error());
+    {
+        const auto lock = SpoolLock::acquire(paths, lockTimeout);
+        if (!lock) return std::unexpected(lock.error());
+        if (auto claimed = claimActiveFile(paths); !claimed)
+            return std::unexpected(claimed.error());
+    }
+    // Nobody writes to a segment once it is named, so the listing needs no lock.
+    std::vector<std::filesystem::path> files;
+    for (auto& entry : SpoolFileName::pendingFiles(paths.spoolDirectory()))
+        files.push_back(std::move(entry.url));
+    return files;
+}
+
+std::expected<SpoolReadResult, FileError> SpoolDrainer::readEvents(
+    const std::filesystem::path& file) {
+    const auto bytes = readFile(file);
+    if (!bytes) return std::unexpected(bytes.error());
+
+    SpoolReadResult result;
+    std::string_view rest = *bytes;
+    while (!rest.empty()) {
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        if (line.empty()) continue;
+        if (auto event = EventCoding::decodeLine(line))
+            result.events.push_back(std::move(*event));
+        else
+            ++result.invalidLineCount;
+    }
+    return result;
+}
+
+void SpoolDrainer::remove(const std::filesystem::path& file) { unlink(file.c_str()); }
+
+std::int64_t SpoolDrainer::pendingSegmentCount() const {
+    const auto segments = SpoolFileName::pendingFiles(paths.spoolDirectory()).size();
+    return static_cast<std::int64_t>(segments) + (holdsAnything(paths.activeSpoolFile()) ? 1 : 0);
+}
+
+}  // namespace tallowbrook

@@ -1,0 +1,46 @@
+// The reading end of the spool: claims what writers have written, segment by segment.
+//
+// Meant for one process at a time; writers may append meanwhile. Expected use: `claimPendingFiles`,
+// then for each file in order `readEvents`, store the events, then `remove`. A crash before the
+// removal delivers the segment again, with the same event ids. Keeps no state; any thread.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <vector>
+
+#include "Domain/AgentEvent.h"
+#include "EventBridge/SpoolError.h"
+#include "EventBridge/TallowbrookPaths.h"
+
+namespace tallowbrook {
+
+struct SpoolReadResult {
+    std::vector<AgentEvent> events;  // in file order
+    std::int64_t invalidLineCount = 0;
+    bool operator==(const SpoolReadResult&) const = default;
+};
+
+struct SpoolDrainer {
+    TallowbrookPaths paths;
+    Seconds lockTimeout{0.5};  // how long `claimPendingFiles` may block
+
+    // Renames the active file, where it holds anything, to an ingest segment, and gives all segments
+    // in processing order. Creates the spool directory if need be. After an error nothing was
+    // renamed and writers go on as before.
+    [[nodiscard]] std::expected<std::vector<std::filesystem::path>, SpoolAccessError>
+    claimPendingFiles() const;
+
+    // Decodes a whole segment; lines that are no events are counted and passed over. Fails with the
+    // step "open" or "read" when the file cannot be read.
+    [[nodiscard]] static std::expected<SpoolReadResult, FileError> readEvents(
+        const std::filesystem::path& file);
+
+    // Deletes a segment whose events are stored; a failure is ignored.
+    static void remove(const std::filesystem::path& file);
+
+    // Segments plus the active file where that holds anything; takes no lock.
+    std::int64_t pendingSegmentCount() const;
+};
+
+}  // namespace tallowbrook

@@ -1,0 +1,75 @@
+#include "EventBridge/SpoolFileName.h"
+
+#include <sys/random.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <system_error>
+#include <tuple>
+
+namespace tallowbrook {
+namespace {
+
+constexpr std::string_view extension = ".jsonl";
+
+std::string randomHexWord() {
+    std::uint32_t word = 0;
+    // Without random bits the time and the process id still keep names apart.
+    if (getentropy(&word, sizeof word) != 0) word = 0;
+    std::array<char, 8> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), word, 16).ptr;
+    std::string text{digits.data(), end};
+    for (char& digit : text)
+        if (digit >= 'a') digit = static_cast<char>(digit - 'a' + 'A');
+    return text;
+}
+
+std::optional<std::int64_t> parseMicros(std::string_view text) {
+    std::int64_t micros = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), micros);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return micros;
+}
+
+std::optional<SpoolFileName::Entry> parse(const std::filesystem::path& file) {
+    const std::string name = file.filename().string();
+    if (!name.ends_with(extension)) return std::nullopt;
+    const std::size_t firstDash = name.find('-');
+    if (firstDash == std::string::npos) return std::nullopt;
+    const std::size_t secondDash = name.find('-', firstDash + 1);
+    if (secondDash == std::string::npos) return std::nullopt;
+
+    const std::string_view text = name;
+    const auto prefix = fromRawValue<SpoolFileName::Prefix>(text.substr(0, firstDash));
+    const auto micros = parseMicros(text.substr(firstDash + 1, secondDash - firstDash - 1));
+    if (!prefix || !micros) return std::nullopt;
+    return SpoolFileName::Entry{file, *prefix, *micros};
+}
+
+}  // namespace
+
+std::string SpoolFileName::make(Prefix prefix, Instant date) {
+    std::string name{rawValue(prefix)};
+    name += '-' + std::to_string(date.time_since_epoch().count());
+    name += '-' + std::to_string(getpid());
+    name += '-' + randomHexWord();
+    return name.append(extension);
+}
+
+std::vector<SpoolFileName::Entry> SpoolFileName::pendingFiles(
+    const std::filesystem::path& directory) {
+    std::vector<Entry> entries;
+    std::error_code error;
+    std::filesystem::directory_iterator listing{directory, error};
+    for (; !error && listing != std::filesystem::directory_iterator{}; listing.increment(error))
+        if (auto entry = parse(listing->path())) entries.push_back(std::move(*entry));
+    if (error) return {};
+    std::ranges::sort(entries, {}, [](const Entry& entry) {
+        return std::tie(entry.micros, entry.prefix, entry.url.native());
+    });
+    return entries;
+}
+
+}  // namespace tallowbrook

@@ -1,0 +1,87 @@
+#include "EventBridge/SpoolWriter.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "Domain/EventCoding.h"
+#include "EventBridge/FileDescriptor.h"
+#include "EventBridge/SpoolFileName.h"
+#include "EventBridge/SpoolLock.h"
+
+namespace tallowbrook {
+namespace {
+
+std::expected<void, SpoolError> writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = write(file, bytes.data(), bytes.size());
+        if (written >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno != EINTR)
+            return std::unexpected(SpoolError::io("write", errno));
+    }
+    return {};
+}
+
+// A torn line would swallow the next event. The caller still holds the lock, so nobody wrote behind
+// it; where even this fails, the reader counts one invalid line and goes on.
+void undoAppend(const std::filesystem::path& file, std::int64_t length) {
+    [[maybe_unused]] const int result = truncate(file.c_str(), length);
+}
+
+void deleteOldestOverflow(const std::filesystem::path& directory, int keep) {
+    auto segments = SpoolFileName::pendingFiles(directory);
+    std::erase_if(segments, [](const SpoolFileName::Entry& entry) {
+        return entry.prefix != SpoolFileName::Prefix::overflow;
+    });
+    for (std::size_t i = 0; i + static_cast<std::size_t>(keep) < segments.size(); ++i)
+        unlink(segments[i].url.c_str());
+}
+
+}  // namespace
+
+std::expected<void, SpoolAccessError> SpoolWriter::append(const AgentEvent& event) const {
+    const std::string line = EventCoding::encodeLine(event);
+    if (line.size() > configuration.maxLineBytes)
+        return std::unexpected(SpoolError::lineTooLarge(line.size()));
+
+    if (auto made = TallowbrookPaths::ensureDirectory(paths.spoolDirectory()); !made)
+        return std::unexpected(made.error());
+    const auto lock = SpoolLock::acquire(paths, configuration.lockTimeout);
+    if (!lock) return std::unexpected(lock.error());
+    const auto length = rotateIfNeeded(static_cast<std::int64_t>(line.size()));
+    if (!length) return std::unexpected(length.error());
+
+    const auto appended = appendBytes(line, paths.activeSpoolFile());
+    if (appended) return {};
+    if (*length) undoAppend(paths.activeSpoolFile(), **length);
+    return std::unexpected(appended.error());
+}
+
+std::expected<std::optional<std::int64_t>, SpoolError> SpoolWriter::rotateIfNeeded(
+    std::int64_t adding) const {
+    struct stat status {};
+    if (stat(paths.activeSpoolFile().c_str(), &status) != 0)
+        return errno == ENOENT ? std::optional<std::int64_t>{0} : std::nullopt;
+    if (status.st_size + adding <= configuration.maxActiveFileBytes) return status.st_size;
+
+    const auto segment = paths.spoolDirectory() /
+                         SpoolFileName::make(SpoolFileName::Prefix::overflow, currentInstant());
+    if (std::rename(paths.activeSpoolFile().c_str(), segment.c_str()) != 0)
+        return std::unexpected(SpoolError::io("rotate", errno));
+    deleteOldestOverflow(paths.spoolDirectory(), configuration.maxOverflowFiles);
+    return 0;
+}
+
+std::expected<void, SpoolError> SpoolWriter::appendBytes(std::string_view bytes,
+                                                         const std::filesystem::path& file) {
+    const FileDescriptor opened{
+        open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600)};
+    if (!opened.isOpen()) return std::unexpected(SpoolError::io("open-spool", errno));
+    return writeAll(opened.number(), bytes);
+}
+
+}  // namespace tallowbrook

@@ -1,0 +1,11 @@
+#include "EventBridge/TallowbrookPaths.h"
+#include "EventBridge/UserHome.h"
+
+namespace tallowbrook {
+
+std::filesystem::path TallowbrookPaths::defaultHome() {
+    return userHomeDirectory().value_or("/var/empty") / "Library" / "Application Support" /
+           "Tallowbrook";
+}
+
+}  // namespace tallowbrook

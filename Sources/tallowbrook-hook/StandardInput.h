@@ -1,0 +1,22 @@
+// The payload on standard input.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+namespace tallowbrook::hook {
+
+struct StandardInput {
+    std::unique_ptr<char[]> buffer;
+    std::size_t size = 0;
+    bool truncated = false;  // more than the limit came: the bytes are of no use
+
+    std::string_view bytes() const { return {buffer.get(), size}; }
+};
+
+// Reads descriptor 0 to its end, also past `limit` bytes, so that no agent is left with a pipe that
+// nobody empties. Keeps at most `limit` bytes. A read error counts as the end.
+StandardInput readStandardInput(std::size_t limit);
+
+}  // namespace tallowbrook::hook

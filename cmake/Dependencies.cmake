@@ -1,0 +1,27 @@
+# The libraries this project stands on, found in the system's package manager.
+find_package(Threads REQUIRED)
+
+function(add_header_only name header)
+    string(TOUPPER ${name} upper)
+    find_path(${upper}_INCLUDE_DIRECTORY ${header} REQUIRED)
+    add_library(dependency_${name} INTERFACE IMPORTED)
+    target_include_directories(dependency_${name} SYSTEM INTERFACE ${${upper}_INCLUDE_DIRECTORY})
+endfunction()
+
+add_header_only(boost boost/json.hpp)
+add_header_only(cli11 CLI/CLI.hpp)
+add_header_only(fmt fmt/core.h)
+target_compile_definitions(dependency_fmt INTERFACE FMT_HEADER_ONLY)
+
+find_path(UTF8PROC_INCLUDE_DIRECTORY utf8proc.h REQUIRED)
+# The archive first: the helper must not depend on a shared library.
+find_library(UTF8PROC_LIBRARY NAMES libutf8proc.a utf8proc REQUIRED)
+add_library(dependency_utf8proc INTERFACE IMPORTED)
+target_include_directories(dependency_utf8proc SYSTEM INTERFACE ${UTF8PROC_INCLUDE_DIRECTORY})
+target_compile_definitions(dependency_utf8proc INTERFACE UTF8PROC_STATIC)
+target_link_libraries(dependency_utf8proc INTERFACE ${UTF8PROC_LIBRARY})
+
+find_package(SQLiteCpp REQUIRED)
+if(TALLOWBROOK_TESTS)
+    find_package(GTest REQUIRED)
+endif()
