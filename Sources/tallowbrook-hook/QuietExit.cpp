@@ -17,7 +17,7 @@ extern "C" void exitQuietly(int) { _exit(0); }
 }  // namespace
 
 void armWatchdog(unsigned seconds) {
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_handler = exitQuietly;
     sigaction(SIGALRM, &action, nullptr);
     // An agent may have blocked the signal; the mask is inherited.

@@ -32,8 +32,8 @@ Failure recordPayload(std::string_view payload, PayloadSource source, const Argu
                       const TallowbrookPaths& paths) {
     const auto id = randomUUID();
     if (!id) return "unexpected error: FileError";
-    auto event = PayloadNormalizer::normalize(payload, source, arguments.origin, currentInstant(),
-                                              *id);
+    auto event =
+        PayloadNormalizer::normalize(payload, source, arguments.origin, currentInstant(), *id);
     if (!event) return "normalization failed: " + event.error().diagnosticCode();
 
     event->tty = ControllingTerminal::deviceName(getpid(), ControllingTerminal::maxAncestors);

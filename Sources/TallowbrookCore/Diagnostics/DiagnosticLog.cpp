@@ -44,8 +44,8 @@ std::size_t prefixLength(std::string_view text, std::size_t count) {
             bytes + position, static_cast<utf8proc_ssize_t>(text.size() - position), &current);
         const bool isValid = length > 0;
         if (!isValid) length = 1;
-        const bool startsCharacter =
-            position == 0 || !isValid || utf8proc_grapheme_break_stateful(previous, current, &state);
+        const bool startsCharacter = position == 0 || !isValid ||
+                                     utf8proc_grapheme_break_stateful(previous, current, &state);
         if (startsCharacter && characters++ == count) return position;
         previous = isValid ? current : 0;
         position += static_cast<std::size_t>(length);
@@ -54,7 +54,7 @@ std::size_t prefixLength(std::string_view text, std::size_t count) {
 }
 
 void rotateIfTooLarge(const DiagnosticLog& log) {
-    struct stat status {};
+    struct stat status{};
     if (stat(log.url.c_str(), &status) != 0 || status.st_size <= log.maxBytes) return;
     const std::string older = log.url.string() + ".1";
     unlink(older.c_str());

@@ -70,7 +70,9 @@ constexpr std::array detailFields{
     FieldRule{"errorType", Field::errorType, Presence::optional},
 };
 
-constexpr std::uint32_t bit(Field field) { return std::uint32_t{1} << static_cast<unsigned>(field); }
+constexpr std::uint32_t bit(Field field) {
+    return std::uint32_t{1} << static_cast<unsigned>(field);
+}
 
 constexpr std::uint32_t bitsOf(Presence presence) {
     std::uint32_t bits = 0;
@@ -100,7 +102,7 @@ bool store(std::string_view text, Enum& target) {
 // Follows the parser through the event (level 1), its detail (level 2) and whatever unknown keys
 // hold, of which nothing is kept but the key names that must not come twice.
 class LineHandler : public StreamingJSONHandler {
-   public:
+ public:
     AgentEvent event;
 
     bool complete() const { return (seen_ & requiredFields) == requiredFields; }
@@ -187,7 +189,7 @@ class LineHandler : public StreamingJSONHandler {
         return onlyUnknown(error);
     }
 
-   private:
+ private:
     bool onlyUnknown(ErrorCode& error) const { return field_ == Field::unknown || refuse(error); }
 
     bool storeText(std::string_view text) {
@@ -199,25 +201,42 @@ class LineHandler : public StreamingJSONHandler {
                 if (const auto date = EventDate::parse(text)) return event.observedAt = *date, true;
                 dateFailed_ = true;
                 return false;
-            case Field::provider: return store(text, event.provider);
-            case Field::channel: return store(text, event.channel);
-            case Field::origin: return store(text, event.origin);
-            case Field::category: return store(text, event.category);
-            case Field::attention: return store(text, event.attention.emplace());
-            case Field::eventType: return event.eventType = text, true;
-            case Field::adapterVersion: return event.adapterVersion = text, true;
-            case Field::sessionID: return event.sessionID = text, true;
-            case Field::turnID: return event.turnID = text, true;
-            case Field::cwd: return event.cwd = text, true;
-            case Field::tty: return event.tty = text, true;
-            case Field::notificationType: return event.detail.notificationType = text, true;
-            case Field::toolName: return event.detail.toolName = text, true;
-            case Field::sessionSource: return event.detail.sessionSource = text, true;
-            case Field::endReason: return event.detail.endReason = text, true;
-            case Field::errorType: return event.detail.errorType = text, true;
+            case Field::provider:
+                return store(text, event.provider);
+            case Field::channel:
+                return store(text, event.channel);
+            case Field::origin:
+                return store(text, event.origin);
+            case Field::category:
+                return store(text, event.category);
+            case Field::attention:
+                return store(text, event.attention.emplace());
+            case Field::eventType:
+                return event.eventType = text, true;
+            case Field::adapterVersion:
+                return event.adapterVersion = text, true;
+            case Field::sessionID:
+                return event.sessionID = text, true;
+            case Field::turnID:
+                return event.turnID = text, true;
+            case Field::cwd:
+                return event.cwd = text, true;
+            case Field::tty:
+                return event.tty = text, true;
+            case Field::notificationType:
+                return event.detail.notificationType = text, true;
+            case Field::toolName:
+                return event.detail.toolName = text, true;
+            case Field::sessionSource:
+                return event.detail.sessionSource = text, true;
+            case Field::endReason:
+                return event.detail.endReason = text, true;
+            case Field::errorType:
+                return event.detail.errorType = text, true;
             case Field::schema:
             case Field::detail:
-            case Field::unknown: return false;
+            case Field::unknown:
+                return false;
         }
         return false;
     }

@@ -7,12 +7,16 @@
 
 namespace tallowbrook {
 
+void RecordEncoder::encodeRaw(std::string_view key, std::string json) {
+    members_.emplace_back(key, std::move(json));
+}
+
 void RecordEncoder::encode(std::string_view key, std::string_view value) {
-    members_.emplace_back(key, boost::json::serialize(boost::json::string_view{value}));
+    encodeRaw(key, boost::json::serialize(boost::json::string_view{value}));
 }
 
 void RecordEncoder::encode(std::string_view key, std::int64_t value) {
-    members_.emplace_back(key, std::to_string(value));
+    encodeRaw(key, std::to_string(value));
 }
 
 void RecordEncoder::encode(std::string_view key, double value) {
@@ -20,11 +24,11 @@ void RecordEncoder::encode(std::string_view key, double value) {
     constexpr double exactRange = 9007199254740992.0;
     if (std::trunc(value) == value && std::abs(value) < exactRange)
         return encode(key, static_cast<std::int64_t>(value));
-    members_.emplace_back(key, boost::json::serialize(boost::json::value(value)));
+    encodeRaw(key, boost::json::serialize(boost::json::value(value)));
 }
 
 void RecordEncoder::encode(std::string_view key, bool value) {
-    members_.emplace_back(key, value ? "true" : "false");
+    encodeRaw(key, value ? "true" : "false");
 }
 
 void RecordEncoder::encode(std::string_view key, Instant value) {
@@ -32,7 +36,7 @@ void RecordEncoder::encode(std::string_view key, Instant value) {
 }
 
 void RecordEncoder::encode(std::string_view key, const RecordEncoder& nested) {
-    members_.emplace_back(key, nested.text());
+    encodeRaw(key, nested.text());
 }
 
 std::string RecordEncoder::text() const {

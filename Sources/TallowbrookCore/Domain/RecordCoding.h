@@ -25,7 +25,7 @@ struct DecodingError {
 
 // Collects the members of one JSON object, in any order.
 class RecordEncoder {
-   public:
+ public:
     void encode(std::string_view key, std::string_view value);
     void encode(std::string_view key, const char* value) { encode(key, std::string_view{value}); }
     void encode(std::string_view key, std::int64_t value);
@@ -34,6 +34,9 @@ class RecordEncoder {
     void encode(std::string_view key, bool value);
     void encode(std::string_view key, Instant value);
     void encode(std::string_view key, const RecordEncoder& nested);
+
+    // A value that is JSON text already, such as another record's `text`.
+    void encodeRaw(std::string_view key, std::string json);
 
     template <typename Enum>
         requires std::is_enum_v<Enum>
@@ -49,14 +52,14 @@ class RecordEncoder {
     // The object in compact form, keys ascending, slashes as they are.
     std::string text() const;
 
-   private:
+ private:
     std::vector<std::pair<std::string_view, std::string>> members_;  // key, value as JSON text
 };
 
 // Reads the members of one JSON object. A member that is missing or of another type gives an empty
 // value and is remembered: read every field first, then ask for `failure`.
 class RecordDecoder {
-   public:
+ public:
     // Fails when the text is no JSON object.
     static std::expected<RecordDecoder, DecodingError> parse(std::string_view text);
 
@@ -80,7 +83,8 @@ class RecordDecoder {
     // Reads an optional field with one of the operations above:
     // `optional("cwd", &RecordDecoder::text)`.
     template <typename Value>
-    std::optional<Value> optional(std::string_view key, Value (RecordDecoder::*read)(std::string_view)) {
+    std::optional<Value> optional(std::string_view key,
+                                  Value (RecordDecoder::*read)(std::string_view)) {
         if (!has(key)) return std::nullopt;
         return (this->*read)(key);
     }
@@ -91,7 +95,7 @@ class RecordDecoder {
     // The first violation met; absent when there was none.
     const std::optional<DecodingError>& failure() const { return failure_; }
 
-   private:
+ private:
     const boost::json::value* find(std::string_view key);
     void fail(std::string_view key, std::string_view rule);
 

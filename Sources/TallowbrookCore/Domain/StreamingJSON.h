@@ -48,7 +48,7 @@ struct StreamingJSONHandler {
 
 // A text that the parser hands over in parts. Only a text that arrives in several parts is copied.
 class PartedText {
-   public:
+ public:
     void add(std::string_view part) { parts_.append(part); }
 
     // The whole text, valid until the next call of `add` or `finish`.
@@ -60,7 +60,7 @@ class PartedText {
         return whole_;
     }
 
-   private:
+ private:
     std::string parts_;
     std::string whole_;
 };

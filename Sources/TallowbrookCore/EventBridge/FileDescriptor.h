@@ -8,7 +8,7 @@
 namespace tallowbrook {
 
 class FileDescriptor {
-   public:
+ public:
     FileDescriptor() = default;
     explicit FileDescriptor(int number) : number_{number} {}
     FileDescriptor(FileDescriptor&& other) noexcept : number_{std::exchange(other.number_, -1)} {}
@@ -23,7 +23,7 @@ class FileDescriptor {
     int number() const { return number_; }
     bool isOpen() const { return number_ >= 0; }
 
-   private:
+ private:
     int number_ = -1;
 };
 

@@ -17,7 +17,7 @@ namespace tallowbrook {
 namespace {
 
 bool holdsAnything(const std::filesystem::path& file) {
-    struct stat status {};
+    struct stat status{};
     return stat(file.c_str(), &status) == 0 && status.st_size > 0;
 }
 
@@ -31,7 +31,7 @@ std::expected<void, SpoolError> claimActiveFile(const TallowbrookPaths& paths) {
 
 std::expected<std::string, FileError> readFile(const std::filesystem::path& path) {
     const FileDescriptor file{open(path.c_str(), O_RDONLY | O_CLOEXEC)};
-    struct stat status {};
+    struct stat status{};
     if (!file.isOpen() || fstat(file.number(), &status) != 0)
         return std::unexpected(FileError{"open", errno});
 

@@ -25,9 +25,9 @@ struct SpoolDrainer {
     TallowbrookPaths paths;
     Seconds lockTimeout{0.5};  // how long `claimPendingFiles` may block
 
-    // Renames the active file, where it holds anything, to an ingest segment, and gives all segments
-    // in processing order. Creates the spool directory if need be. After an error nothing was
-    // renamed and writers go on as before.
+    // Renames the active file, where it holds anything, to an ingest segment, and gives all
+    // segments in processing order. Creates the spool directory if need be. After an error nothing
+    // was renamed and writers go on as before.
     [[nodiscard]] std::expected<std::vector<std::filesystem::path>, SpoolAccessError>
     claimPendingFiles() const;
 

@@ -12,7 +12,7 @@
 namespace tallowbrook {
 
 class SpoolLock {
-   public:
+ public:
     // Creates the lock file if need be; its directory must be there. Tries every 2 ms for at most
     // `timeout` of the monotonic clock, and once when that is 0. Fails with `io("open-lock", …)`,
     // `io("flock", …)` or `lockTimeout`.
@@ -23,7 +23,7 @@ class SpoolLock {
     SpoolLock& operator=(SpoolLock&&) = default;
     ~SpoolLock();
 
-   private:
+ private:
     explicit SpoolLock(FileDescriptor file) : file_{std::move(file)} {}
 
     FileDescriptor file_;

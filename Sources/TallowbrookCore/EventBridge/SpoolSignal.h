@@ -17,7 +17,7 @@ void post();
 
 // Receives posts for as long as it lives. Used by one thread at a time.
 class Observer {
-   public:
+ public:
     // Fails with the system call that did; a reader then relies on its timer alone.
     [[nodiscard]] static std::expected<Observer, FileError> start();
 
@@ -31,7 +31,7 @@ class Observer {
     // Takes all that has arrived; tells whether a post was among it. Does not block.
     bool consume();
 
-   private:
+ private:
     struct State;  // one per system
     explicit Observer(std::unique_ptr<State> state);
 

@@ -20,7 +20,7 @@ namespace {
 
 // Whether the user owns the directory itself, not a link that leads somewhere else.
 bool isOwnDirectory(const std::string& path) {
-    struct stat status {};
+    struct stat status{};
     return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
            status.st_uid == geteuid();
 }
@@ -39,9 +39,7 @@ std::optional<std::string> signalDirectory() {
     return own;
 }
 
-std::string signalFile(const std::string& directory) {
-    return directory + "/" + std::string{name};
-}
+std::string signalFile(const std::string& directory) { return directory + "/" + std::string{name}; }
 
 constexpr std::uint32_t watchedChanges =
     IN_ATTRIB | IN_CLOSE_WRITE | IN_CREATE | IN_MOVED_TO | IN_ONLYDIR;

@@ -63,7 +63,7 @@ std::expected<void, SpoolAccessError> SpoolWriter::append(const AgentEvent& even
 
 std::expected<std::optional<std::int64_t>, SpoolError> SpoolWriter::rotateIfNeeded(
     std::int64_t adding) const {
-    struct stat status {};
+    struct stat status{};
     if (stat(paths.activeSpoolFile().c_str(), &status) != 0)
         return errno == ENOENT ? std::optional<std::int64_t>{0} : std::nullopt;
     if (status.st_size + adding <= configuration.maxActiveFileBytes) return status.st_size;

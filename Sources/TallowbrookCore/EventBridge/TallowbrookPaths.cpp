@@ -11,7 +11,7 @@ constexpr mode_t ownerOnly = 0700;
 
 // 0 when the location is a directory, else the reason why it is not.
 int checkDirectory(const std::filesystem::path& location) {
-    struct stat status {};
+    struct stat status{};
     if (stat(location.c_str(), &status) != 0) return errno;
     return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
 }

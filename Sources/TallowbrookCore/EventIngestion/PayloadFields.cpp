@@ -13,7 +13,7 @@ constexpr std::size_t longestUsefulText = 1024;
 
 // Keeps the strings at the top level of the payload whose keys are known.
 class PayloadHandler : public StreamingJSONHandler {
-   public:
+ public:
     PayloadFields fields;
     bool isObject = false;
 
@@ -49,7 +49,7 @@ class PayloadHandler : public StreamingJSONHandler {
         return true;
     }
 
-   private:
+ private:
     bool enterNested() {
         ++level_;
         return true;

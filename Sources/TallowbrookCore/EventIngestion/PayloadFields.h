@@ -45,7 +45,7 @@ constexpr const auto& namesOf(PayloadField) { return payloadFieldNames; }
 // The texts of those members, as they stand in the payload. A member that is missing, is no JSON
 // string, or is longer than any rule accepts is absent.
 class PayloadFields {
-   public:
+ public:
     std::optional<std::string>& operator[](PayloadField field) {
         return texts_[static_cast<std::size_t>(field)];
     }
@@ -54,7 +54,7 @@ class PayloadFields {
     }
     bool operator==(const PayloadFields&) const = default;
 
-   private:
+ private:
     std::array<std::optional<std::string>, payloadFieldNames.size()> texts_;
 };
 

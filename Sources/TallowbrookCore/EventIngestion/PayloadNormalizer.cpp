@@ -106,8 +106,7 @@ void applyRules(const std::array<EventRule, size>& rules, PayloadField nameField
     event.category = rule->category;
     event.attention = rule->attention;
     if (const auto& detail = rule->detail)
-        event.detail.*(detail->to) =
-            FieldSanitizer::token(fields[detail->from], detail->maxLength);
+        event.detail.*(detail->to) = FieldSanitizer::token(fields[detail->from], detail->maxLength);
 }
 
 void mapClaudeCode(const PayloadFields& fields, AgentEvent& event) {
@@ -153,9 +152,15 @@ AgentEvent PayloadNormalizer::makeEvent(const PayloadFields& fields, PayloadSour
     event.observedAt = observedAt;
     event.adapterVersion = adapterVersion;
     switch (source) {
-        case PayloadSource::claudeCodeHook: mapClaudeCode(fields, event); break;
-        case PayloadSource::codexHook: mapCodexHook(fields, event); break;
-        case PayloadSource::codexNotify: mapCodexNotify(fields, event); break;
+        case PayloadSource::claudeCodeHook:
+            mapClaudeCode(fields, event);
+            break;
+        case PayloadSource::codexHook:
+            mapCodexHook(fields, event);
+            break;
+        case PayloadSource::codexNotify:
+            mapCodexNotify(fields, event);
+            break;
     }
     return event;
 }

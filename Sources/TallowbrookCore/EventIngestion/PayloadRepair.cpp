@@ -5,7 +5,7 @@
 namespace tallowbrook {
 namespace {
 
-constexpr std::size_t escapeLength = 6;         // \uD83D
+constexpr std::size_t escapeLength = 6;          // \uD83D
 constexpr std::size_t harmlessExponentSize = 8;  // digits that fit into 32 bits for sure
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -54,7 +54,7 @@ bool hasVastExponent(std::string_view token) {
 
 // Walks over the text once, telling strings from what stands between them.
 class Repairer {
-   public:
+ public:
     explicit Repairer(std::string_view payload) : text_{payload} {}
 
     std::optional<std::string> run() {
@@ -68,7 +68,7 @@ class Repairer {
         return std::move(text_);
     }
 
-   private:
+ private:
     void stepInsideString() {
         if (text_[position_] == '"') inString_ = false;
         if (text_[position_] != '\\') {

@@ -16,8 +16,9 @@ namespace {
 
 std::optional<std::int32_t> number(std::string_view digits) {
     std::int32_t value = 0;
-    const char* end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, value);
+    const char* begin = digits.data();
+    const char* end = begin + digits.size();
+    const auto [stop, error] = std::from_chars(begin, end, value);
     if (error != std::errc{} || stop != end) return std::nullopt;
     return value;
 }
@@ -29,19 +30,8 @@ std::string_view takeField(std::string_view& text) {
     return field;
 }
 
-// The kernel writes a line feed in a name as \n and a backslash as two, everything else as it is.
-std::string unescapeName(std::string_view escaped) {
-    std::string name;
-    for (std::size_t i = 0; i < escaped.size(); ++i) {
-        const std::string_view pair = escaped.substr(i, 2);
-        if (pair == "\\n" || pair == "\\\\") ++i;
-        name += pair == "\\n" ? '\n' : escaped[i];
-    }
-    return name;
-}
-
-// Reads the front of "PID (NAME) STATE PARENT GROUP SESSION TERMINAL …". A name may hold blanks
-// and parentheses of its own, the fields behind it hold none.
+// Reads the front of "PID (NAME) STATE PARENT GROUP SESSION TERMINAL …". The name stands as it
+// is, whatever blanks, parentheses and line feeds it holds; the fields behind it hold none.
 std::optional<ProcessRecord> parseStatus(pid_t pid, std::string_view line) {
     const std::size_t open = line.find('(');
     const std::size_t close = line.rfind(')');
@@ -57,8 +47,7 @@ std::optional<ProcessRecord> parseStatus(pid_t pid, std::string_view line) {
     ProcessRecord record{.pid = pid, .parentPID = *parent, .terminal = {}, .name = {}};
     // The number is printed signed, so the highest pseudo-terminals appear negative.
     if (*terminal != 0) record.terminal = static_cast<std::uint32_t>(*terminal);
-    record.name =
-        ProcessTable::decodeCommandName(unescapeName(line.substr(open + 1, close - open - 1)));
+    record.name = ProcessTable::decodeCommandName(line.substr(open + 1, close - open - 1));
     return record;
 }
 

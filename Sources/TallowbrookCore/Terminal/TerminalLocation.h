@@ -1,8 +1,7 @@
 // Where a process runs: the terminal device of an agent, found from any process below it.
 //
 // Stateless; safe from any thread. Nothing is logged; what cannot be learned is absent. Cheap
-// enough for a process that lives a millisecond: three short system calls for each process looked
-// at.
+// enough for a process that lives a millisecond: a few system calls for each process looked at.
 #pragma once
 
 #include <functional>

@@ -1,0 +1,249 @@
+#include "EventStore.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "Domain/EventCoding.h"
+#include "EventBridge/FileDescriptor.h"
+#include "SessionState/SessionSnapshotCoding.h"
+#include "StoreSchema.h"
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr int busyTimeoutMilliseconds = 5000;
+constexpr const char* preferencesKey = "notificationPreferences";
+
+// SQLite gives its companion files the mode of the database, so that one must be right first.
+std::expected<void, FileError> makeOwnerOnlyFile(const std::filesystem::path& path) {
+    const FileDescriptor file{::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
+    if (!file.isOpen()) return std::unexpected(FileError{"open", errno});
+    if (fchmod(file.number(), 0600) != 0) return std::unexpected(FileError{"chmod", errno});
+    return {};
+}
+
+std::int64_t micros(Instant instant) { return instant.time_since_epoch().count(); }
+
+Instant instantOf(const SQLite::Column& column) {
+    return Instant{std::chrono::microseconds{column.getInt64()}};
+}
+
+void bindID(SQLite::Statement& statement, int index, const UUID& id) {
+    statement.bind(index, &id, static_cast<int>(id.size()));
+}
+
+UUID idOf(const SQLite::Column& column) {
+    UUID id{};
+    if (column.getBytes() == static_cast<int>(id.size()))
+        std::memcpy(&id, column.getBlob(), id.size());
+    return id;
+}
+
+constexpr const char* notificationColumns =
+    "number, event_id, session_storage_id, kind, title, body, dedupe_key, play_sound, observed_at";
+
+}  // namespace
+
+EventStore::EventStore(std::unique_ptr<SQLite::Database> database)
+    : database_{std::move(database)} {}
+
+std::expected<EventStore, std::string> EventStore::open(const TallowbrookPaths& paths) {
+    const auto failed = [&](const std::string& reason) {
+        return std::unexpected("The database " + paths.databaseFile().string() +
+                               " cannot be opened: " + reason + ".");
+    };
+    if (auto made = TallowbrookPaths::ensureDirectory(paths.home); !made)
+        return failed(made.error().description());
+    if (auto made = makeOwnerOnlyFile(paths.databaseFile()); !made)
+        return failed(made.error().description());
+    try {
+        auto database = std::make_unique<SQLite::Database>(
+            paths.databaseFile().string(), SQLite::OPEN_READWRITE, busyTimeoutMilliseconds);
+        if (StoreSchema::version(*database) > StoreSchema::currentVersion())
+            return failed("it was written by a newer version of tallowbrook");
+        database->exec("PRAGMA journal_mode = WAL");
+        // A segment is deleted once its events are committed, so a commit must survive a power cut.
+        database->exec("PRAGMA synchronous = FULL");
+        database->exec("PRAGMA foreign_keys = ON");
+        StoreSchema::migrate(*database);
+        return EventStore{std::move(database)};
+    } catch (const SQLite::Exception& error) {
+        return failed(error.what());
+    }
+}
+
+bool EventStore::exists(const TallowbrookPaths& paths) {
+    struct stat status{};
+    return stat(paths.databaseFile().c_str(), &status) == 0 && status.st_size > 0;
+}
+
+SQLite::Transaction EventStore::beginWriting() {
+    return SQLite::Transaction{*database_, SQLite::TransactionBehavior::IMMEDIATE};
+}
+
+void EventStore::ReleaseStatement::operator()(SQLite::Statement* statement) const {
+    statement->tryReset();
+    statement->clearBindings();
+}
+
+EventStore::StatementUse EventStore::prepared(const char* sql) {
+    auto found = statements_.find(sql);
+    if (found == statements_.end())
+        found = statements_.emplace(sql, SQLite::Statement{*database_, sql}).first;
+    return StatementUse{&found->second};
+}
+
+bool EventStore::addEvent(const AgentEvent& event, std::optional<std::int64_t> session,
+                          EventEffect effect) {
+    const auto insert = prepared(
+        "INSERT OR IGNORE INTO events (id, session, observed_at, effect, record)"
+        " VALUES (?, ?, ?, ?, ?)");
+    bindID(*insert, 1, event.id);
+    if (session) insert->bind(2, *session);
+    insert->bind(3, micros(event.observedAt));
+    insert->bind(4, std::string{rawValue(effect)});
+    std::string record = EventCoding::encodeLine(event);
+    record.pop_back();
+    insert->bind(5, record);
+    return insert->exec() > 0;
+}
+
+std::int64_t EventStore::eventCount() {
+    const auto query = prepared("SELECT count(*) FROM events");
+    return query->executeStep() ? query->getColumn(0).getInt64() : 0;
+}
+
+std::optional<StoredSession> EventStore::session(const SessionKey& key) {
+    const auto query = prepared("SELECT number, snapshot FROM sessions WHERE storage_id = ?");
+    query->bind(1, key.storageID());
+    if (!query->executeStep()) return std::nullopt;
+    auto snapshot = SessionSnapshotCoding::decode(query->getColumn(1).getString());
+    if (!snapshot) throw SQLite::Exception("a stored session cannot be read: " + key.storageID());
+    return StoredSession{query->getColumn(0).getInt64(), std::move(*snapshot)};
+}
+
+std::vector<SessionSnapshot> EventStore::sessions() {
+    std::vector<SessionSnapshot> sessions;
+    const auto query = prepared("SELECT snapshot FROM sessions ORDER BY number");
+    while (query->executeStep())
+        if (auto snapshot = SessionSnapshotCoding::decode(query->getColumn(0).getString()))
+            sessions.push_back(std::move(*snapshot));
+    return sessions;
+}
+
+std::int64_t EventStore::addSession(const SessionSnapshot& snapshot) {
+    const auto insert = prepared("INSERT INTO sessions (storage_id, snapshot) VALUES (?, ?)");
+    insert->bind(1, snapshot.id());
+    insert->bind(2, SessionSnapshotCoding::encode(snapshot));
+    insert->exec();
+    return database_->getLastInsertRowid();
+}
+
+void EventStore::updateSession(std::int64_t number, const SessionSnapshot& snapshot) {
+    const auto update = prepared("UPDATE sessions SET snapshot = ? WHERE number = ?");
+    update->bind(1, SessionSnapshotCoding::encode(snapshot));
+    update->bind(2, number);
+    update->exec();
+}
+
+void EventStore::addNotification(const NotificationContent& content, Instant observedAt,
+                                 Instant decidedAt) {
+    const auto insert = prepared(
+        "INSERT INTO notifications (event_id, session_storage_id, kind, title, body, dedupe_key,"
+        " play_sound, observed_at, decided_at, state)"
+        " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, 'pending')");
+    bindID(*insert, 1, content.eventID);
+    insert->bind(2, content.sessionStorageID);
+    insert->bind(3, std::string{rawValue(content.kind)});
+    insert->bind(4, content.title);
+    insert->bind(5, content.body);
+    insert->bind(6, content.dedupeKey);
+    insert->bind(7, content.playSound ? 1 : 0);
+    insert->bind(8, micros(observedAt));
+    insert->bind(9, micros(decidedAt));
+    insert->exec();
+}
+
+std::vector<StoredNotification> EventStore::readNotifications(StatementUse query) {
+    std::vector<StoredNotification> notifications;
+    while (query->executeStep()) {
+        StoredNotification notification;
+        notification.number = query->getColumn(0).getInt64();
+        auto& content = notification.content;
+        content.eventID = idOf(query->getColumn(1));
+        content.sessionStorageID = query->getColumn(2).getString();
+        content.kind = fromRawValue<NotificationKind>(query->getColumn(3).getString())
+                           .value_or(NotificationKind::attention);
+        content.title = query->getColumn(4).getString();
+        content.body = query->getColumn(5).getString();
+        content.dedupeKey = query->getColumn(6).getString();
+        content.playSound = query->getColumn(7).getInt() != 0;
+        notification.observedAt = instantOf(query->getColumn(8));
+        notifications.push_back(std::move(notification));
+    }
+    return notifications;
+}
+
+std::vector<StoredNotification> EventStore::pendingNotifications() {
+    static const std::string sql = std::string{"SELECT "} + notificationColumns +
+                                   " FROM notifications WHERE state = 'pending' ORDER BY number";
+    return readNotifications(prepared(sql.c_str()));
+}
+
+std::vector<StoredNotification> EventStore::toldNotifications(std::int64_t after) {
+    static const std::string sql = std::string{"SELECT "} + notificationColumns +
+                                   " FROM notifications WHERE number > ? AND state = 'told'"
+                                   " ORDER BY number";
+    auto query = prepared(sql.c_str());
+    query->bind(1, after);
+    return readNotifications(std::move(query));
+}
+
+std::int64_t EventStore::newestNotification() {
+    const auto query = prepared("SELECT coalesce(max(number), 0) FROM notifications");
+    return query->executeStep() ? query->getColumn(0).getInt64() : 0;
+}
+
+void EventStore::markTold(std::int64_t notification, Instant at) {
+    const auto update =
+        prepared("UPDATE notifications SET state = 'told', told_at = ? WHERE number = ?");
+    update->bind(1, micros(at));
+    update->bind(2, notification);
+    update->exec();
+}
+
+void EventStore::markDropped(std::int64_t notification) {
+    const auto update = prepared("UPDATE notifications SET state = 'dropped' WHERE number = ?");
+    update->bind(1, notification);
+    update->exec();
+}
+
+std::optional<Instant> EventStore::lastDelivered(const std::string& dedupeKey) {
+    const auto query = prepared(
+        "SELECT coalesce(told_at, decided_at) FROM notifications"
+        " WHERE dedupe_key = ? AND state IN ('pending', 'told') ORDER BY number DESC LIMIT 1");
+    query->bind(1, dedupeKey);
+    if (!query->executeStep()) return std::nullopt;
+    return instantOf(query->getColumn(0));
+}
+
+std::optional<NotificationPreferences> EventStore::preferences() {
+    const auto query = prepared("SELECT value FROM settings WHERE key = ?");
+    query->bind(1, preferencesKey);
+    if (!query->executeStep()) return std::nullopt;
+    auto decoded = NotificationPreferencesCoding::decode(query->getColumn(0).getString());
+    if (!decoded) return std::nullopt;
+    return *decoded;
+}
+
+void EventStore::setPreferences(const NotificationPreferences& preferences) {
+    const auto insert = prepared("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)");
+    insert->bind(1, preferencesKey);
+    insert->bind(2, NotificationPreferencesCoding::encode(preferences));
+    insert->exec();
+}
+
+}  // namespace tallowbrook::host

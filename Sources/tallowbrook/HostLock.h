@@ -1,0 +1,30 @@
+// Decides which of several hosts on one home drains its spool: an advisory lock (flock(2)) on a
+// file of the home, held while the value lives and free again when its holder dies.
+#pragma once
+
+#include <expected>
+#include <optional>
+
+#include "EventBridge/FileDescriptor.h"
+#include "EventBridge/TallowbrookPaths.h"
+
+namespace tallowbrook::host {
+
+class HostLock {
+ public:
+    static std::filesystem::path file(const TallowbrookPaths& paths);
+
+    // Does not wait: absent when another process holds the lock. Creates the home if need be.
+    [[nodiscard]] static std::expected<std::optional<HostLock>, FileError> tryAcquire(
+        const TallowbrookPaths& paths);
+
+    // Whether some process holds the lock now; for those who only look.
+    static bool isHeld(const TallowbrookPaths& paths);
+
+ private:
+    explicit HostLock(FileDescriptor file) : file_{std::move(file)} {}
+
+    FileDescriptor file_;
+};
+
+}  // namespace tallowbrook::host

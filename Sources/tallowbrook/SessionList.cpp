@@ -1,0 +1,99 @@
+#include "SessionList.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <tuple>
+
+#include "Domain/EventCoding.h"
+#include "HostSettings.h"
+#include "SessionState/SessionSnapshotCoding.h"
+#include "TerminalText.h"
+
+namespace tallowbrook::host {
+namespace {
+
+struct StatusLabel {
+    SessionStatus status;
+    std::string_view text;
+};
+
+constexpr std::array statusLabels{
+    StatusLabel{SessionStatus::working, "working"},
+    StatusLabel{SessionStatus::completed, "completed"},
+    StatusLabel{SessionStatus::failed, "failed"},
+    StatusLabel{SessionStatus::interrupted, "interrupted"},
+    StatusLabel{SessionStatus::stale, "stale"},
+    StatusLabel{SessionStatus::unknown, "unknown"},
+};
+
+std::string statusText(const ListedSession& session) {
+    if (session.status == SessionStatus::needsAttention)
+        return session.snapshot.attention == AttentionKind::input ? "needs input"
+                                                                  : "needs permission";
+    if (session.status == SessionStatus::completed && session.snapshot.sessionEnded) return "ended";
+    const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);
+    return std::string{label->text};
+}
+
+}  // namespace
+
+SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope scope,
+                              Instant now) {
+    SessionList list;
+    for (auto& snapshot : snapshots) {
+        if (snapshot.key.isSetupCheck()) continue;
+        if (scope == ListScope::recent && now - snapshot.lastSeenAt > listedFor) {
+            ++list.olderCount;
+            continue;
+        }
+        const auto status = snapshot.displayStatus(now, staleAfter);
+        list.sessions.push_back({std::move(snapshot), status});
+    }
+    std::ranges::sort(list.sessions, {}, [](const ListedSession& session) {
+        return std::tuple{sortRank(session.status), -session.snapshot.lastSeenAt.time_since_epoch(),
+                          session.snapshot.id()};
+    });
+    return list;
+}
+
+std::string SessionList::table(Instant now) const {
+    std::string text;
+    if (sessions.empty()) text = "No sessions to show.\n";
+    const auto addRow = [&text](std::string_view number, std::string_view status,
+                                std::string_view agent, std::string_view project,
+                                std::string_view session, std::string_view heard) {
+        text += fmt::format("{:>3}  {}  {}  {}  {}  {}\n", number, TerminalText::padded(status, 16),
+                            TerminalText::padded(agent, 11),
+                            TerminalText::padded(TerminalText::printable(project), 24),
+                            TerminalText::padded(TerminalText::printable(session), 9), heard);
+    };
+    if (!sessions.empty()) addRow("#", "STATUS", "AGENT", "PROJECT", "SESSION", "LAST HEARD OF");
+    for (std::size_t i = 0; i < sessions.size(); ++i) {
+        const auto& session = sessions[i];
+        addRow(std::to_string(i + 1), statusText(session),
+               displayName(session.snapshot.key.provider), session.snapshot.projectLabel(),
+               session.snapshot.key.sessionID, TerminalText::ago(session.snapshot.lastSeenAt, now));
+    }
+    if (olderCount > 0)
+        text += fmt::format("{} older {} not shown (sessions --all shows all).\n", olderCount,
+                            olderCount == 1 ? "session is" : "sessions are");
+    return text;
+}
+
+std::string SessionList::json(Instant now) const {
+    const auto formatTime = [now](Instant time) { return TerminalText::shortTime(time, now); };
+    std::string text{"["};
+    for (const auto& [snapshot, status] : sessions) {
+        RecordEncoder encoder = EventCoding::makeEncoder();
+        encoder.encode("id", snapshot.id());
+        encoder.encode("status", status);
+        encoder.encode("project", snapshot.projectLabel());
+        encoder.encode("explanation", snapshot.explanation(now, staleAfter, formatTime));
+        encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
+        text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();
+    }
+    return text + (sessions.empty() ? "]\n" : "\n]\n");
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,33 @@
+// The list of sessions as the user sees it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "SessionState/SessionSnapshot.h"
+
+namespace tallowbrook::host {
+
+struct ListedSession {
+    SessionSnapshot snapshot;
+    SessionStatus status = SessionStatus::unknown;  // as displayed, so `stale` too
+};
+
+enum class ListScope { recent, all };
+
+struct SessionList {
+    std::vector<ListedSession> sessions;  // what waits for the user first, then the latest heard of
+    std::size_t olderCount = 0;           // left out of a `recent` list
+
+    // Leaves out the setup's own sessions, always.
+    static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now);
+
+    // A table for a terminal, a line each, with a line feed at its end.
+    std::string table(Instant now) const;
+
+    // A JSON array (RFC 8259), one object a session: "id", "status" (as displayed), "project",
+    // "explanation", and "snapshot" with the stored record.
+    std::string json(Instant now) const;
+};
+
+}  // namespace tallowbrook::host

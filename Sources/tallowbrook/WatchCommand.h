@@ -1,0 +1,18 @@
+// `tallowbrook watch`: moves events from the spool into the store and tells the user.
+#pragma once
+
+#include "EventBridge/TallowbrookPaths.h"
+
+namespace tallowbrook::host {
+
+enum class WatchMode {
+    stay,  // until SIGINT, SIGTERM or SIGHUP
+    once,  // one pass over what is there
+};
+
+// Gives the exit status: 0, or 1 when the home or the database cannot be used, and of `once` also
+// when a part of the spool could not be read. Where another host
+// watches this home already, says so and shows what that one tells; takes over when it ends.
+int watch(const TallowbrookPaths& paths, WatchMode mode);
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,196 @@
+#include "Terminal/ProcessTable.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <set>
+
+#include "PseudoTerminal.h"
+#include "WaitingChild.h"
+
+namespace tallowbrook {
+namespace {
+
+std::optional<std::string> withoutTerminal() {
+    if (setsid() < 0) return std::nullopt;
+    return "ready";
+}
+
+std::set<pid_t> processIDs(const std::vector<ProcessRecord>& records) {
+    std::set<pid_t> pids;
+    for (const ProcessRecord& record : records) pids.insert(record.pid);
+    return pids;
+}
+
+TEST(ProcessTable, knowsTheCallingProcessAndItsParent) {
+    const auto record = ProcessTable::process(getpid());
+    ASSERT_TRUE(record);
+    EXPECT_EQ(record->pid, getpid());
+    EXPECT_EQ(record->parentPID, getppid());
+    EXPECT_FALSE(record->name.empty());
+}
+
+TEST(ProcessTable, aProcessAtTheHeadOfANewSessionHasNoTerminal) {
+    const WaitingChild child{withoutTerminal};
+    ASSERT_TRUE(child.report);
+    const auto record = ProcessTable::process(child.pid);
+    ASSERT_TRUE(record);
+    EXPECT_EQ(*record, (ProcessRecord{.pid = child.pid,
+                                      .parentPID = getpid(),
+                                      .terminal = std::nullopt,
+                                      .name = ProcessTable::process(getpid())->name}));
+}
+
+TEST(ProcessTable, aProcessOnATerminalCarriesItsDevice) {
+    const PseudoTerminal terminal;
+    ASSERT_FALSE(terminal.path.empty());
+    const WaitingChild child{[&]() -> std::optional<std::string> {
+        if (!takeTerminal(terminal.path)) return std::nullopt;
+        return "ready";
+    }};
+    ASSERT_TRUE(child.report);
+    const auto record = ProcessTable::process(child.pid);
+    ASSERT_TRUE(record);
+    EXPECT_EQ(record->terminal, terminal.device);
+}
+
+TEST(ProcessTable, findsEveryProcessOnADeviceAndNoOther) {
+    const PseudoTerminal terminal;
+    const PseudoTerminal otherTerminal;
+    const WaitingChild child{[&]() -> std::optional<std::string> {
+        if (!takeTerminal(terminal.path)) return std::nullopt;
+        const pid_t grandchild = fork();
+        if (grandchild == 0) WaitingChild::standStill();
+        return std::to_string(grandchild);
+    }};
+    const WaitingChild elsewhere{[&]() -> std::optional<std::string> {
+        if (!takeTerminal(otherTerminal.path)) return std::nullopt;
+        return "ready";
+    }};
+    const WaitingChild nowhere{withoutTerminal};
+    ASSERT_TRUE(child.report && elsewhere.report && nowhere.report);
+
+    const auto found = ProcessTable::processesOnDevice(terminal.device);
+    EXPECT_EQ(processIDs(found), (std::set<pid_t>{child.pid, std::stoi(*child.report)}));
+    for (const ProcessRecord& record : found) {
+        EXPECT_EQ(record.terminal, terminal.device);
+        EXPECT_EQ(record.parentPID, record.pid == child.pid ? getpid() : child.pid);
+    }
+}
+
+TEST(ProcessTable, aTerminalThatNobodyRunsOnHasNoProcesses) {
+    const PseudoTerminal terminal;
+    ASSERT_FALSE(terminal.path.empty());
+    EXPECT_TRUE(ProcessTable::processesOnDevice(terminal.device).empty());
+}
+
+TEST(ProcessTable, anExitedProcessCountsUntilItsParentHasWaited) {
+    const pid_t pid = fork();
+    if (pid == 0) _exit(0);
+    ASSERT_GT(pid, 0);
+    siginfo_t exited{};
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(pid), &exited, WEXITED | WNOWAIT), 0);
+
+    const auto zombie = ProcessTable::process(pid);
+    ASSERT_TRUE(zombie);
+    EXPECT_EQ(zombie->pid, pid);
+    EXPECT_EQ(zombie->parentPID, getpid());
+
+    ASSERT_EQ(waitpid(pid, nullptr, 0), pid);
+    EXPECT_FALSE(ProcessTable::process(pid));
+}
+
+TEST(ProcessTable, anImpossibleProcessIsAbsent) {
+    EXPECT_FALSE(ProcessTable::process(-1));
+    EXPECT_FALSE(ProcessTable::process(std::numeric_limits<pid_t>::max()));
+}
+
+TEST(ProcessTable, namesATerminalAsItStandsBelowDev) {
+    const PseudoTerminal terminal;
+    ASSERT_FALSE(terminal.path.empty());
+    const auto name = ProcessTable::deviceName(terminal.device);
+    ASSERT_TRUE(name);
+    EXPECT_EQ("/dev/" + *name, terminal.path);
+    EXPECT_EQ(ProcessTable::terminalDevice(*name), terminal.device);
+}
+
+TEST(ProcessTable, aNameThatIsNotBelowDevHasNoDevice) {
+    EXPECT_FALSE(ProcessTable::terminalDevice("ttynosuchdevice"));
+}
+
+TEST(ProcessTable, aCommandNameEndsAtTheFirstNULOrAfterSeventeenBytes) {
+    using namespace std::string_view_literals;
+    struct Row {
+        const char* why;
+        std::string_view buffer;
+        std::string_view name;
+    };
+    for (const auto& [why, buffer, name] : {
+             Row{"nothing", "", ""},
+             Row{"empty name", "\0zsh"sv, ""},
+             Row{"rest of an older name behind the NUL", "zsh\0-old\0"sv, "zsh"},
+             Row{"16 bytes", "1234567890123456\0"sv, "1234567890123456"},
+             Row{"17 bytes", "12345678901234567", "12345678901234567"},
+             Row{"18 bytes", "123456789012345678", "12345678901234567"},
+             Row{"last character ends at byte 17", "123456789012345\u00E9",
+                 "123456789012345\u00E9"},
+             Row{"limit cuts a character", "1234567890123456\u00E9", "1234567890123456\uFFFD"},
+             Row{"limit cuts after two of four bytes", "123456789012345\U0001F600",
+                 "123456789012345\uFFFD"},
+         }) {
+        EXPECT_EQ(ProcessTable::decodeCommandName(buffer), name) << why;
+    }
+}
+
+TEST(ProcessTable, everyKindOfValidCharacterIsKeptInACommandName) {
+    for (const char* name : {"\x7F", "\u0080", "\u07FF", "\u0800", "\u0FFF", "\u1000", "\uD7FF",
+                             "\uE000", "\uFFFD", "\uFFFF", "\U00010000", "\U0003FFFF", "\U00040000",
+                             "\U000FFFFF", "\U00100000", "\U0010FFFF", "caf\u00E9 \u65E5\u672C"}) {
+        EXPECT_EQ(ProcessTable::decodeCommandName(name), name);
+    }
+}
+
+TEST(ProcessTable, eachInvalidPieceOfACommandNameBecomesOneReplacementCharacter) {
+    struct Row {
+        const char* why;
+        std::string_view buffer;
+        std::string_view name;
+    };
+    for (const auto& [why, buffer, name] : {
+             Row{"continuation bytes alone",
+                 "a\x80\xBF"
+                 "b",
+                 "a\uFFFD\uFFFDb"},
+             Row{"bytes that never occur", "\xC0\xC1\xF5\xFF", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+             Row{"two-byte character cut",
+                 "\xC3"
+                 "A",
+                 "\uFFFDA"},
+             Row{"three-byte character cut after two",
+                 "\xE1\x80"
+                 "A",
+                 "\uFFFDA"},
+             Row{"four-byte character cut after three",
+                 "\xF1\x80\x80"
+                 "A",
+                 "\uFFFDA"},
+             Row{"cut at the end", "A\xF1\x80\x80", "A\uFFFD"},
+             Row{"lead behind a cut character begins anew", "\xE1\x80\xC3\xA9", "\uFFFD\u00E9"},
+             Row{"overlong two bytes", "\xC0\xAF", "\uFFFD\uFFFD"},
+             Row{"overlong three bytes", "\xE0\x9F\xBF", "\uFFFD\uFFFD\uFFFD"},
+             Row{"overlong four bytes", "\xF0\x8F\xBF\xBF", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+             Row{"lowest surrogate", "\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
+             Row{"highest surrogate", "\xED\xBF\xBF", "\uFFFD\uFFFD\uFFFD"},
+             Row{"far above U+10FFFF", "\xF5\x80\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+             Row{"above U+10FFFF", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+             Row{"several kinds in a row",
+                 "\xE1\x80\xE2\xF0\x91\x92\xF1\xBF"
+                 "A",
+                 "\uFFFD\uFFFD\uFFFD\uFFFDA"},
+         }) {
+        EXPECT_EQ(ProcessTable::decodeCommandName(buffer), name) << why;
+    }
+}
+
+}  // namespace
+}  // namespace tallowbrook

@@ -1,0 +1,244 @@
+#include "Terminal/TerminalHost.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+#include "PseudoTerminal.h"
+#include "WaitingChild.h"
+
+namespace tallowbrook {
+namespace {
+
+using TerminalHost::ProcessPair;
+
+constexpr dev_t device = 0x10000003;
+
+// A made-up machine with one terminal, ttys003.
+struct Table {
+    std::map<pid_t, ProcessRecord> processes;
+    std::vector<pid_t> kernelOrder;  // of the processes on the terminal
+
+    void add(pid_t pid, pid_t parentPID, const std::string& name) {
+        processes[pid] = {.pid = pid, .parentPID = parentPID, .terminal = {}, .name = name};
+    }
+    void addOnTerminal(pid_t pid, pid_t parentPID) {
+        processes[pid] = {.pid = pid, .parentPID = parentPID, .terminal = device, .name = "sh"};
+        kernelOrder.push_back(pid);
+    }
+
+    TerminalHost::Lookup lookup() const {
+        return {
+            .process = [this](pid_t pid) -> std::optional<ProcessRecord> {
+                const auto found = processes.find(pid);
+                if (found == processes.end()) return std::nullopt;
+                return found->second;
+            },
+            .processesOnDevice =
+                [this](dev_t asked) {
+                    std::vector<ProcessRecord> found;
+                    if (asked != device) return found;
+                    for (const pid_t pid : kernelOrder) found.push_back(processes.at(pid));
+                    return found;
+                },
+            .terminalDevice = [](const std::string& name) -> std::optional<dev_t> {
+                if (name != "ttys003") return std::nullopt;
+                return device;
+            },
+        };
+    }
+    std::vector<TerminalHost::Process> hostChain() const {
+        return TerminalHost::hostChain("ttys003", lookup());
+    }
+};
+
+// Shell 100 on the terminal, hosted by 20, whose ancestors are 21, 22 and so on up to process 1.
+Table terminalWithAncestors(int count) {
+    Table table;
+    table.addOnTerminal(100, 20);
+    for (int i = 0; i < count; ++i)
+        table.add(20 + i, i + 1 < count ? 21 + i : 1, "p" + std::to_string(i));
+    table.add(1, 0, "init");
+    return table;
+}
+
+TEST(TerminalHost, listsTheProcessesOfATerminalInTheKernelsOrder) {
+    Table table;
+    table.addOnTerminal(102, 100);
+    table.addOnTerminal(100, 50);
+    table.addOnTerminal(101, 100);
+    table.add(50, 1, "Terminal");
+    EXPECT_EQ(TerminalHost::processesOnTTY("ttys003", table.lookup()),
+              (std::vector<ProcessPair>{{102, 100}, {100, 50}, {101, 100}}));
+}
+
+TEST(TerminalHost, anUnknownTerminalHasNoProcesses) {
+    Table table;
+    table.addOnTerminal(100, 50);
+    EXPECT_TRUE(TerminalHost::processesOnTTY("ttys004", table.lookup()).empty());
+    EXPECT_TRUE(TerminalHost::processesOnTTY("ttynosuchdevice").empty());
+}
+
+TEST(TerminalHost, aMalformedTerminalNameIsNotEvenLookedUp) {
+    for (const char* name : {"", "tty", "ttyS0", "pts/3", "tty/../null", "tty1234567890abcd"}) {
+        int lookups = 0;
+        TerminalHost::Lookup lookup;
+        lookup.terminalDevice = [&](const std::string&) -> std::optional<dev_t> {
+            ++lookups;
+            return device;
+        };
+        lookup.processesOnDevice = [](dev_t) {
+            return std::vector{
+                ProcessRecord{.pid = 100, .parentPID = 50, .terminal = device, .name = "sh"}};
+        };
+        EXPECT_TRUE(TerminalHost::processesOnTTY(name, lookup).empty()) << name;
+        EXPECT_TRUE(TerminalHost::hostChain(name, lookup).empty()) << name;
+        EXPECT_EQ(lookups, 0) << name;
+    }
+}
+
+TEST(TerminalHost, theHostIsTheLowestParentOutsideTheTerminal) {
+    struct Row {
+        const char* why;
+        std::vector<ProcessPair> processes;
+        std::optional<pid_t> host;
+    };
+    for (const auto& [why, processes, host] : {
+             Row{"nobody on the terminal", {}, std::nullopt},
+             Row{"shell and its children", {{100, 50}, {101, 100}, {102, 100}}, 50},
+             Row{"the same in another order", {{102, 100}, {101, 100}, {100, 50}}, 50},
+             Row{"the lower process wins", {{200, 10}, {150, 20}}, 20},
+             Row{"the lower process, not the lower parent", {{150, 20}, {200, 10}}, 20},
+             Row{"lower process whose parent is on the terminal", {{90, 100}, {100, 50}}, 50},
+             Row{"first of two entries of one process", {{100, 50}, {100, 40}}, 50},
+             Row{"first of two in the other order", {{100, 40}, {100, 50}}, 40},
+             Row{"orphan of process 1 is passed over", {{90, 1}, {100, 50}}, 50},
+             Row{"parent that cannot be seen is passed over", {{90, 0}, {100, 50}}, 50},
+             Row{"every parent below 2", {{90, 1}, {91, 0}, {92, -1}}, std::nullopt},
+             Row{"2 is a parent like any other", {{90, 2}}, 2},
+             Row{"every parent on the terminal", {{100, 101}, {101, 100}}, std::nullopt},
+             Row{"on the terminal or below 2", {{100, 1}, {101, 100}}, std::nullopt},
+             Row{"its own parent", {{100, 100}}, std::nullopt},
+         }) {
+        EXPECT_EQ(TerminalHost::hostPID(processes), host) << why;
+    }
+}
+
+TEST(TerminalHost, theChainGoesFromTheHostUpToTheChildOfProcessOne) {
+    Table table;
+    table.addOnTerminal(101, 100);
+    table.addOnTerminal(100, 50);
+    table.add(50, 40, "login");
+    table.add(40, 1, "Terminal");
+    table.add(1, 0, "launchd");
+    EXPECT_EQ(table.hostChain(),
+              (std::vector<TerminalHost::Process>{{50, "login"}, {40, "Terminal"}}));
+}
+
+TEST(TerminalHost, theChainHoldsSixProcessesAtMost) {
+    ASSERT_EQ(TerminalHost::maxDepth, 6U);
+    for (const auto& [ancestors, held] :
+         {std::pair{1, 1U}, std::pair{5, 5U}, std::pair{6, 6U}, std::pair{7, 6U}}) {
+        const auto chain = terminalWithAncestors(ancestors).hostChain();
+        ASSERT_EQ(chain.size(), held);
+        for (std::size_t i = 0; i < held; ++i) {
+            EXPECT_EQ(chain[i].pid, 20 + static_cast<pid_t>(i));
+            EXPECT_EQ(chain[i].name, "p" + std::to_string(i));
+        }
+    }
+}
+
+TEST(TerminalHost, theChainEndsBelowTwo) {
+    for (const pid_t last : {1, 0, -1}) {
+        Table table;
+        table.addOnTerminal(100, 50);
+        table.add(50, last, "Terminal");
+        table.add(last, 60, "never");
+        EXPECT_EQ(table.hostChain(), (std::vector<TerminalHost::Process>{{50, "Terminal"}}));
+    }
+    Table table;
+    table.addOnTerminal(100, 2);
+    table.add(2, 1, "kthreadd");
+    EXPECT_EQ(table.hostChain(), (std::vector<TerminalHost::Process>{{2, "kthreadd"}}));
+}
+
+TEST(TerminalHost, aTerminalWithoutAHostHasNoChain) {
+    Table table;
+    EXPECT_TRUE(table.hostChain().empty());
+    table.addOnTerminal(100, 1);
+    table.add(1, 0, "init");
+    EXPECT_TRUE(table.hostChain().empty());
+}
+
+TEST(TerminalHost, aVanishedProcessEndsTheChain) {
+    Table table;
+    table.addOnTerminal(100, 50);
+    EXPECT_TRUE(table.hostChain().empty());
+    table.add(50, 40, "tmux");
+    EXPECT_EQ(table.hostChain(), (std::vector<TerminalHost::Process>{{50, "tmux"}}));
+}
+
+TEST(TerminalHost, aLoopOfParentsEnds) {
+    Table table;
+    table.addOnTerminal(100, 50);
+    table.add(50, 51, "a");
+    table.add(51, 50, "b");
+    EXPECT_EQ(table.hostChain(),
+              (std::vector<TerminalHost::Process>{
+                  {50, "a"}, {51, "b"}, {50, "a"}, {51, "b"}, {50, "a"}, {51, "b"}}));
+}
+
+TEST(TerminalHost, onlyAChainThatBeginsWithExactlyTmuxIsTmux) {
+    struct Row {
+        const char* why;
+        std::vector<TerminalHost::Process> chain;
+        bool isTmux;
+    };
+    for (const auto& [why, chain, isTmux] : {
+             Row{"empty chain", {}, false},
+             Row{"tmux alone", {{50, "tmux"}}, true},
+             Row{"tmux first", {{50, "tmux"}, {40, "Terminal"}}, true},
+             Row{"tmux second", {{50, "login"}, {40, "tmux"}}, false},
+             Row{"longer name", {{50, "tmux: server"}}, false},
+             Row{"shorter name", {{50, "tmu"}}, false},
+             Row{"upper case", {{50, "Tmux"}}, false},
+             Row{"no name", {{50, ""}}, false},
+         }) {
+        EXPECT_EQ(TerminalHost::isTmux(chain), isTmux) << why;
+    }
+}
+
+TEST(TerminalHost, findsTheRealHostOfARealTerminal) {
+    const PseudoTerminal terminal;
+    ASSERT_FALSE(terminal.path.empty());
+    const WaitingChild shell{[&]() -> std::optional<std::string> {
+        if (!takeTerminal(terminal.path)) return std::nullopt;
+        const pid_t command = fork();
+        if (command == 0) WaitingChild::standStill();
+        return std::to_string(command);
+    }};
+    ASSERT_TRUE(shell.report);
+    const pid_t command = std::stoi(*shell.report);
+
+    // Pseudo-terminals have an acceptable name on some systems only, so the name is made up.
+    TerminalHost::Lookup lookup;
+    lookup.terminalDevice = [&](const std::string&) { return terminal.device; };
+    const auto processes = TerminalHost::processesOnTTY("ttys003", lookup);
+    ASSERT_EQ(processes.size(), 2U);
+    EXPECT_NE(std::ranges::find(processes, ProcessPair{shell.pid, getpid()}), processes.end());
+    EXPECT_NE(std::ranges::find(processes, ProcessPair{command, shell.pid}), processes.end());
+
+    const auto chain = TerminalHost::hostChain("ttys003", lookup);
+    ASSERT_FALSE(chain.empty());
+    EXPECT_LE(chain.size(), TerminalHost::maxDepth);
+    EXPECT_EQ(chain.front().pid, getpid());
+    EXPECT_EQ(chain.front().name, ProcessTable::process(getpid())->name);
+    if (getppid() > 1) {
+        ASSERT_GE(chain.size(), 2U);
+        EXPECT_EQ(chain[1].pid, getppid());
+    }
+}
+
+}  // namespace
+}  // namespace tallowbrook
