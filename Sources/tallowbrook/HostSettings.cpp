@@ -8,7 +8,8 @@ NotificationPreferences defaultPreferences() {
     preferences.notifyOnAttention = true;
     preferences.notifyOnCompletion = true;
     preferences.notifyOnFailure = true;
-    preferences.quietHours = QuietHours{false, 22 * 60, 7 * 60};
+    // Ready to be switched on: 22:00 to 7:00.
+    preferences.quietHours = QuietHours{false, 1320, 420};
     preferences.dedupeInterval = Seconds{5};
     preferences.maxEventAge = Seconds{10 * 60};
     preferences.playSound = true;

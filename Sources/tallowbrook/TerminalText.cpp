@@ -87,7 +87,7 @@ std::string TerminalText::timeOfDay(Instant instant) {
 std::string TerminalText::shortTime(Instant instant, Instant now) {
     const std::tm local = localTime(instant);
     const std::tm today = localTime(now);
-    const std::string time = fmt::format("{:02}:{:02}", local.tm_hour, local.tm_min);
+    std::string time = fmt::format("{:02}:{:02}", local.tm_hour, local.tm_min);
     if (local.tm_year == today.tm_year && local.tm_yday == today.tm_yday) return time;
     const auto* month = months[static_cast<std::size_t>(local.tm_mon)];
     if (local.tm_year == today.tm_year) return fmt::format("{} {} {}", local.tm_mday, month, time);

@@ -1,5 +1,7 @@
 // tallowbrook: the host program. Every command is one function; this file only parses its words.
 #include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -12,6 +14,7 @@ namespace {
 using namespace tallowbrook;
 using namespace tallowbrook::host;
 
+constexpr int failure = 1;
 constexpr int usageError = 2;
 
 constexpr auto exitStatuses =
@@ -65,11 +68,16 @@ struct CommandLine {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CommandLine commandLine;
     try {
-        commandLine.app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return commandLine.app.exit(error) == 0 ? 0 : usageError;
+        CommandLine commandLine;
+        try {
+            commandLine.app.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return commandLine.app.exit(error) == 0 ? 0 : usageError;
+        }
+        return commandLine.run();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tallowbrook: Unexpected failure: %s.\n", error.what());
+        return failure;
     }
-    return commandLine.run();
 }

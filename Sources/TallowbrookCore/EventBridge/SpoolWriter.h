@@ -18,10 +18,10 @@
 namespace tallowbrook {
 
 struct SpoolConfiguration {
-    std::int64_t maxActiveFileBytes = 2 * 1024 * 1024;  // a larger file is moved aside
-    int maxOverflowFiles = 8;                           // older segments are deleted
+    std::int64_t maxActiveFileBytes = 2'097'152;  // a larger file is moved aside
+    int maxOverflowFiles = 8;                     // older segments are deleted
     Seconds lockTimeout{0.5};
-    std::size_t maxLineBytes = 16 * 1024;  // counts the line feed
+    std::size_t maxLineBytes = 16'384;  // counts the line feed
     bool operator==(const SpoolConfiguration&) const = default;
 };
 
