@@ -7,12 +7,29 @@
 
 namespace tallowbrook {
 
-void RecordEncoder::encodeRaw(std::string_view key, std::string json) {
-    members_.emplace_back(key, std::move(json));
+namespace {
+
+bool needsEscape(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\'; }
+
+}  // namespace
+
+void RecordEncoder::add(std::string_view key, std::size_t begin) {
+    members_.push_back({key, begin, values_.size()});
+}
+
+void RecordEncoder::encodeRaw(std::string_view key, std::string_view json) {
+    const std::size_t begin = values_.size();
+    values_.append(json);
+    add(key, begin);
 }
 
 void RecordEncoder::encode(std::string_view key, std::string_view value) {
-    encodeRaw(key, boost::json::serialize(boost::json::string_view{value}));
+    // Nearly every text of a record is made of plain characters.
+    if (std::ranges::any_of(value, needsEscape))
+        return encodeRaw(key, boost::json::serialize(boost::json::string_view{value}));
+    const std::size_t begin = values_.size();
+    values_.append("\"").append(value).append("\"");
+    add(key, begin);
 }
 
 void RecordEncoder::encode(std::string_view key, std::int64_t value) {
@@ -41,13 +58,16 @@ void RecordEncoder::encode(std::string_view key, const RecordEncoder& nested) {
 
 std::string RecordEncoder::text() const {
     auto sorted = members_;
-    std::ranges::sort(sorted);
-    std::string text{"{"};
-    for (const auto& [key, value] : sorted) {
+    std::ranges::sort(sorted, {}, &Member::key);
+    std::string text;
+    text.reserve(values_.size() + 24 * sorted.size() + 2);
+    text = "{";
+    for (const auto& [key, begin, end] : sorted) {
         if (text.size() > 1) text += ',';
-        text.append("\"").append(key).append("\":").append(value);
+        text.append("\"").append(key).append("\":").append(values_, begin, end - begin);
     }
-    return text + "}";
+    text += '}';
+    return text;
 }
 
 std::expected<RecordDecoder, DecodingError> RecordDecoder::parse(std::string_view text) {

@@ -10,7 +10,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "Domain/EnumNames.h"
@@ -36,7 +35,7 @@ class RecordEncoder {
     void encode(std::string_view key, const RecordEncoder& nested);
 
     // A value that is JSON text already, such as another record's `text`.
-    void encodeRaw(std::string_view key, std::string json);
+    void encodeRaw(std::string_view key, std::string_view json);
 
     template <typename Enum>
         requires std::is_enum_v<Enum>
@@ -53,7 +52,17 @@ class RecordEncoder {
     std::string text() const;
 
  private:
-    std::vector<std::pair<std::string_view, std::string>> members_;  // key, value as JSON text
+    struct Member {
+        std::string_view key;
+        std::size_t begin;  // of its value in `values_`
+        std::size_t end;
+    };
+
+    // Notes that the value of `key` was written from `begin` on.
+    void add(std::string_view key, std::size_t begin);
+
+    std::vector<Member> members_;
+    std::string values_;  // all values as JSON text, one behind the other
 };
 
 // Reads the members of one JSON object. A member that is missing or of another type gives an empty

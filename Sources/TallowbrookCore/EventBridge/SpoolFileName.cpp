@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 #include <system_error>
 #include <tuple>
 
@@ -33,21 +32,6 @@ std::optional<std::int64_t> parseMicros(std::string_view text) {
     return micros;
 }
 
-std::optional<SpoolFileName::Entry> parse(const std::filesystem::path& file) {
-    const std::string name = file.filename().string();
-    if (!name.ends_with(extension)) return std::nullopt;
-    const std::size_t firstDash = name.find('-');
-    if (firstDash == std::string::npos) return std::nullopt;
-    const std::size_t secondDash = name.find('-', firstDash + 1);
-    if (secondDash == std::string::npos) return std::nullopt;
-
-    const std::string_view text = name;
-    const auto prefix = fromRawValue<SpoolFileName::Prefix>(text.substr(0, firstDash));
-    const auto micros = parseMicros(text.substr(firstDash + 1, secondDash - firstDash - 1));
-    if (!prefix || !micros) return std::nullopt;
-    return SpoolFileName::Entry{file, *prefix, *micros};
-}
-
 }  // namespace
 
 std::string SpoolFileName::make(Prefix prefix, Instant date) {
@@ -56,6 +40,21 @@ std::string SpoolFileName::make(Prefix prefix, Instant date) {
     name += '-' + std::to_string(getpid());
     name += '-' + randomHexWord();
     return name.append(extension);
+}
+
+std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::path& file) {
+    const std::string name = file.filename().string();
+    if (!name.ends_with(extension)) return std::nullopt;
+    const std::size_t firstDash = name.find('-');
+    if (firstDash == std::string::npos) return std::nullopt;
+    const std::size_t secondDash = name.find('-', firstDash + 1);
+    if (secondDash == std::string::npos) return std::nullopt;
+
+    const std::string_view text = name;
+    const auto prefix = fromRawValue<Prefix>(text.substr(0, firstDash));
+    const auto micros = parseMicros(text.substr(firstDash + 1, secondDash - firstDash - 1));
+    if (!prefix || !micros) return std::nullopt;
+    return Entry{file, *prefix, *micros};
 }
 
 std::vector<SpoolFileName::Entry> SpoolFileName::pendingFiles(

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -34,6 +35,9 @@ struct Entry {
 
 // A new name with this process's id and 32 random bits.
 std::string make(Prefix prefix, Instant date);
+
+// What a file's name says of it; absent when it is no segment.
+std::optional<Entry> parse(const std::filesystem::path& file);
 
 // The segments of a directory, oldest first; of the same time by prefix, then by name in ascending
 // byte order. Other files are passed over. Empty when the directory cannot be listed.

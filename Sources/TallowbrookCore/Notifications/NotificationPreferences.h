@@ -37,7 +37,7 @@ struct NotificationPreferences {
     bool notifyOnAttention = false;
     bool notifyOnCompletion = false;
     bool notifyOnFailure = false;
-    QuietHours quietHours;
+    QuietHours quietHours{};
     Seconds dedupeInterval{};  // two notifications with one key within it are one
     Seconds maxEventAge{};     // an older event never notifies
     bool playSound = false;

@@ -40,11 +40,8 @@ std::string signature(const AgentEvent& event) {
     for (const auto part : parts) size += part.size();
 
     std::string text(size, '|');
-    auto position = text.begin();
-    for (const auto part : parts) {
-        position = std::ranges::copy(part, position).out;
-        if (position != text.end()) ++position;
-    }
+    char* position = text.data();
+    for (const auto part : parts) position += part.copy(position, part.size()) + 1;
     return text;
 }
 
@@ -192,28 +189,42 @@ EventEffect fold(const AgentEvent& event, const std::optional<SessionSnapshot>& 
     return same ? EventEffect::confirmed : EventEffect::applied;
 }
 
+// Copies a snapshot for a change that gives it another signature: the old one, its longest text, is
+// held aside meanwhile, and not copied in vain.
+void copyUnsigned(std::optional<SessionSnapshot>& source, std::optional<SessionSnapshot>& copy) {
+    std::optional<std::string> aside = std::exchange(source->lastSignature, std::nullopt);
+    copy = source;
+    source->lastSignature = std::move(aside);
+}
+
 }  // namespace
 
-ReductionResult SessionReducer::reduce(std::optional<SessionSnapshot> stored,
+ReductionResult SessionReducer::reduce(const std::optional<SessionSnapshot>& stored,
                                        const AgentEvent& event) const {
     ReductionResult result;
-    result.previous = std::move(stored);
-    result.current = result.previous;
-    if (!event.sessionID) return result;
+    result.previous = stored;
+    if (!event.sessionID) {
+        result.current = stored;
+        return result;
+    }
 
-    if (!result.current)
+    std::string eventSignature = signature(event);
+    if (stored && isDuplicate(*stored, event, eventSignature, duplicateWindow)) {
+        result.effect = EventEffect::duplicate;
+        result.current = stored;
+        touch(*result.current, event);
+        return result;
+    }
+
+    if (stored)
+        copyUnsigned(result.previous, result.current);
+    else
         result.current = SessionSnapshot::initial({event.provider, *event.sessionID}, event);
     SessionSnapshot& current = *result.current;
     touch(current, event);
-
-    std::string eventSignature = signature(event);
-    if (result.previous && isDuplicate(*result.previous, event, eventSignature, duplicateWindow)) {
-        result.effect = EventEffect::duplicate;
-        return result;
-    }
     current.lastSignature = std::move(eventSignature);
     current.lastSignatureAt = event.observedAt;
-    result.effect = fold(event, result.previous, current);
+    result.effect = fold(event, stored, current);
     return result;
 }
 

@@ -47,9 +47,10 @@ struct SessionReducer {
     Seconds duplicateWindow;
     bool operator==(const SessionReducer&) const = default;
 
-    // `stored` is the snapshot of the event's session, absent for a session not seen before; hand
-    // it over by move to save a copy. Ends the program when a counter of the snapshot is full.
-    ReductionResult reduce(std::optional<SessionSnapshot> stored, const AgentEvent& event) const;
+    // `stored` is the snapshot of the event's session, absent for a session not seen before. Ends
+    // the program when a counter of the snapshot is full.
+    ReductionResult reduce(const std::optional<SessionSnapshot>& stored,
+                           const AgentEvent& event) const;
 };
 
 }  // namespace tallowbrook
