@@ -63,11 +63,10 @@ class Watcher {
         const auto report = ingest.run(store_, currentInstant());
         for (const auto& trouble : report.troubles) complain(trouble);
         if (report.invalidLines > 0)
-            complain(fmt::format("{} of the spool held no event and {} skipped.",
-                                 report.invalidLines == 1
-                                     ? "One line"
-                                     : fmt::format("{} lines", report.invalidLines),
-                                 report.invalidLines == 1 ? "was" : "were"));
+            say(fmt::format("{} of the spool held no event and {} skipped.",
+                            report.invalidLines == 1 ? "One line"
+                                                     : fmt::format("{} lines", report.invalidLines),
+                            report.invalidLines == 1 ? "was" : "were"));
         deliverPending(store_, Notifier::printing(), preferences.maxEventAge, currentInstant());
         return report.troubles.empty();
     }
@@ -81,13 +80,16 @@ class Watcher {
         return true;
     }
 
-    // The same trouble comes again with every pass; it is said once until another one comes.
-    void complain(const std::string& sentence) {
-        if (sentence == lastComplaint_) return;
-        lastComplaint_ = sentence;
+    void say(const std::string& sentence) {
         fmt::print(stderr, "tallowbrook: {}\n", sentence);
         DiagnosticLog{paths_.appLogFile(), maxLogBytes}.append("watch: " + sentence,
                                                                currentInstant());
+    }
+
+    // A trouble that stays comes again with every pass; it is said once until another one comes.
+    void complain(const std::string& sentence) {
+        if (sentence != lastComplaint_) say(sentence);
+        lastComplaint_ = sentence;
     }
 
     TallowbrookPaths paths_;

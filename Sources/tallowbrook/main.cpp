@@ -6,6 +6,7 @@
 #include <string>
 
 #include "EventIngestion/PayloadNormalizer.h"
+#include "PreferencesCommand.h"
 #include "SessionsCommand.h"
 #include "WatchCommand.h"
 
@@ -17,7 +18,8 @@ using namespace tallowbrook::host;
 constexpr int failure = 1;
 constexpr int usageError = 2;
 
-constexpr auto exitStatuses =
+constexpr auto footer =
+    "Every command takes --home DIR, before or after its name.\n"
     "Exit status: 0 done, 1 failed (the reason is on standard error), 2 wrong usage.";
 
 struct CommandLine {
@@ -25,15 +27,18 @@ struct CommandLine {
     bool once = false;
     bool json = false;
     bool all = false;
+    PreferenceChange change;
 
     CLI::App app{"Tells you which of your coding agents waits for you, has finished or failed."};
     CLI::App* watch = nullptr;
     CLI::App* sessions = nullptr;
+    CLI::App* preferences = nullptr;
+    CLI::Option* changedName = nullptr;
     CLI::Option* homeOption = nullptr;
 
     CommandLine() {
         app.name("tallowbrook");
-        app.footer(exitStatuses);
+        app.footer(footer);
         app.set_version_flag("--version",
                              "tallowbrook " + std::string{PayloadNormalizer::adapterVersion});
         app.require_subcommand(0, 1);
@@ -48,7 +53,11 @@ struct CommandLine {
         sessions = app.add_subcommand("sessions", "List the sessions");
         sessions->add_flag("--json", json, "As a JSON array, for programs");
         sessions->add_flag("--all", all, "Also those not heard of for more than a day");
-        for (auto* command : app.get_subcommands({})) command->footer(exitStatuses);
+        preferences = app.add_subcommand("preferences", "Show or change what you are told");
+        changedName = preferences->add_option("NAME", change.name, "The preference to change");
+        auto* value = preferences->add_option("VALUE", change.value, "Its new value");
+        changedName->needs(value);
+        for (auto* command : app.get_subcommands({})) command->footer(footer);
     }
 
     TallowbrookPaths paths() const {
@@ -60,6 +69,8 @@ struct CommandLine {
         if (*sessions)
             return listSessions(paths(), all ? ListScope::all : ListScope::recent,
                                 json ? ListFormat::json : ListFormat::table);
+        if (*preferences)
+            return host::preferences(paths(), *changedName ? std::optional{change} : std::nullopt);
         std::cout << app.help();
         return 0;
     }

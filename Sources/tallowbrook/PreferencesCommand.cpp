@@ -1,0 +1,148 @@
+#include "PreferencesCommand.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+
+#include "EventStore.h"
+#include "HostSettings.h"
+
+namespace tallowbrook::host {
+namespace {
+
+using Preferences = NotificationPreferences;
+
+struct Row {
+    std::string_view name;
+    std::string_view meaning;
+    std::string (*show)(const Preferences&);
+    bool (*change)(Preferences&, std::string_view value);
+};
+
+bool parseSwitch(std::string_view value, bool& target) {
+    if (value != "on" && value != "off") return false;
+    target = value == "on";
+    return true;
+}
+
+bool parseSeconds(std::string_view value, Seconds& target) {
+    constexpr int aYear = 31'536'000;
+    int seconds = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
+    if (error != std::errc{} || end != value.data() + value.size()) return false;
+    if (seconds < 0 || seconds > aYear) return false;
+    target = Seconds{seconds};
+    return true;
+}
+
+// Minutes after midnight of "22:00".
+std::optional<int> parseTimeOfDay(std::string_view text) {
+    if (text.size() != 5 || text[2] != ':') return std::nullopt;
+    for (const std::size_t i : {0u, 1u, 3u, 4u})
+        if (text[i] < '0' || text[i] > '9') return std::nullopt;
+    const int hour = (text[0] - '0') * 10 + (text[1] - '0');
+    const int minute = (text[3] - '0') * 10 + (text[4] - '0');
+    if (hour > 23 || minute > 59) return std::nullopt;
+    return hour * 60 + minute;
+}
+
+bool parseQuietHours(std::string_view value, QuietHours& target) {
+    if (parseSwitch(value, target.enabled)) return true;
+    constexpr std::size_t timeLength = 5;
+    if (value.size() != 2 * timeLength + 1 || value[timeLength] != '-') return false;
+    const auto start = parseTimeOfDay(value.substr(0, timeLength));
+    const auto end = parseTimeOfDay(value.substr(timeLength + 1));
+    // An empty window would look switched on and never be in force.
+    if (!start || !end || *start == *end) return false;
+    target = QuietHours{true, *start, *end};
+    return true;
+}
+
+std::string showSwitch(bool value) { return value ? "on" : "off"; }
+std::string showSeconds(Seconds value) { return fmt::format("{:g}", value.count()); }
+
+std::string showQuietHours(const QuietHours& hours) {
+    if (!hours.enabled) return "off";
+    return fmt::format("{:02}:{:02}-{:02}:{:02}", hours.startMinute / 60, hours.startMinute % 60,
+                       hours.endMinute / 60, hours.endMinute % 60);
+}
+
+template <bool Preferences::* field>
+constexpr Row switchRow(std::string_view name, std::string_view meaning) {
+    return {name, meaning, [](const Preferences& from) { return showSwitch(from.*field); },
+            [](Preferences& to, std::string_view value) { return parseSwitch(value, to.*field); }};
+}
+
+template <Seconds Preferences::* field>
+constexpr Row secondsRow(std::string_view name, std::string_view meaning) {
+    return {name, meaning, [](const Preferences& from) { return showSeconds(from.*field); },
+            [](Preferences& to, std::string_view value) { return parseSeconds(value, to.*field); }};
+}
+
+constexpr std::array rows{
+    switchRow<&Preferences::enabled>("enabled", "notifications at all"),
+    switchRow<&Preferences::paused>("paused", "hold them back for now"),
+    switchRow<&Preferences::notifyOnAttention>("notifyOnAttention",
+                                               "when a session needs permission or input"),
+    switchRow<&Preferences::notifyOnCompletion>("notifyOnCompletion", "when a turn completes"),
+    switchRow<&Preferences::notifyOnFailure>("notifyOnFailure", "when a turn fails"),
+    Row{"quietHours", "tell nothing in these hours, such as 22:00-07:00",
+        [](const Preferences& from) { return showQuietHours(from.quietHours); },
+        [](Preferences& to, std::string_view value) {
+            return parseQuietHours(value, to.quietHours);
+        }},
+    secondsRow<&Preferences::dedupeInterval>("dedupeInterval",
+                                             "seconds in which the same is told once"),
+    secondsRow<&Preferences::maxEventAge>("maxEventAge",
+                                          "seconds after which an event is too old to tell"),
+    switchRow<&Preferences::playSound>("playSound", "with a sound"),
+};
+
+}  // namespace
+
+std::string preferencesTable(const NotificationPreferences& preferences) {
+    std::string text;
+    for (const auto& row : rows)
+        text += fmt::format("{:<20} {:<12} {}\n", row.name, row.show(preferences), row.meaning);
+    return text;
+}
+
+std::expected<NotificationPreferences, std::string> setPreference(
+    NotificationPreferences preferences, std::string_view name, std::string_view value) {
+    const auto* row = std::ranges::find(rows, name, &Row::name);
+    if (row == rows.end())
+        return std::unexpected(fmt::format("There is no preference named \"{}\".", name));
+    if (!row->change(preferences, value))
+        return std::unexpected(fmt::format("\"{}\" is no value for {}.", value, name));
+    return preferences;
+}
+
+int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceChange>& change) {
+    auto store = EventStore::open(paths);
+    if (!store) {
+        fmt::print(stderr, "tallowbrook: {}\n", store.error());
+        return 1;
+    }
+    try {
+        auto current = store->preferences().value_or(defaultPreferences());
+        if (change) {
+            const auto changed = setPreference(current, change->name, change->value);
+            if (!changed) {
+                fmt::print(stderr, "tallowbrook: {} Nothing was changed.\n", changed.error());
+                return 2;
+            }
+            current = *changed;
+            store->setPreferences(current);
+        }
+        fmt::print("{}", preferencesTable(current));
+        return 0;
+    } catch (const SQLite::Exception& error) {
+        fmt::print(stderr, "tallowbrook: The database failed: {}.\n", error.what());
+        return 1;
+    }
+}
+
+}  // namespace tallowbrook::host
