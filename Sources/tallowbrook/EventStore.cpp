@@ -1,10 +1,12 @@
 #include "EventStore.h"
 
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>
+#include <thread>
 
 #include "Domain/EventCoding.h"
 #include "EventBridge/FileDescriptor.h"
@@ -14,7 +16,7 @@
 namespace tallowbrook::host {
 namespace {
 
-constexpr int busyTimeoutMilliseconds = 5000;
+constexpr std::chrono::milliseconds busyTimeout{5000};
 constexpr const char* preferencesKey = "notificationPreferences";
 
 // SQLite gives its companion files the mode of the database, so that one must be right first.
@@ -23,6 +25,21 @@ std::expected<void, FileError> makeOwnerOnlyFile(const std::filesystem::path& pa
     if (!file.isOpen()) return std::unexpected(FileError{"open", errno});
     if (fchmod(file.number(), 0600) != 0) return std::unexpected(FileError{"chmod", errno});
     return {};
+}
+
+// The step into this mode does not wait for other processes as all else does, so it is tried again.
+void enterWALMode(SQLite::Database& database) {
+    const auto deadline = std::chrono::steady_clock::now() + busyTimeout;
+    while (true) {
+        try {
+            database.exec("PRAGMA journal_mode = WAL");
+            return;
+        } catch (const SQLite::Exception& error) {
+            const bool isBusy = error.getErrorCode() == SQLITE_BUSY;
+            if (!isBusy || std::chrono::steady_clock::now() >= deadline) throw;
+            std::this_thread::sleep_for(std::chrono::milliseconds{5});
+        }
+    }
 }
 
 std::int64_t micros(Instant instant) { return instant.time_since_epoch().count(); }
@@ -60,11 +77,12 @@ std::expected<EventStore, std::string> EventStore::open(const TallowbrookPaths& 
     if (auto made = makeOwnerOnlyFile(paths.databaseFile()); !made)
         return failed(made.error().description());
     try {
-        auto database = std::make_unique<SQLite::Database>(
-            paths.databaseFile().string(), SQLite::OPEN_READWRITE, busyTimeoutMilliseconds);
+        auto database = std::make_unique<SQLite::Database>(paths.databaseFile().string(),
+                                                           SQLite::OPEN_READWRITE,
+                                                           static_cast<int>(busyTimeout.count()));
         if (StoreSchema::version(*database) > StoreSchema::currentVersion())
             return failed("it was written by a newer version of tallowbrook");
-        database->exec("PRAGMA journal_mode = WAL");
+        enterWALMode(*database);
         // A segment is deleted once its events are committed, so a commit must survive a power cut.
         database->exec("PRAGMA synchronous = FULL");
         database->exec("PRAGMA foreign_keys = ON");
@@ -77,7 +95,9 @@ std::expected<EventStore, std::string> EventStore::open(const TallowbrookPaths& 
 
 bool EventStore::exists(const TallowbrookPaths& paths) {
     struct stat status{};
-    return stat(paths.databaseFile().c_str(), &status) == 0 && status.st_size > 0;
+    // What cannot be looked at may well be there: opening it will tell the reason.
+    if (stat(paths.databaseFile().c_str(), &status) != 0) return errno != ENOENT;
+    return status.st_size > 0;
 }
 
 SQLite::Transaction EventStore::beginWriting() {

@@ -18,7 +18,8 @@ struct Notifier {
 
 // Hands over what is pending in the order in which it was decided, and records each one as told
 // once it was. One whose event is older than `maxEventAge` by now is dropped: the host was away.
-// Stops at the first that cannot be handed over. Throws SQLite::Exception when the store fails.
-void deliverPending(EventStore& store, const Notifier& notifier, Seconds maxEventAge, Instant now);
+// Stops at the first that cannot be handed over, and is false then. Throws SQLite::Exception when
+// the store fails.
+bool deliverPending(EventStore& store, const Notifier& notifier, Seconds maxEventAge, Instant now);
 
 }  // namespace tallowbrook::host

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdio>
 
 #include "EventStore.h"
 #include "HostSettings.h"
+#include "TerminalOutput.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -62,7 +62,7 @@ bool parseQuietHours(std::string_view value, QuietHours& target) {
 }
 
 std::string showSwitch(bool value) { return value ? "on" : "off"; }
-std::string showSeconds(Seconds value) { return fmt::format("{:g}", value.count()); }
+std::string showSeconds(Seconds value) { return fmt::format("{}", value.count()); }
 
 std::string showQuietHours(const QuietHours& hours) {
     if (!hours.enabled) return "off";
@@ -123,7 +123,7 @@ std::expected<NotificationPreferences, std::string> setPreference(
 int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceChange>& change) {
     auto store = EventStore::open(paths);
     if (!store) {
-        fmt::print(stderr, "tallowbrook: {}\n", store.error());
+        TerminalOutput::complain(store.error());
         return 1;
     }
     try {
@@ -131,16 +131,15 @@ int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceCha
         if (change) {
             const auto changed = setPreference(current, change->name, change->value);
             if (!changed) {
-                fmt::print(stderr, "tallowbrook: {} Nothing was changed.\n", changed.error());
+                TerminalOutput::complain(changed.error() + " Nothing was changed.");
                 return 2;
             }
             current = *changed;
             store->setPreferences(current);
         }
-        fmt::print("{}", preferencesTable(current));
-        return 0;
+        return TerminalOutput::show(preferencesTable(current)) ? 0 : 1;
     } catch (const SQLite::Exception& error) {
-        fmt::print(stderr, "tallowbrook: The database failed: {}.\n", error.what());
+        TerminalOutput::complain(fmt::format("The database failed: {}.", error.what()));
         return 1;
     }
 }

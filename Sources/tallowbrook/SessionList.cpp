@@ -93,7 +93,7 @@ std::string SessionList::json(Instant now) const {
         encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
         text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();
     }
-    return text + (sessions.empty() ? "]\n" : "\n]\n");
+    return TerminalText::printableJSON(text + (sessions.empty() ? "]\n" : "\n]\n"));
 }
 
 }  // namespace tallowbrook::host

@@ -33,6 +33,14 @@ bool isHarmless(utf8proc_int32_t codePoint) {
                      category != UTF8PROC_CATEGORY_ZL && category != UTF8PROC_CATEGORY_ZP);
 }
 
+// The JSON escape of a character, of one beyond U+FFFF as a surrogate pair.
+std::string escaped(utf8proc_int32_t codePoint) {
+    const auto value = static_cast<unsigned>(codePoint);
+    if (value <= 0xFFFF) return fmt::format("\\u{:04x}", value);
+    const unsigned offset = value - 0x10000;
+    return fmt::format("\\u{:04x}\\u{:04x}", 0xD800 + (offset >> 10), 0xDC00 + (offset & 0x3FF));
+}
+
 std::size_t columnsOf(utf8proc_int32_t codePoint) {
     return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(codePoint)));
 }
@@ -55,6 +63,20 @@ std::string TerminalText::printable(std::string_view text) {
     for (std::string_view rest = text; !rest.empty();) {
         const Piece piece = firstPiece(rest);
         result.append(isHarmless(piece.codePoint) ? piece.bytes : replacement);
+        rest.remove_prefix(piece.bytes.size());
+    }
+    return result;
+}
+
+std::string TerminalText::printableJSON(std::string_view json) {
+    std::string result;
+    for (std::string_view rest = json; !rest.empty();) {
+        const Piece piece = firstPiece(rest);
+        // Below a blank there is only the layout: within strings those are escaped already.
+        if (isHarmless(piece.codePoint) || piece.codePoint < ' ')
+            result.append(piece.bytes);
+        else
+            result.append(escaped(piece.codePoint));
         rest.remove_prefix(piece.bytes.size());
     }
     return result;

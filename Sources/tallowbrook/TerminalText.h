@@ -14,6 +14,9 @@ namespace tallowbrook::host::TerminalText {
 // become U+FFFD, so that no text can move the cursor or pose as another.
 std::string printable(std::string_view text);
 
+// A JSON text (RFC 8259) of the same value, in which such characters stand as escapes.
+std::string printableJSON(std::string_view json);
+
 // The text with blanks behind it, `columns` wide on the screen; a longer one ends in "…".
 std::string padded(std::string_view text, std::size_t columns);
 

@@ -2,7 +2,7 @@
 
 #include <fmt/core.h>
 
-#include <cstdio>
+#include <set>
 
 #include "Diagnostics/DiagnosticLog.h"
 #include "EventStore.h"
@@ -11,6 +11,7 @@
 #include "Ingest.h"
 #include "Notifier.h"
 #include "SessionList.h"
+#include "TerminalOutput.h"
 #include "WakeUp.h"
 
 namespace tallowbrook::host {
@@ -41,76 +42,80 @@ class Watcher {
     // False when something could not be done; it stands on standard error and in the log. A pass
     // that fails loses nothing: what it did not commit is still in the spool.
     bool pass() {
+        std::set<std::string> troubles;
         try {
-            return leads() ? drainAndTell() : showTold();
+            if (!leads()) lookOn();
+            if (leads()) drainAndTell(troubles);
         } catch (const SQLite::Exception& error) {
-            complain(fmt::format("The database failed: {}. The spool is kept.", error.what()));
-            return false;
+            troubles.insert(
+                fmt::format("The database failed: {}. The spool is kept.", error.what()));
         }
+        // A trouble that stays comes again with every pass, and is said once.
+        for (const auto& trouble : troubles)
+            if (!standingTroubles_.contains(trouble)) say(trouble);
+        standingTroubles_ = std::move(troubles);
+        return standingTroubles_.empty();
     }
 
-    void printSessions() {
+    bool showSessions() {
         const Instant now = currentInstant();
-        const auto list = SessionList::make(store_.sessions(), ListScope::recent, now);
-        fmt::print("{}", list.table(now));
-        std::fflush(stdout);
+        return TerminalOutput::show(
+            SessionList::make(store_.sessions(), ListScope::recent, now).table(now));
     }
 
  private:
-    bool drainAndTell() {
+    // Shows what another host has told, up to its last word when this one takes over from it.
+    void lookOn() {
+        if (tryToLead() && leads())
+            TerminalOutput::complain("The other host has ended; this one takes over.");
+        const auto notifier = Notifier::printing();
+        for (const auto& notification : store_.toldNotifications(lastShown_)) {
+            if (!notifier.deliver(notification.content)) return;
+            lastShown_ = notification.number;
+        }
+    }
+
+    void drainAndTell(std::set<std::string>& troubles) {
         const auto preferences = store_.preferences().value_or(defaultPreferences());
         const Ingest ingest{{paths_}, preferences, Calendar::current()};
         const auto report = ingest.run(store_, currentInstant());
-        for (const auto& trouble : report.troubles) complain(trouble);
+        troubles.insert(report.troubles.begin(), report.troubles.end());
         if (report.invalidLines > 0)
             say(fmt::format("{} of the spool held no event and {} skipped.",
                             report.invalidLines == 1 ? "One line"
                                                      : fmt::format("{} lines", report.invalidLines),
                             report.invalidLines == 1 ? "was" : "were"));
-        deliverPending(store_, Notifier::printing(), preferences.maxEventAge, currentInstant());
-        return report.troubles.empty();
-    }
-
-    bool showTold() {
-        const auto notifier = Notifier::printing();
-        for (const auto& notification : store_.toldNotifications(lastShown_)) {
-            notifier.deliver(notification.content);
-            lastShown_ = notification.number;
-        }
-        return true;
+        if (!deliverPending(store_, Notifier::printing(), preferences.maxEventAge,
+                            currentInstant()))
+            troubles.insert("Not everything could be told. It is tried again.");
     }
 
     void say(const std::string& sentence) {
-        fmt::print(stderr, "tallowbrook: {}\n", sentence);
+        TerminalOutput::complain(sentence);
         DiagnosticLog{paths_.appLogFile(), maxLogBytes}.append("watch: " + sentence,
                                                                currentInstant());
-    }
-
-    // A trouble that stays comes again with every pass; it is said once until another one comes.
-    void complain(const std::string& sentence) {
-        if (sentence != lastComplaint_) say(sentence);
-        lastComplaint_ = sentence;
     }
 
     TallowbrookPaths paths_;
     EventStore store_;
     std::optional<HostLock> lock_;
     std::int64_t lastShown_ = 0;
-    std::string lastComplaint_;
+    std::set<std::string> standingTroubles_;
 };
 
 int fail(const std::string& sentence) {
-    fmt::print(stderr, "tallowbrook: {}\n", sentence);
+    TerminalOutput::complain(sentence);
     return 1;
 }
 
-void stay(Watcher& watcher, WakeUp& wakeUp) {
+int run(Watcher& watcher, WakeUp& wakeUp, WatchMode mode) {
+    const bool passed = watcher.pass();
+    const bool shown = watcher.showSessions();
+    if (mode == WatchMode::once) return passed && shown ? 0 : 1;
     while (wakeUp.wait(watcher.leads() ? timerInterval : lookingInterval) !=
-           WakeUp::Reason::endRequested) {
-        if (!watcher.leads() && watcher.tryToLead() && watcher.leads())
-            fmt::print(stderr, "tallowbrook: The other host has ended; this one takes over.\n");
+           WakeUp::Reason::endRequested)
         watcher.pass();
-    }
+    return 0;
 }
 
 }  // namespace
@@ -118,22 +123,23 @@ void stay(Watcher& watcher, WakeUp& wakeUp) {
 int watch(const TallowbrookPaths& paths, WatchMode mode) {
     auto store = EventStore::open(paths);
     if (!store) return fail(store.error());
-    Watcher watcher{paths, std::move(*store)};
-    if (auto tried = watcher.tryToLead(); !tried)
-        return fail("The lock of this home cannot be taken: " + tried.error().description() + ".");
-    if (!watcher.leads())
-        fmt::print(stderr,
-                   "tallowbrook: Another host watches this home already. This one only shows what "
-                   "that one stores.\n");
-
-    // The signal is observed before the first pass, so that nothing slips through between them.
-    auto wakeUp = WakeUp::start();
-    if (!wakeUp) return fail("Signals cannot be received: " + wakeUp.error().description() + ".");
-    const bool passed = watcher.pass();
-    watcher.printSessions();
-    if (mode == WatchMode::once) return passed ? 0 : 1;
-    stay(watcher, *wakeUp);
-    return 0;
+    try {
+        Watcher watcher{paths, std::move(*store)};
+        if (auto tried = watcher.tryToLead(); !tried)
+            return fail("The lock of this home cannot be taken: " + tried.error().description() +
+                        ".");
+        if (!watcher.leads())
+            TerminalOutput::complain(
+                "Another host watches this home already. This one only shows what that one "
+                "stores.");
+        // Signals are received before the first pass, so that nothing slips through in between.
+        auto wakeUp = WakeUp::start();
+        if (!wakeUp)
+            return fail("Signals cannot be received: " + wakeUp.error().description() + ".");
+        return run(watcher, *wakeUp, mode);
+    } catch (const SQLite::Exception& error) {
+        return fail(fmt::format("The database cannot be read: {}.", error.what()));
+    }
 }
 
 }  // namespace tallowbrook::host

@@ -68,6 +68,8 @@ class ChildProcess {
  private:
     // An exception must not unwind into the test that the child is a copy of.
     [[noreturn]] static void run(const std::function<std::string()>& body, int reports) noexcept {
+        // A test that is killed itself must leave no child behind for long.
+        alarm(120);
         const std::string text = body();
         for (std::size_t sent = 0; sent < text.size();) {
             const ssize_t length = write(reports, text.data() + sent, text.size() - sent);

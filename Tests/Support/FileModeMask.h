@@ -18,7 +18,7 @@ class FileModeMask {
 
 // The permission bits of a file or directory; all ones when there is none.
 inline mode_t modeOf(const char* path) {
-    struct stat status {};
+    struct stat status{};
     if (stat(path, &status) != 0) return static_cast<mode_t>(-1);
     return static_cast<mode_t>(status.st_mode & 07777);
 }

@@ -34,8 +34,7 @@ struct OrdinaryUser {
     // Makes the calling process this user's for good.
     bool become() const {
         if (geteuid() == id) return true;
-        return setgroups(0, nullptr) == 0 && setgid(static_cast<gid_t>(id)) == 0 &&
-               setuid(id) == 0;
+        return setgroups(0, nullptr) == 0 && setgid(static_cast<gid_t>(id)) == 0 && setuid(id) == 0;
     }
 };
 

@@ -62,7 +62,7 @@ def main():
             found[source_stanza(fields, uri, fields["Suites"])] = None
             if "security" not in uri:
                 # The second choice, where a mirror lacks a file of this machine's own release.
-                found[source_stanza(fields, uri, "stable")] = None
+                found[source_stanza(fields, uri, "stable oldstable")] = None
     print("\n".join(found))
 
 

@@ -5,6 +5,7 @@
 #include <utf8proc.h>
 
 #include <cstdio>
+#include <optional>
 
 #include "EventBridge/SpoolWriter.h"
 #include "EventBridge/TallowbrookPaths.h"
@@ -36,7 +37,7 @@ std::size_t prefixLength(std::string_view text, std::size_t count) {
     const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
     std::size_t position = 0;
     std::size_t characters = 0;
-    utf8proc_int32_t previous = 0;
+    std::optional<utf8proc_int32_t> previous;  // absent at the start and behind a byte that is none
     utf8proc_int32_t state = 0;
     while (position < text.size()) {
         utf8proc_int32_t current = 0;
@@ -44,10 +45,11 @@ std::size_t prefixLength(std::string_view text, std::size_t count) {
             bytes + position, static_cast<utf8proc_ssize_t>(text.size() - position), &current);
         const bool isValid = length > 0;
         if (!isValid) length = 1;
-        const bool startsCharacter = position == 0 || !isValid ||
-                                     utf8proc_grapheme_break_stateful(previous, current, &state);
+        const bool startsCharacter =
+            !isValid || !previous || utf8proc_grapheme_break_stateful(*previous, current, &state);
         if (startsCharacter && characters++ == count) return position;
-        previous = isValid ? current : 0;
+        if (!isValid || !previous) state = 0;
+        previous = isValid ? std::optional{current} : std::nullopt;
         position += static_cast<std::size_t>(length);
     }
     return position;

@@ -14,6 +14,7 @@
 
 #include "EventBridge/FileDescriptor.h"
 #include "EventBridge/SpoolSignal.h"
+#include "EventBridge/TallowbrookPaths.h"
 
 namespace tallowbrook::SpoolSignal {
 namespace {
@@ -34,8 +35,7 @@ std::optional<std::string> signalDirectory() {
     const std::string user = std::to_string(geteuid());
     if (std::string runtime = "/run/user/" + user; isOwnDirectory(runtime)) return runtime;
     std::string own = "/tmp/tallowbrook-" + user;
-    if (mkdir(own.c_str(), 0700) != 0 && errno != EEXIST) return std::nullopt;
-    if (!isOwnDirectory(own)) return std::nullopt;
+    if (!TallowbrookPaths::ensureDirectory(own) || !isOwnDirectory(own)) return std::nullopt;
     return own;
 }
 

@@ -82,9 +82,10 @@ void ensureStatus(SessionSnapshot& snapshot, const AgentEvent& event, SessionSta
     snapshot.statusSince = event.observedAt;
 }
 
-void startSession(SessionSnapshot& snapshot, const AgentEvent& event, bool isNew) {
-    // An agent announces a start also when it resumes or compacts a session that is running.
-    if (!isNew && !snapshot.sessionEnded) return;
+// An agent announces a start also when it compacts a session that is running; and a new session is
+// `unknown` already. So only an ended one changes.
+void startSession(SessionSnapshot& snapshot, const AgentEvent& event) {
+    if (!snapshot.sessionEnded) return;
     snapshot.sessionEnded = false;
     snapshot.endedAt.reset();
     snapshot.endReason.reset();
@@ -139,10 +140,10 @@ void endSession(SessionSnapshot& snapshot, const AgentEvent& event) {
 }
 
 // The status machine. False when the event has no meaning for the session as it stands.
-bool apply(const AgentEvent& event, SessionSnapshot& snapshot, bool isNew) {
+bool apply(const AgentEvent& event, SessionSnapshot& snapshot) {
     switch (event.category) {
         case EventCategory::sessionStarted:
-            startSession(snapshot, event, isNew);
+            startSession(snapshot, event);
             return true;
         case EventCategory::promptSubmitted:
             submitPrompt(snapshot, event);
@@ -180,7 +181,7 @@ EventEffect fold(const AgentEvent& event, const std::optional<SessionSnapshot>& 
 
     current.lastEventType = event.eventType;
     if (event.cwd) current.cwd = event.cwd;
-    if (!apply(event, current, !previous)) return EventEffect::ignored;
+    if (!apply(event, current)) return EventEffect::ignored;
     current.lastAppliedAt = event.observedAt;
 
     const bool same = previous && previous->status == current.status &&
@@ -197,26 +198,24 @@ void copyUnsigned(std::optional<SessionSnapshot>& source, std::optional<SessionS
     source->lastSignature = std::move(aside);
 }
 
-}  // namespace
-
-ReductionResult SessionReducer::reduce(const std::optional<SessionSnapshot>& stored,
-                                       const AgentEvent& event) const {
-    ReductionResult result;
-    result.previous = stored;
+// Makes the current snapshot out of the previous one, and says in `result` what the event did.
+void advance(ReductionResult& result, const AgentEvent& event, Seconds duplicateWindow) {
+    const std::optional<SessionSnapshot>& previous = result.previous;
     if (!event.sessionID) {
-        result.current = stored;
-        return result;
+        result.effect = EventEffect::noSession;
+        result.current = previous;
+        return;
     }
 
     std::string eventSignature = signature(event);
-    if (stored && isDuplicate(*stored, event, eventSignature, duplicateWindow)) {
+    if (previous && isDuplicate(*previous, event, eventSignature, duplicateWindow)) {
         result.effect = EventEffect::duplicate;
-        result.current = stored;
+        result.current = previous;
         touch(*result.current, event);
-        return result;
+        return;
     }
 
-    if (stored)
+    if (previous)
         copyUnsigned(result.previous, result.current);
     else
         result.current = SessionSnapshot::initial({event.provider, *event.sessionID}, event);
@@ -224,7 +223,24 @@ ReductionResult SessionReducer::reduce(const std::optional<SessionSnapshot>& sto
     touch(current, event);
     current.lastSignature = std::move(eventSignature);
     current.lastSignatureAt = event.observedAt;
-    result.effect = fold(event, stored, current);
+    result.effect = fold(event, previous, current);
+}
+
+}  // namespace
+
+ReductionResult SessionReducer::reduce(const std::optional<SessionSnapshot>& stored,
+                                       const AgentEvent& event) const {
+    ReductionResult result;
+    result.previous = stored;
+    advance(result, event, duplicateWindow);
+    return result;
+}
+
+ReductionResult SessionReducer::reduce(std::optional<SessionSnapshot>&& stored,
+                                       const AgentEvent& event) const {
+    ReductionResult result;
+    result.previous = std::move(stored);
+    advance(result, event, duplicateWindow);
     return result;
 }
 

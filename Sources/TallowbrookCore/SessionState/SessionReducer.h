@@ -47,10 +47,11 @@ struct SessionReducer {
     Seconds duplicateWindow;
     bool operator==(const SessionReducer&) const = default;
 
-    // `stored` is the snapshot of the event's session, absent for a session not seen before. Ends
-    // the program when a counter of the snapshot is full.
+    // `stored` is the snapshot of the event's session, absent for a session not seen before; moving
+    // it in spares a copy. Ends the program when a counter of the snapshot is full.
     ReductionResult reduce(const std::optional<SessionSnapshot>& stored,
                            const AgentEvent& event) const;
+    ReductionResult reduce(std::optional<SessionSnapshot>&& stored, const AgentEvent& event) const;
 };
 
 }  // namespace tallowbrook

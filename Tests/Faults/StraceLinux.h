@@ -1,0 +1,59 @@
+// Faults of a real program's system calls, by strace(1): the kernel is never asked, and the program
+// sees the error; or the program is killed at the door of the call.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "EndToEnd/RunProgram.h"
+
+namespace tallowbrook {
+
+// One call that a program made.
+struct SystemCall {
+    std::string name;
+    int occurrence = 0;  // among its calls of this name, from 1
+    std::string text;    // with arguments and result
+};
+
+struct Fault {
+    std::string call;      // the name
+    int occurrence = 1;    // from 1
+    std::string effect;    // "error=EIO", "retval=0", "signal=KILL"
+    bool forEver = false;  // also every later call of this name
+
+    // As strace takes it.
+    std::string text() const;
+};
+
+// What comes of a run with a fault.
+struct FaultyRun {
+    ProgramResult result;
+    bool wasInjected = false;  // the run met the fault, where and as often as it should
+};
+
+namespace Strace {
+
+// Why a test that needs it must be skipped; absent where it works.
+std::optional<std::string> reasonToSkip();
+
+// All calls of a run, in order; the first is the execve(2).
+std::vector<SystemCall> callsOf(const ProgramCall& call);
+
+// The whole of a trace in a file of strace's.
+std::vector<SystemCall> parse(std::string_view trace);
+
+FaultyRun runWith(const Fault& fault, const ProgramCall& call);
+
+// A run that is not waited for yet. `traceFile` says later what was injected.
+ProgramCall prepared(const Fault& fault, const ProgramCall& call, const std::string& traceFile);
+
+}  // namespace Strace
+
+// The faults that a call of this name can really meet, the likeliest first. Empty for those that
+// cannot fail, such as getpid(2).
+std::vector<std::string> fittingErrors(const std::string& call);
+
+}  // namespace tallowbrook

@@ -1,0 +1,180 @@
+#include "Diagnostics/DiagnosticLog.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Support/ChildProcess.h"
+#include "Support/EnvironmentVariable.h"
+#include "Support/FileContents.h"
+#include "Support/FileModeMask.h"
+#include "Support/OrdinaryUser.h"
+#include "Support/SampleEvents.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace tallowbrook {
+namespace {
+
+namespace fs = std::filesystem;
+
+class DiagnosticLogTest : public testing::Test {
+ protected:
+    static constexpr std::int64_t maxBytes = 262144;
+
+    TemporaryDirectory temporary;
+    EnvironmentVariable home{"HOME", "/Users/alice"};
+    fs::path file = temporary.path / "home" / "logs" / "helper.log";
+    fs::path older = temporary.path / "home" / "logs" / "helper.log.1";
+    DiagnosticLog log{file, maxBytes};
+    std::string line = "2026-11-15T03:30:55.123Z message\n";
+};
+
+TEST_F(DiagnosticLogTest, writesTimeBlankMessageAndLineFeed) {
+    log.append("message", sampleTime);
+    EXPECT_EQ(contentsOf(file), line);
+    log.append("", Instant{});
+    EXPECT_EQ(contentsOf(file), line + "1970-01-01T00:00:00.000Z \n");
+}
+
+TEST_F(DiagnosticLogTest, cutsTheTimeBelowAMillisecond) {
+    log.append("m", sampleTime + std::chrono::microseconds{999});
+    EXPECT_EQ(contentsOf(file), "2026-11-15T03:30:55.123Z m\n");
+}
+
+TEST_F(DiagnosticLogTest, createsItsDirectoryAndFileForItsUserAlone) {
+    const FileModeMask masked{0};
+    log.append("message", sampleTime);
+    EXPECT_EQ(modeOf(file.c_str()), mode_t{0600});
+    EXPECT_EQ(modeOf(file.parent_path().c_str()), mode_t{0700});
+    EXPECT_EQ(modeOf(file.parent_path().parent_path().c_str()), mode_t{0700});
+}
+
+TEST_F(DiagnosticLogTest, keepsTheModeOfAnExistingFile) {
+    writeContents(file, "");
+    chmod(file.c_str(), 0644);
+    log.append("message", sampleTime);
+    EXPECT_EQ(modeOf(file.c_str()), mode_t{0644});
+}
+
+TEST_F(DiagnosticLogTest, keepsEachMessageOnOneLine) {
+    log.append("first\nsecond\r\nthird\tend\x7F", sampleTime);
+    EXPECT_EQ(contentsOf(file), "2026-11-15T03:30:55.123Z first second  third end \n");
+}
+
+TEST_F(DiagnosticLogTest, doesNotShowTheHomeDirectory) {
+    log.append("cannot read /Users/alice/proj/file", sampleTime);
+    EXPECT_EQ(contentsOf(file), "2026-11-15T03:30:55.123Z cannot read ~/proj/file\n");
+}
+
+TEST_F(DiagnosticLogTest, cutsMessagesAtFourHundredCharacters) {
+    log.append(std::string(400, 'x'), sampleTime);
+    log.append(std::string(401, 'y'), sampleTime);
+    EXPECT_EQ(contentsOf(file), "2026-11-15T03:30:55.123Z " + std::string(400, 'x') +
+                                    "\n2026-11-15T03:30:55.123Z " + std::string(400, 'y') +
+                                    "\u2026\n");
+}
+
+TEST_F(DiagnosticLogTest, isNotMovedAsideAtItsCap) {
+    writeZeros(file, 262144);
+    log.append("message", sampleTime);
+    EXPECT_EQ(fs::file_size(file), 262144 + line.size());
+    EXPECT_FALSE(fs::exists(older));
+}
+
+TEST_F(DiagnosticLogTest, isMovedAsideBeyondItsCap) {
+    writeZeros(file, 262145);
+    log.append("message", sampleTime);
+    EXPECT_EQ(contentsOf(file), line);
+    EXPECT_EQ(fs::file_size(older), 262145U);
+}
+
+TEST_F(DiagnosticLogTest, replacesTheOlderGeneration) {
+    writeContents(older, "older");
+    writeZeros(file, 262144);
+    log.append("message", sampleTime);
+    EXPECT_EQ(contentsOf(older), "older") << "not before the cap is passed";
+    log.append("message", sampleTime);
+    EXPECT_EQ(contentsOf(file), line);
+    EXPECT_EQ(fs::file_size(older), 262144 + line.size());
+    EXPECT_EQ(std::distance(fs::directory_iterator{file.parent_path()}, {}), 2);
+}
+
+TEST_F(DiagnosticLogTest, namesTheOlderGenerationAfterItself) {
+    const DiagnosticLog other{temporary.path / "any name", 3};
+    writeContents(other.url, "1234");
+    other.append("message", sampleTime);
+    EXPECT_EQ(contentsOf(temporary.path / "any name.1"), "1234");
+    EXPECT_EQ(contentsOf(other.url), line);
+}
+
+TEST_F(DiagnosticLogTest, goesOnWhereTheOlderGenerationCannotBeReplaced) {
+    writeContents(older / "in the way", "");
+    writeContents(file, "1234\n");
+    const DiagnosticLog small{file, 3};
+    small.append("message", sampleTime);
+    EXPECT_EQ(contentsOf(file), "1234\n" + line);
+    EXPECT_TRUE(fs::is_directory(older));
+}
+
+TEST_F(DiagnosticLogTest, isSilentWhereItsDirectoryCannotBeMade) {
+    writeContents(file.parent_path(), "a file");
+    log.append("message", sampleTime);
+    EXPECT_EQ(contentsOf(file.parent_path()), "a file");
+}
+
+TEST_F(DiagnosticLogTest, isSilentWhereADirectoryStandsInItsPlace) {
+    fs::create_directories(file);
+    log.append("message", sampleTime);
+    EXPECT_TRUE(fs::is_empty(file));
+}
+
+TEST_F(DiagnosticLogTest, isSilentWhereItMayNotWrite) {
+    const auto user = OrdinaryUser::find();
+    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
+    writeContents(file, "kept\n");
+    for (const auto& path : {temporary.path, temporary.path / "home", file.parent_path(), file})
+        ASSERT_TRUE(user->own(path));
+    chmod(file.c_str(), 0400);
+    EXPECT_EQ(inChildProcess([&]() -> std::string {
+                  if (!user->become()) return "still another user";
+                  log.append("message", sampleTime);
+                  DiagnosticLog{temporary.path / "home" / "logs" / "new", 1}.append("m", {});
+                  return "goes on";
+              }),
+              "goes on");
+    EXPECT_EQ(contentsOf(file), "kept\n");
+    EXPECT_TRUE(fs::exists(file.parent_path() / "new")) << "the user had become the right one";
+}
+
+TEST_F(DiagnosticLogTest, linesOfManyProcessesDoNotMix) {
+    constexpr int processes = 6;
+    constexpr int lines = 200;
+    std::vector<std::unique_ptr<ChildProcess>> children;
+    for (int i = 0; i < processes; ++i)
+        children.push_back(std::make_unique<ChildProcess>([this, i]() -> std::string {
+            for (int number = 0; number < lines; ++number)
+                log.append(std::to_string(i) + ":" + std::to_string(number) + ":" +
+                               std::string(static_cast<std::size_t>(i * 60), 'x'),
+                           sampleTime);
+            return "done";
+        }));
+    for (const auto& child : children) EXPECT_EQ(child->result(), "done");
+
+    std::set<std::string> expected;
+    for (int i = 0; i < processes; ++i)
+        for (int number = 0; number < lines; ++number)
+            expected.insert("2026-11-15T03:30:55.123Z " + std::to_string(i) + ":" +
+                            std::to_string(number) + ":" +
+                            std::string(static_cast<std::size_t>(i * 60), 'x'));
+    std::multiset<std::string> seen;
+    std::ifstream stream{file};
+    for (std::string text; std::getline(stream, text);) seen.insert(text);
+    EXPECT_EQ(seen.size(), expected.size());
+    EXPECT_EQ((std::set<std::string>{seen.begin(), seen.end()}), expected);
+}
+
+}  // namespace
+}  // namespace tallowbrook

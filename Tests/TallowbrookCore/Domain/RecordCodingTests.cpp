@@ -1,0 +1,176 @@
+#include "Domain/RecordCoding.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+#include "Domain/AgentEvent.h"
+#include "Domain/EventCoding.h"
+
+namespace tallowbrook {
+namespace {
+
+RecordDecoder decoderOf(std::string_view text) {
+    auto decoder = EventCoding::makeDecoder(text);
+    EXPECT_TRUE(decoder) << text;
+    return decoder ? std::move(*decoder) : RecordDecoder{};
+}
+
+std::string failureOf(const RecordDecoder& decoder) {
+    return decoder.failure() ? decoder.failure()->description : "";
+}
+
+TEST(RecordEncoder, writesMembersInAscendingOrder) {
+    RecordEncoder encoder = EventCoding::makeEncoder();
+    EXPECT_EQ(encoder.text(), "{}");
+    encoder.encode("b", 1);
+    encoder.encode("aa", 2);
+    encoder.encode("a", 3);
+    encoder.encode("B", 4);
+    EXPECT_EQ(encoder.text(), R"({"B":4,"a":3,"aa":2,"b":1})");
+}
+
+TEST(RecordEncoder, writesEachKindOfValue) {
+    RecordEncoder nested;
+    nested.encode("inner", "/");
+    RecordEncoder encoder;
+    encoder.encode("boolean", true);
+    encoder.encode("date", Instant{std::chrono::microseconds{1500}});
+    encoder.encode("enumeration", EventCategory::turnFailed);
+    encoder.encode("integer", std::numeric_limits<std::int64_t>::min());
+    encoder.encode("record", nested);
+    encoder.encode("text", std::string_view{"a\"\\/\n\x01\u00E9", 8});
+    encoder.encode("absent", std::optional<std::string>{});
+    encoder.encode("present", std::optional<bool>{false});
+    encoder.encode("whole", 300.0);
+    EXPECT_EQ(encoder.text(),
+              R"({"boolean":true,"date":"1970-01-01T00:00:00.001Z","enumeration":"turnFailed",)"
+              R"("integer":-9223372036854775808,"present":false,"record":{"inner":"/"},)"
+              "\"text\":\"a\\\"\\\\/\\n\\u0001\u00E9\",\"whole\":300}");
+}
+
+TEST(RecordEncoder, takesAValueThatIsJSONAlready) {
+    RecordEncoder encoder;
+    encoder.encodeRaw("b", "[1,2]");
+    encoder.encode("a", "x");
+    encoder.encodeRaw("c", "null");
+    EXPECT_EQ(encoder.text(), R"({"a":"x","b":[1,2],"c":null})");
+    EXPECT_EQ(encoder.text(), R"({"a":"x","b":[1,2],"c":null})") << "asked twice";
+}
+
+TEST(RecordDecoder, readsEachKindOfValue) {
+    auto decoder = decoderOf(
+        R"({"boolean":true,"date":"1970-01-01T00:00:00.001Z","enumeration":"turnFailed",)"
+        R"("integer":-9223372036854775808,"number":2.5,"record":{"inner":"/"},"text":"a\n"})");
+    EXPECT_TRUE(decoder.boolean("boolean"));
+    EXPECT_EQ(decoder.date("date"), Instant{std::chrono::milliseconds{1}});
+    EXPECT_EQ(decoder.enumeration<EventCategory>("enumeration"), EventCategory::turnFailed);
+    EXPECT_EQ(decoder.integer("integer"), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(decoder.number("number"), 2.5);
+    EXPECT_EQ(decoder.number("integer"), -9223372036854775808.0);
+    EXPECT_EQ(decoder.record("record").text("inner"), "/");
+    EXPECT_EQ(decoder.text("text"), "a\n");
+    EXPECT_EQ(failureOf(decoder), "");
+}
+
+TEST(RecordDecoder, refusesATextThatIsNoObject) {
+    for (const char* text : {"", "null", "1", R"("a")", "[]", "[{}]", "{", "{}x",
+                             R"({"a":"\ud83d"})", "{\"a\":\"\xFF\"}", "\xEF\xBB\xBF{}"})
+        EXPECT_FALSE(EventCoding::makeDecoder(text)) << text;
+}
+
+TEST(RecordDecoder, remembersAMissingMember) {
+    auto decoder = decoderOf("{}");
+    EXPECT_EQ(decoder.text("name"), "");
+    EXPECT_EQ(failureOf(decoder), "name is missing");
+}
+
+TEST(RecordDecoder, remembersAMemberOfAnotherType) {
+    auto decoder = decoderOf(R"({"name":1})");
+    EXPECT_EQ(decoder.text("name"), "");
+    EXPECT_NE(failureOf(decoder), "");
+
+    for (const char* value : {"1.0", R"("1")", "true", "null", "9223372036854775808"}) {
+        auto other = decoderOf("{\"count\":" + std::string{value} + "}");
+        EXPECT_EQ(other.integer("count"), 0) << value;
+        EXPECT_NE(failureOf(other), "") << value;
+    }
+    for (const char* value : {R"("1")", "true", "null", "1e999", "-1e999"}) {
+        auto other = decoderOf("{\"count\":" + std::string{value} + "}");
+        EXPECT_EQ(other.number("count"), 0) << value;
+        EXPECT_NE(failureOf(other), "") << value;
+    }
+    for (const char* value : {"0", R"("true")", "null"}) {
+        auto other = decoderOf("{\"on\":" + std::string{value} + "}");
+        EXPECT_FALSE(other.boolean("on")) << value;
+        EXPECT_NE(failureOf(other), "") << value;
+    }
+}
+
+TEST(RecordDecoder, saysWhenADateIsWrong) {
+    for (const char* date : {"2026-11-15 03:30:55", "", "2026-11-15T03:30:55.123456Z"}) {
+        auto decoder = decoderOf("{\"at\":\"" + std::string{date} + "\"}");
+        EXPECT_EQ(decoder.date("at"), Instant{});
+        EXPECT_EQ(failureOf(decoder), "Invalid ISO 8601 date") << date;
+    }
+    auto decoder = decoderOf(R"({"at":"2026-11-15T03:30:55Z"})");
+    EXPECT_EQ(EventDate::text(decoder.date("at")), "2026-11-15T03:30:55.000Z");
+    EXPECT_EQ(failureOf(decoder), "");
+}
+
+TEST(RecordDecoder, keepsTheFirstFailure) {
+    auto decoder = decoderOf(R"({"a":1,"at":"never"})");
+    decoder.text("first");
+    decoder.text("a");
+    decoder.date("at");
+    EXPECT_EQ(failureOf(decoder), "first is missing");
+}
+
+TEST(RecordDecoder, takesMissingAndNullAsAbsent) {
+    auto decoder = decoderOf(R"({"null":null,"text":"a"})");
+    EXPECT_FALSE(decoder.has("missing"));
+    EXPECT_FALSE(decoder.has("null"));
+    EXPECT_TRUE(decoder.has("text"));
+    EXPECT_EQ(decoder.optional("missing", &RecordDecoder::text), std::nullopt);
+    EXPECT_EQ(decoder.optional("null", &RecordDecoder::text), std::nullopt);
+    EXPECT_EQ(decoder.optional("text", &RecordDecoder::text), "a");
+    EXPECT_EQ(failureOf(decoder), "");
+    decoder.optional("text", &RecordDecoder::integer);
+    EXPECT_NE(failureOf(decoder), "");
+}
+
+TEST(RecordDecoder, keepsTheFailureOfANestedRecordUntilItIsAdopted) {
+    auto decoder = decoderOf(R"({"record":{"a":1}})");
+    auto nested = decoder.record("record");
+    nested.text("a");
+    EXPECT_EQ(failureOf(decoder), "");
+    decoder.adopt(nested);
+    EXPECT_EQ(failureOf(decoder), failureOf(nested));
+    EXPECT_NE(failureOf(decoder), "");
+}
+
+TEST(RecordDecoder, readsTheDetailOfAnEventAsItWasWritten) {
+    const EventDetail detail{.notificationType = "n",
+                             .toolName = "t",
+                             .sessionSource = "s",
+                             .endReason = "e",
+                             .errorType = "r"};
+    for (const EventDetail& written : {detail, EventDetail{}}) {
+        RecordEncoder encoder;
+        EventCoding::encodeDetail(encoder, written);
+        auto decoder = decoderOf(encoder.text());
+        EXPECT_EQ(EventCoding::decodeDetail(decoder), written);
+        EXPECT_EQ(failureOf(decoder), "");
+    }
+}
+
+TEST(RecordDecoder, neverQuotesAValueInItsFailure) {
+    auto decoder = decoderOf(R"({"at":"secret","kind":"secret"})");
+    decoder.enumeration<Provider>("kind");
+    EXPECT_EQ(failureOf(decoder).find("secret"), std::string::npos);
+    EXPECT_NE(failureOf(decoder), "");
+}
+
+}  // namespace
+}  // namespace tallowbrook

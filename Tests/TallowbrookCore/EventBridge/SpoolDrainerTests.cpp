@@ -1,0 +1,288 @@
+#include "EventBridge/SpoolDrainer.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "EventBridge/SpoolFileName.h"
+#include "EventBridge/SpoolLock.h"
+#include "EventBridge/SpoolWriter.h"
+#include "SpoolOutcome.h"
+#include "Support/ChildProcess.h"
+#include "Support/FileContents.h"
+#include "Support/FileModeMask.h"
+#include "Support/LockHolder.h"
+#include "Support/OrdinaryUser.h"
+#include "Support/SampleEvents.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace tallowbrook {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SpoolDrainerTest : public testing::Test {
+ protected:
+    fs::path segment(const std::string& name) const { return paths.spoolDirectory() / name; }
+
+    // The segments that a successful claim gives.
+    std::vector<fs::path> claim() const {
+        const auto files = drainer.claimPendingFiles();
+        EXPECT_EQ(outcomeOf(files), "ok");
+        return files.value_or(std::vector<fs::path>{});
+    }
+
+    TemporaryDirectory temporary;
+    TallowbrookPaths paths{temporary.path / "home"};
+    SpoolWriter writer{paths, {}};
+    SpoolDrainer drainer{paths, Seconds{0}};
+    std::string line = EventCoding::encodeLine(minimalEvent());
+};
+
+TEST_F(SpoolDrainerTest, createsAMissingSpoolAndFindsNothing) {
+    EXPECT_EQ(drainer.pendingSegmentCount(), 0);
+    EXPECT_FALSE(fs::exists(paths.home));
+    EXPECT_EQ(claim(), std::vector<fs::path>{});
+    EXPECT_EQ(modeOf(paths.spoolDirectory().c_str()), mode_t{0700});
+    EXPECT_EQ(drainer.pendingSegmentCount(), 0);
+}
+
+TEST_F(SpoolDrainerTest, claimsTheActiveFile) {
+    ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    ASSERT_EQ(outcomeOf(writer.append(fullEvent())), "ok");
+    EXPECT_EQ(drainer.pendingSegmentCount(), 1);
+    const auto before = currentInstant().time_since_epoch().count();
+    const auto files = claim();
+    ASSERT_EQ(files.size(), 1U);
+    EXPECT_FALSE(fs::exists(paths.activeSpoolFile()));
+    EXPECT_EQ(contentsOf(files[0]), line + EventCoding::encodeLine(fullEvent()));
+
+    const auto entries = SpoolFileName::pendingFiles(paths.spoolDirectory());
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_EQ(entries[0].url, files[0]);
+    EXPECT_EQ(entries[0].prefix, SpoolFileName::Prefix::ingest);
+    EXPECT_GE(entries[0].micros, before);
+    EXPECT_EQ(drainer.pendingSegmentCount(), 1);
+}
+
+TEST_F(SpoolDrainerTest, doesNotClaimAnEmptyActiveFile) {
+    writeContents(paths.activeSpoolFile(), "");
+    EXPECT_EQ(drainer.pendingSegmentCount(), 0);
+    EXPECT_EQ(claim(), std::vector<fs::path>{});
+    EXPECT_TRUE(fs::exists(paths.activeSpoolFile()));
+
+    writeContents(paths.activeSpoolFile(), "x");
+    EXPECT_EQ(drainer.pendingSegmentCount(), 1);
+    EXPECT_EQ(claim().size(), 1U);
+}
+
+TEST_F(SpoolDrainerTest, givesAllSegmentsOldestFirst) {
+    const std::vector<fs::path> expected{
+        segment("ingest-4-1-1.jsonl"),
+        segment("overflow-5-1-1.jsonl"),
+        segment("ingest-5-1-1.jsonl"),
+        segment("overflow-10-1-1.jsonl"),
+    };
+    for (std::size_t i = expected.size(); i-- > 0;) writeContents(expected[i], line);
+    writeContents(segment("notes.jsonl"), line);
+    EXPECT_EQ(drainer.pendingSegmentCount(), 4);
+    EXPECT_EQ(claim(), expected);
+
+    ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    EXPECT_EQ(drainer.pendingSegmentCount(), 5);
+    const auto files = claim();
+    ASSERT_EQ(files.size(), 5U);
+    EXPECT_EQ((std::vector<fs::path>{files.begin(), files.end() - 1}), expected);
+}
+
+TEST_F(SpoolDrainerTest, leavesWritersToGoOnAfterAClaim) {
+    for (int round = 1; round <= 3; ++round) {
+        ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+        EXPECT_EQ(claim().size(), static_cast<std::size_t>(round));
+    }
+}
+
+TEST_F(SpoolDrainerTest, renamesNothingWithoutTheLock) {
+    ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    EXPECT_EQ(outcomeOf(drainer.claimPendingFiles()), "lock-timeout");
+    drainer.lockTimeout = Seconds{0.05};
+    EXPECT_EQ(outcomeOf(drainer.claimPendingFiles()), "lock-timeout");
+    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), line);
+    EXPECT_EQ(drainer.pendingSegmentCount(), 1) << "takes no lock";
+
+    drainer.lockTimeout = Seconds{60};
+    holder.releaseSoon();
+    EXPECT_EQ(claim().size(), 1U);
+}
+
+TEST_F(SpoolDrainerTest, saysWhenTheSpoolCannotBeMadeOrLocked) {
+    writeContents(paths.home, "a file");
+    EXPECT_EQ(outcomeOf(drainer.claimPendingFiles()), "stat-errno" + std::to_string(ENOTDIR));
+    fs::remove(paths.home);
+    fs::create_directories(paths.spoolLockFile());
+    writeContents(paths.activeSpoolFile(), line);
+    EXPECT_EQ(outcomeOf(drainer.claimPendingFiles()), ioCode("open-lock", EISDIR));
+    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), line);
+}
+
+TEST_F(SpoolDrainerTest, leavesTheActiveFileWhereItCannotBeRenamed) {
+    const auto user = OrdinaryUser::find();
+    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
+    writeContents(paths.activeSpoolFile(), line);
+    writeContents(paths.spoolLockFile(), "");
+    for (const auto& path : {temporary.path, paths.home, paths.spoolDirectory(),
+                             paths.activeSpoolFile(), paths.spoolLockFile()})
+        ASSERT_TRUE(user->own(path));
+    chmod(paths.spoolDirectory().c_str(), 0500);
+    const auto seen = inChildProcess([&]() -> std::string {
+        if (!user->become()) return "still another user";
+        return outcomeOf(drainer.claimPendingFiles()) + " " +
+               outcomeOf(writer.append(minimalEvent()));
+    });
+    EXPECT_EQ(seen, ioCode("claim", EACCES) + " ok") << "writers go on as before";
+    chmod(paths.spoolDirectory().c_str(), 0700);
+    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), line + line);
+}
+
+TEST_F(SpoolDrainerTest, removesASegmentAndIgnoresOneThatIsGone) {
+    ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    const auto files = claim();
+    ASSERT_EQ(files.size(), 1U);
+    SpoolDrainer::remove(files[0]);
+    EXPECT_FALSE(fs::exists(files[0]));
+    SpoolDrainer::remove(files[0]);
+    SpoolDrainer::remove(paths.spoolDirectory());
+    EXPECT_TRUE(fs::exists(paths.spoolDirectory()));
+    EXPECT_EQ(drainer.pendingSegmentCount(), 0);
+}
+
+TEST_F(SpoolDrainerTest, deliversASegmentAgainThatWasNotRemoved) {
+    ASSERT_EQ(outcomeOf(writer.append(fullEvent())), "ok");
+    const auto first = claim();
+    const auto second = claim();
+    ASSERT_EQ(first, second);
+    for (const auto& file : {first[0], second[0]}) {
+        const auto result = SpoolDrainer::readEvents(file);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(result->events, std::vector{fullEvent()});
+    }
+}
+
+TEST_F(SpoolDrainerTest, aSecondDrainerFindsWhatTheFirstOneClaimed) {
+    ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    const auto files = claim();
+    const SpoolDrainer other{paths, Seconds{0}};
+    EXPECT_EQ(other.claimPendingFiles(), files);
+    SpoolDrainer::remove(files.at(0));
+    EXPECT_EQ(outcomeOf(SpoolDrainer::readEvents(files[0])), "open-errno" + std::to_string(ENOENT));
+}
+
+TEST_F(SpoolDrainerTest, readsEventsInTheOrderOfTheFile) {
+    const fs::path file = segment("ingest-1-1-1.jsonl");
+    std::vector<AgentEvent> expected;
+    std::string text;
+    for (int i = 0; i < 1000; ++i) {
+        expected.push_back(fullEvent());
+        expected.back().sessionID = std::to_string(i);
+        text += EventCoding::encodeLine(expected.back());
+    }
+    writeContents(file, text);
+    EXPECT_EQ(SpoolDrainer::readEvents(file), (SpoolReadResult{expected, 0}));
+    EXPECT_EQ(contentsOf(file), text) << "reading changes nothing";
+}
+
+TEST_F(SpoolDrainerTest, countsWhatIsNoEventAndPassesItOver) {
+    const std::string bare = line.substr(0, line.size() - 1);
+    struct Row {
+        const char* why;
+        std::string contents;
+        std::size_t events;
+        std::int64_t invalid;
+    };
+    for (const auto& [why, contents, events, invalid] : {
+             Row{"empty", "", 0, 0},
+             Row{"one line", line, 1, 0},
+             Row{"no line feed at the end", line + bare, 2, 0},
+             Row{"only a line without line feed", bare, 1, 0},
+             Row{"only line feeds", "\n\n\n", 0, 0},
+             Row{"garbage among blank lines", line + "\ngarbage\n\n" + line, 2, 1},
+             Row{"garbage without line feed at the end", line + "{\"schema\":1", 1, 1},
+             Row{"garbage first", "x\n" + line, 1, 1},
+             Row{"a torn line and the event behind it", "{\"adapter" + line + line, 1, 1},
+             Row{"two events in one line", bare + line, 0, 1},
+             Row{"a line of blanks is no empty one", " \n" + line, 1, 1},
+             Row{"line ends of another system", bare + "\r\n" + bare + "\r\n", 2, 0},
+             Row{"a carriage return alone is no empty line", "\r\n" + line, 1, 1},
+             Row{"zero bytes", std::string(4096, '\0') + "\n" + line, 1, 1},
+             Row{"a byte-order mark", "\xEF\xBB\xBF" + line + line, 1, 1},
+             Row{"invalid UTF-8", "\xFF\xFE\n" + line, 1, 1},
+             Row{"deep nesting", std::string(100'000, '[') + "\n" + line, 1, 1},
+             Row{"other records", "{}\n[]\nnull\n1\n\"text\"\n" + line, 1, 5},
+         }) {
+        const fs::path file = segment("ingest-1-1-1.jsonl");
+        writeContents(file, contents);
+        const auto result = SpoolDrainer::readEvents(file);
+        ASSERT_TRUE(result) << why;
+        EXPECT_EQ(result->events, std::vector(events, minimalEvent())) << why;
+        EXPECT_EQ(result->invalidLineCount, invalid) << why;
+    }
+}
+
+TEST_F(SpoolDrainerTest, passesOverEventsOfALaterVersion) {
+    std::string later = line;
+    later.replace(later.find("turnCompleted"), std::string{"turnCompleted"}.size(), "turnPaused");
+    writeContents(segment("ingest-1-1-1.jsonl"), later + line);
+    EXPECT_EQ(SpoolDrainer::readEvents(segment("ingest-1-1-1.jsonl")),
+              (SpoolReadResult{{minimalEvent()}, 1}));
+}
+
+TEST_F(SpoolDrainerTest, readsToTheEndWhateverSizeTheFileTells) {
+    const fs::path pipe = temporary.path / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    ChildProcess feeder{[&] {
+        std::string text;
+        for (int i = 0; i < 500; ++i) text += line;
+        return outcomeOf(SpoolWriter::appendBytes(text, pipe));
+    }};
+    const auto result = SpoolDrainer::readEvents(pipe);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->events.size(), 500U);
+    EXPECT_EQ(result->invalidLineCount, 0);
+    EXPECT_EQ(feeder.result(), "ok");
+}
+
+TEST_F(SpoolDrainerTest, keepsASegmentThatCannotBeRead) {
+    const fs::path directory = segment("overflow-1-1-1.jsonl");
+    fs::create_directories(directory);
+    const auto files = claim();
+    EXPECT_EQ(files, std::vector{directory});
+    EXPECT_EQ(outcomeOf(SpoolDrainer::readEvents(directory)),
+              "read-errno" + std::to_string(EISDIR));
+    EXPECT_TRUE(fs::exists(directory));
+    EXPECT_EQ(outcomeOf(SpoolDrainer::readEvents(segment("missing"))),
+              "open-errno" + std::to_string(ENOENT));
+}
+
+TEST_F(SpoolDrainerTest, saysWhenASegmentMayNotBeRead) {
+    const auto user = OrdinaryUser::find();
+    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
+    const fs::path file = segment("ingest-1-1-1.jsonl");
+    writeContents(file, line);
+    for (const auto& path : {temporary.path, paths.home, paths.spoolDirectory(), file})
+        ASSERT_TRUE(user->own(path));
+    chmod(file.c_str(), 0200);
+    EXPECT_EQ(inChildProcess([&] {
+                  return user->become() ? outcomeOf(SpoolDrainer::readEvents(file)) : "same user";
+              }),
+              "open-errno" + std::to_string(EACCES));
+    chmod(file.c_str(), 0600);
+    EXPECT_EQ(contentsOf(file), line);
+}
+
+}  // namespace
+}  // namespace tallowbrook

@@ -1,0 +1,160 @@
+#include "EventBridge/SpoolFileName.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <random>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Support/FileContents.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace tallowbrook {
+namespace {
+
+using SpoolFileName::make;
+using SpoolFileName::parse;
+using SpoolFileName::pendingFiles;
+using SpoolFileName::Prefix;
+
+std::vector<std::string> listed(const std::filesystem::path& directory) {
+    std::vector<std::string> names;
+    for (const auto& entry : pendingFiles(directory)) names.push_back(entry.url.filename());
+    return names;
+}
+
+TEST(SpoolFileName, hasTwoPrefixes) {
+    EXPECT_EQ(rawValue(Prefix::overflow), "overflow");
+    EXPECT_EQ(rawValue(Prefix::ingest), "ingest");
+    EXPECT_EQ(allCases<Prefix>().size(), 2U);
+}
+
+TEST(SpoolFileName, isMadeOfPrefixTimeProcessAndRandomBits) {
+    const Instant date{std::chrono::microseconds{1763177455123456}};
+    for (const Prefix prefix : {Prefix::overflow, Prefix::ingest}) {
+        const std::regex pattern{std::string{rawValue(prefix)} + "-1763177455123456-" +
+                                 std::to_string(getpid()) + "-(0|[1-9A-F][0-9A-F]{0,7})\\.jsonl"};
+        for (int i = 0; i < 2000; ++i) {
+            const std::string name = make(prefix, date);
+            ASSERT_TRUE(std::regex_match(name, pattern)) << name;
+        }
+    }
+}
+
+TEST(SpoolFileName, isAnotherOneEachTime) {
+    std::set<std::string> names;
+    for (int i = 0; i < 100; ++i) names.insert(make(Prefix::ingest, Instant{}));
+    EXPECT_GE(names.size(), 99U) << "two of a hundred random words may be the same, not more";
+}
+
+TEST(SpoolFileName, isListedWithItsParts) {
+    const TemporaryDirectory temporary;
+    const Instant date{std::chrono::microseconds{1763177455123456}};
+    const auto file = temporary.path / make(Prefix::ingest, date);
+    writeContents(file, "");
+    EXPECT_EQ(pendingFiles(temporary.path),
+              (std::vector{SpoolFileName::Entry{file, Prefix::ingest, 1763177455123456}}));
+}
+
+TEST(SpoolFileName, isReadFromAPathThatNeedNotExist) {
+    const std::filesystem::path file = "/missing-1/overflow-5-6-7.jsonl";
+    EXPECT_EQ(parse(file), (SpoolFileName::Entry{file, Prefix::overflow, 5}));
+    EXPECT_EQ(parse("ingest-9223372036854775807-1-0.jsonl"),
+              (SpoolFileName::Entry{"ingest-9223372036854775807-1-0.jsonl", Prefix::ingest,
+                                    9223372036854775807}));
+    EXPECT_EQ(parse("/overflow-5-6-7.jsonl/notes"), std::nullopt);
+    EXPECT_EQ(parse("/overflow-5-6-7.jsonl/"), std::nullopt);
+    EXPECT_EQ(parse(""), std::nullopt);
+}
+
+TEST(PendingFiles, comeOldestFirstThenOverflowFirstThenByName) {
+    const std::vector<std::string> inOrder{
+        "ingest-0-1-1.jsonl",
+        "overflow-1-1-1.jsonl",
+        "ingest-1-1-1.jsonl",
+        "overflow-9-9-9.jsonl",
+        "ingest-10-1-1.jsonl",
+        "overflow-100-1-1.jsonl",
+        "overflow-100-1-2.jsonl",
+        "overflow-100-10-1.jsonl",
+        "overflow-100-2-1.jsonl",
+        "overflow-100-2-A.jsonl",
+        "ingest-100-1-1.jsonl",
+        "ingest-100-1-2.jsonl",
+        "overflow-1763177455123456-4242-9F3A01C.jsonl",
+        "ingest-1763177455123457-4242-0.jsonl",
+        "overflow-9223372036854775807-1-1.jsonl",
+        "ingest-9223372036854775807-1-1.jsonl",
+    };
+    std::vector<std::string> made = inOrder;
+    std::mt19937 engine;  // any order of creation will do
+    std::ranges::shuffle(made, engine);
+    const TemporaryDirectory temporary;
+    for (const auto& name : made) writeContents(temporary.path / name, "");
+    EXPECT_EQ(listed(temporary.path), inOrder);
+}
+
+TEST(PendingFiles, leaveOutEveryOtherName) {
+    const TemporaryDirectory temporary;
+    for (const char* name : {
+             "events.jsonl",
+             "spool.lock",
+             "notes.jsonl",
+             "overflow-abc-1-2.jsonl",
+             "overflow--1-2.jsonl",
+             "overflow--5-1-2.jsonl",
+             "overflow-1.5-1-2.jsonl",
+             "overflow-0x10-1-2.jsonl",
+             "overflow-1e3-1-2.jsonl",
+             "overflow- 1-1-2.jsonl",
+             "overflow-1 -1-2.jsonl",
+             "overflow-9223372036854775808-1-2.jsonl",
+             "overflow-99999999999999999999-1-2.jsonl",
+             "overflow-1.jsonl",
+             "overflow.jsonl",
+             "overflow-1-2-3.json",
+             "overflow-1-2-3.jsonl.1",
+             "overflow-1-2-3.JSONL",
+             "overflow-1-2-3",
+             "Overflow-1-2-3.jsonl",
+             "overflowed-1-2-3.jsonl",
+             "overflo-1-2-3.jsonl",
+             "-1-2-3.jsonl",
+             "ingest_1-2-3.jsonl",
+             "other-1-2-3.jsonl",
+             " ingest-1-2-3.jsonl",
+             ".ingest-1-2-3.jsonl",
+             "-.jsonl",
+             "--.jsonl",
+             ".jsonl",
+         })
+        writeContents(temporary.path / name, "");
+    EXPECT_EQ(listed(temporary.path), std::vector<std::string>{});
+}
+
+TEST(PendingFiles, lookOnlyAtPrefixTimeAndEnding) {
+    const TemporaryDirectory temporary;
+    const std::vector<std::string> names{
+        "ingest-1-.jsonl",
+        "ingest-2-any name.jsonl",
+        "ingest-3-1-2-3-4.jsonl",
+        "ingest-0004-1-2.jsonl",
+    };
+    for (const auto& name : names) writeContents(temporary.path / name, "");
+    EXPECT_EQ(listed(temporary.path), names);
+}
+
+TEST(PendingFiles, ofADirectoryThatCannotBeListedAreNone) {
+    const TemporaryDirectory temporary;
+    EXPECT_TRUE(pendingFiles(temporary.path).empty());
+    EXPECT_TRUE(pendingFiles(temporary.path / "missing").empty());
+    writeContents(temporary.path / "file", "");
+    EXPECT_TRUE(pendingFiles(temporary.path / "file").empty());
+}
+
+}  // namespace
+}  // namespace tallowbrook

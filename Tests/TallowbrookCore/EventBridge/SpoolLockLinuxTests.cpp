@@ -1,0 +1,63 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "EventBridge/SpoolLock.h"
+#include "SpoolOutcome.h"
+#include "Support/ChildProcess.h"
+#include "Support/FailingSystemCallLinux.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace tallowbrook {
+namespace {
+
+namespace fs = std::filesystem;
+
+// What `acquire` comes to when every flock(2) fails with `errorNumber`.
+std::optional<std::string> outcomeWhenLockingFails(int errorNumber) {
+    const TemporaryDirectory temporary;
+    const TallowbrookPaths paths{temporary.path};
+    fs::create_directories(paths.spoolDirectory());
+    return inChildProcess([&]() -> std::string {
+        if (!failSystemCalls({SYS_flock}, errorNumber)) return noFilter;
+        return outcomeOf(SpoolLock::acquire(paths, Seconds{0.02}));
+    });
+}
+
+TEST(SpoolLockLinux, failsAtOnceWhereThereIsNoLocking) {
+    for (const int errorNumber : {ENOLCK, EBADF, EINVAL}) {
+        const auto seen = outcomeWhenLockingFails(errorNumber);
+        if (seen == noFilter) GTEST_SKIP() << *seen;
+        EXPECT_EQ(seen, ioCode("flock", errorNumber));
+    }
+}
+
+TEST(SpoolLockLinux, triesAgainWhenInterruptedUntilTheTimeoutIsOver) {
+    for (const int errorNumber : {EINTR, EWOULDBLOCK}) {
+        const auto seen = outcomeWhenLockingFails(errorNumber);
+        if (seen == noFilter) GTEST_SKIP() << *seen;
+        EXPECT_EQ(seen, "lock-timeout") << errorNumber;
+    }
+}
+
+TEST(SpoolLockLinux, isNotHandedToAProgramThatIsStarted) {
+    const TemporaryDirectory temporary;
+    const TallowbrookPaths paths{fs::canonical(temporary.path)};
+    fs::create_directories(paths.spoolDirectory());
+    const auto lock = SpoolLock::acquire(paths, Seconds{0});
+    ASSERT_TRUE(lock);
+    int found = 0;
+    for (const auto& entry : fs::directory_iterator{"/proc/self/fd"}) {
+        std::error_code ignored;
+        if (fs::read_symlink(entry.path(), ignored) != paths.spoolLockFile()) continue;
+        const int flags = fcntl(std::stoi(entry.path().filename()), F_GETFD);
+        EXPECT_NE(flags & FD_CLOEXEC, 0);
+        ++found;
+    }
+    EXPECT_EQ(found, 1);
+}
+
+}  // namespace
+}  // namespace tallowbrook

@@ -1,0 +1,121 @@
+#include "EventBridge/SpoolLock.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "SpoolOutcome.h"
+#include "Support/FileContents.h"
+#include "Support/FileModeMask.h"
+#include "Support/LockHolder.h"
+#include "Support/OrdinaryUser.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace tallowbrook {
+namespace {
+
+constexpr Seconds once{0};
+constexpr Seconds aMinute{60};
+
+class SpoolLockTest : public testing::Test {
+ protected:
+    SpoolLockTest() { std::filesystem::create_directories(paths.spoolDirectory()); }
+
+    TemporaryDirectory temporary;
+    TallowbrookPaths paths{temporary.path};
+};
+
+TEST_F(SpoolLockTest, createsTheLockFileForItsOwnerAlone) {
+    const FileModeMask masked{0};
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
+    EXPECT_EQ(modeOf(paths.spoolLockFile().c_str()), mode_t{0600});
+    EXPECT_EQ(std::filesystem::file_size(paths.spoolLockFile()), 0U);
+}
+
+TEST_F(SpoolLockTest, leavesAnExistingLockFileAsItIs) {
+    writeContents(paths.spoolLockFile(), "anything");
+    chmod(paths.spoolLockFile().c_str(), 0644);
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
+    EXPECT_EQ(modeOf(paths.spoolLockFile().c_str()), mode_t{0644});
+    EXPECT_EQ(contentsOf(paths.spoolLockFile()), "anything");
+}
+
+TEST_F(SpoolLockTest, isTakenByOneAtATime) {
+    {
+        const auto first = SpoolLock::acquire(paths, once);
+        ASSERT_EQ(outcomeOf(first), "ok");
+        EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "lock-timeout");
+        EXPECT_EQ(inChildProcess([&] { return outcomeOf(SpoolLock::acquire(paths, once)); }),
+                  "lock-timeout");
+    }
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
+    EXPECT_EQ(inChildProcess([&] { return outcomeOf(SpoolLock::acquire(paths, once)); }), "ok");
+}
+
+TEST_F(SpoolLockTest, isRefusedWhileAnotherProcessHoldsIt) {
+    const LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "lock-timeout");
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, Seconds{0.05})), "lock-timeout");
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, Seconds{-1})), "lock-timeout");
+}
+
+TEST_F(SpoolLockTest, isWaitedForUntilItsHolderGivesItBack) {
+    LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    holder.releaseSoon();
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, aMinute)), "ok");
+}
+
+TEST_F(SpoolLockTest, isFreeOnceItsHolderIsKilled) {
+    LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    holder.kill();
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
+}
+
+TEST_F(SpoolLockTest, isGivenBackThoughAChildStillHasTheFileOpen) {
+    std::optional<ChildProcess> child;
+    {
+        const auto lock = SpoolLock::acquire(paths, once);
+        ASSERT_EQ(outcomeOf(lock), "ok");
+        child.emplace([]() -> std::string {
+            while (true) pause();
+        });
+    }
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
+}
+
+TEST_F(SpoolLockTest, movesWithItsValue) {
+    auto lock = SpoolLock::acquire(paths, once);
+    ASSERT_EQ(outcomeOf(lock), "ok");
+    {
+        const SpoolLock moved{std::move(*lock)};
+        EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "lock-timeout");
+    }
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
+}
+
+TEST_F(SpoolLockTest, needsALockFileThatCanBeOpened) {
+    std::filesystem::create_directory(paths.spoolLockFile());
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), ioCode("open-lock", EISDIR));
+    const TallowbrookPaths missing{temporary.path / "missing"};
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(missing, once)), ioCode("open-lock", ENOENT));
+    EXPECT_FALSE(std::filesystem::exists(missing.home));
+}
+
+TEST_F(SpoolLockTest, needsALockFileThatTheUserMayWrite) {
+    const auto user = OrdinaryUser::find();
+    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
+    writeContents(paths.spoolLockFile(), "");
+    chmod(paths.spoolLockFile().c_str(), 0400);
+    for (const auto& path : {paths.home, paths.spoolDirectory(), paths.spoolLockFile()})
+        ASSERT_TRUE(user->own(path));
+    EXPECT_EQ(inChildProcess([&] {
+                  return user->become() ? outcomeOf(SpoolLock::acquire(paths, once)) : "same user";
+              }),
+              ioCode("open-lock", EACCES));
+}
+
+}  // namespace
+}  // namespace tallowbrook

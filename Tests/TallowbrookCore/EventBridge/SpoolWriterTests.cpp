@@ -1,0 +1,209 @@
+#include "EventBridge/SpoolWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+#include "EventBridge/SpoolLock.h"
+#include "SpoolOutcome.h"
+#include "Support/FileContents.h"
+#include "Support/FileModeMask.h"
+#include "Support/LockHolder.h"
+#include "Support/SampleEvents.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace tallowbrook {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SpoolWriterTest : public testing::Test {
+ protected:
+    bool lockIsFree() const { return SpoolLock::acquire(paths, Seconds{0}).has_value(); }
+
+    TemporaryDirectory temporary;
+    TallowbrookPaths paths{temporary.path / "home"};
+    SpoolWriter writer{paths, {}};
+};
+
+TEST(SpoolConfiguration, holdsTheLimitsOfTheHelper) {
+    const SpoolConfiguration configuration;
+    EXPECT_EQ(configuration.maxActiveFileBytes, 2097152);
+    EXPECT_EQ(configuration.maxOverflowFiles, 8);
+    EXPECT_EQ(configuration.lockTimeout, Seconds{0.5});
+    EXPECT_EQ(configuration.maxLineBytes, 16384U);
+}
+
+TEST_F(SpoolWriterTest, createsTheSpoolWithTheFirstEvent) {
+    EXPECT_EQ(outcomeOf(writer.append(fullEvent())), "ok");
+    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), EventCoding::encodeLine(fullEvent()));
+    EXPECT_EQ(modeOf(paths.home.c_str()), mode_t{0700});
+    EXPECT_EQ(modeOf(paths.spoolDirectory().c_str()), mode_t{0700});
+    EXPECT_TRUE(lockIsFree());
+}
+
+TEST_F(SpoolWriterTest, addsEachEventAsOneLineAtTheEnd) {
+    std::string expected;
+    for (int i = 0; i < 5; ++i) {
+        AgentEvent event = minimalEvent();
+        event.sessionID = std::to_string(i);
+        EXPECT_EQ(outcomeOf(writer.append(event)), "ok");
+        expected += EventCoding::encodeLine(event);
+    }
+    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), expected);
+}
+
+TEST_F(SpoolWriterTest, makesFilesOfItsUserAloneLessTheUmask) {
+    struct Row {
+        mode_t mask;
+        mode_t mode;
+    };
+    for (const auto& [mask, mode] :
+         {Row{0, 0600}, Row{022, 0600}, Row{0177, 0600}, Row{0277, 0400}}) {
+        const TallowbrookPaths own{temporary.path / std::to_string(mask)};
+        const FileModeMask masked{mask};
+        EXPECT_EQ(outcomeOf(SpoolWriter{own, {}}.append(minimalEvent())), "ok");
+        EXPECT_EQ(modeOf(own.activeSpoolFile().c_str()), mode) << mask;
+        EXPECT_EQ(modeOf(own.spoolLockFile().c_str()), mode) << mask;
+        EXPECT_EQ(modeOf(own.spoolDirectory().c_str()), mode_t{0700}) << mask;
+    }
+}
+
+TEST_F(SpoolWriterTest, keepsTheModeOfAnExistingFile) {
+    writeContents(paths.activeSpoolFile(), "");
+    chmod(paths.activeSpoolFile().c_str(), 0640);
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    EXPECT_EQ(modeOf(paths.activeSpoolFile().c_str()), mode_t{0640});
+}
+
+TEST_F(SpoolWriterTest, takesLinesUpToItsLimit) {
+    const AgentEvent longest = eventWithLineOf(16384);
+    ASSERT_EQ(EventCoding::encodeLine(longest).size(), 16384U);
+    EXPECT_EQ(outcomeOf(writer.append(longest)), "ok");
+    EXPECT_EQ(fs::file_size(paths.activeSpoolFile()), 16384U);
+    EXPECT_EQ(outcomeOf(writer.append(eventWithLineOf(16385))), "line-too-large(16385)");
+    EXPECT_EQ(fs::file_size(paths.activeSpoolFile()), 16384U);
+}
+
+TEST_F(SpoolWriterTest, touchesNothingForALineThatIsTooLarge) {
+    EXPECT_EQ(outcomeOf(writer.append(eventWithLineOf(100'000))), "line-too-large(100000)");
+    EXPECT_FALSE(fs::exists(paths.home));
+
+    fs::create_directories(paths.spoolDirectory());
+    const LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    EXPECT_EQ(outcomeOf(writer.append(eventWithLineOf(16385))), "line-too-large(16385)")
+        << "no lock is asked for";
+}
+
+TEST_F(SpoolWriterTest, givesUpWhenAnotherProcessHoldsTheLockTooLong) {
+    ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    const std::string before = contentsOf(paths.activeSpoolFile());
+    const LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    EXPECT_EQ(outcomeOf(writer.append(fullEvent())), "lock-timeout");
+    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), before);
+}
+
+TEST_F(SpoolWriterTest, writesNothingNewWithoutTheLock) {
+    fs::create_directories(paths.spoolDirectory());
+    const LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    writer.configuration.lockTimeout = Seconds{0};
+    EXPECT_EQ(outcomeOf(writer.append(fullEvent())), "lock-timeout");
+    EXPECT_FALSE(fs::exists(paths.activeSpoolFile()));
+}
+
+TEST_F(SpoolWriterTest, triesOnceWithATimeoutOfZero) {
+    writer.configuration.lockTimeout = Seconds{0};
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), EventCoding::encodeLine(minimalEvent()));
+}
+
+TEST_F(SpoolWriterTest, waitsForALockThatIsGivenBack) {
+    fs::create_directories(paths.spoolDirectory());
+    LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    holder.releaseSoon();
+    writer.configuration.lockTimeout = Seconds{60};
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), EventCoding::encodeLine(minimalEvent()));
+}
+
+TEST_F(SpoolWriterTest, getsTheLockOfAHolderThatWasKilled) {
+    fs::create_directories(paths.spoolDirectory());
+    LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    holder.kill();
+    writer.configuration.lockTimeout = Seconds{0};
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
+}
+
+TEST_F(SpoolWriterTest, saysWhenTheSpoolDirectoryCannotBeMade) {
+    writeContents(paths.home, "a file");
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "stat-errno" + std::to_string(ENOTDIR));
+    EXPECT_EQ(contentsOf(paths.home), "a file");
+}
+
+TEST_F(SpoolWriterTest, saysWhenTheLockFileCannotBeOpened) {
+    fs::create_directories(paths.spoolLockFile());
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-lock", EISDIR));
+    EXPECT_FALSE(fs::exists(paths.activeSpoolFile()));
+}
+
+TEST_F(SpoolWriterTest, saysWhenTheActiveFileCannotBeOpenedAndGivesTheLockBack) {
+    fs::create_directories(paths.activeSpoolFile());
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-spool", EISDIR));
+    EXPECT_TRUE(lockIsFree());
+}
+
+TEST_F(SpoolWriterTest, twoHomesDoNotMeet) {
+    fs::create_directories(paths.spoolDirectory());
+    const LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    const TallowbrookPaths other{temporary.path / "other"};
+    EXPECT_EQ(outcomeOf(SpoolWriter{other, {}}.append(minimalEvent())), "ok");
+}
+
+TEST(AppendBytes, addToAFileOrMakeIt) {
+    const TemporaryDirectory temporary;
+    const FileModeMask masked{0};
+    const fs::path file = temporary.path / "file";
+    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("one\n", file)), "ok");
+    EXPECT_EQ(modeOf(file.c_str()), mode_t{0600});
+    chmod(file.c_str(), 0644);
+    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("two", file)), "ok");
+    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("", file)), "ok");
+    EXPECT_EQ(contentsOf(file), "one\ntwo");
+    EXPECT_EQ(modeOf(file.c_str()), mode_t{0644});
+}
+
+TEST(AppendBytes, takeBytesOfEveryKindAndNumber) {
+    const TemporaryDirectory temporary;
+    const fs::path file = temporary.path / "file";
+    std::string bytes;
+    for (int i = 0; i < 3'000'000; ++i) bytes += static_cast<char>(i * 7 + i / 256);
+    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes(bytes, file)), "ok");
+    EXPECT_EQ(contentsOf(file), bytes);
+}
+
+TEST(AppendBytes, needNoLock) {
+    const TemporaryDirectory temporary;
+    const TallowbrookPaths paths{temporary.path};
+    fs::create_directories(paths.spoolDirectory());
+    const LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("x", paths.activeSpoolFile())), "ok");
+}
+
+TEST(AppendBytes, sayWhenTheFileCannotBeOpened) {
+    const TemporaryDirectory temporary;
+    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("x", temporary.path)),
+              ioCode("open-spool", EISDIR));
+    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("x", temporary.path / "missing" / "file")),
+              ioCode("open-spool", ENOENT));
+}
+
+}  // namespace
+}  // namespace tallowbrook

@@ -1,0 +1,236 @@
+// Payloads by the thousand, sound and broken, against a plain reading of the grammar.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Normalizing.h"
+
+namespace tallowbrook {
+namespace {
+
+// Says whether a text is JSON by RFC 8259, but that a string may hold any byte from 0x20 on, and
+// any four hexadecimal digits behind "\u". Knows no limits.
+class Grammar {
+ public:
+    explicit Grammar(std::string_view text) : rest_{text} {}
+
+    bool isJSON() {
+        skipBlanks();
+        const bool valid = value();
+        skipBlanks();
+        return valid && rest_.empty();
+    }
+
+ private:
+    bool take(char c) {
+        if (!rest_.starts_with(c)) return false;
+        rest_.remove_prefix(1);
+        return true;
+    }
+
+    bool takeAnyOf(std::string_view characters) {
+        if (rest_.empty() || characters.find(rest_.front()) == std::string_view::npos) return false;
+        rest_.remove_prefix(1);
+        return true;
+    }
+
+    bool takeWord(std::string_view word) {
+        if (!rest_.starts_with(word)) return false;
+        rest_.remove_prefix(word.size());
+        return true;
+    }
+
+    void skipBlanks() {
+        while (takeAnyOf(" \t\r\n")) continue;
+    }
+
+    bool value() {
+        if (rest_.starts_with('{')) return list('{', '}', [this] { return member(); });
+        if (rest_.starts_with('[')) return list('[', ']', [this] { return value(); });
+        if (rest_.starts_with('"')) return string();
+        return takeWord("true") || takeWord("false") || takeWord("null") || number();
+    }
+
+    template <typename Element>
+    bool list(char open, char close, Element element) {
+        take(open);
+        skipBlanks();
+        if (take(close)) return true;
+        do {
+            skipBlanks();
+            if (!element()) return false;
+            skipBlanks();
+        } while (take(','));
+        return take(close);
+    }
+
+    bool member() {
+        if (!string()) return false;
+        skipBlanks();
+        if (!take(':')) return false;
+        skipBlanks();
+        return value();
+    }
+
+    bool string() {
+        if (!take('"')) return false;
+        while (!rest_.empty()) {
+            if (take('"')) return true;
+            if (static_cast<unsigned char>(rest_.front()) < 0x20) return false;
+            if (!take('\\'))
+                rest_.remove_prefix(1);
+            else if (!escape())
+                return false;
+        }
+        return false;
+    }
+
+    bool escape() {
+        if (takeAnyOf("\"\\/bfnrt")) return true;
+        if (!take('u')) return false;
+        for (int i = 0; i < 4; ++i)
+            if (!takeAnyOf("0123456789abcdefABCDEF")) return false;
+        return true;
+    }
+
+    bool digits() {
+        if (!takeAnyOf("0123456789")) return false;
+        while (takeAnyOf("0123456789")) continue;
+        return true;
+    }
+
+    bool number() {
+        take('-');
+        if (!take('0') && !digits()) return false;
+        if (take('.') && !digits()) return false;
+        if (!takeAnyOf("eE")) return true;
+        takeAnyOf("+-");
+        return digits();
+    }
+
+    std::string_view rest_;
+};
+
+class TextSource {
+ public:
+    explicit TextSource(std::uint64_t seed) : engine_{seed} {}
+
+    // A JSON text, with up to three places broken.
+    std::string next() {
+        std::string text = value(4);
+        if (below(8) == 0) text = blanks() + text + blanks();
+        for (auto breaks = below(2) * below(4); breaks > 0; --breaks) breakOnce(text);
+        return text;
+    }
+
+ private:
+    std::uint64_t below(std::uint64_t limit) { return engine_() % limit; }
+
+    std::string oneOf(const std::vector<std::string>& texts) { return texts[below(texts.size())]; }
+
+    std::string blanks() { return oneOf({"", "", " ", "\n", "\t ", "\r\n"}); }
+
+    std::string value(int depth) {
+        const auto kind = below(depth > 0 ? 8 : 4);
+        if (kind < 2) return string();
+        if (kind == 2) return number();
+        if (kind == 3) return oneOf({"true", "false", "null"});
+        std::string text = kind < 7 ? "{" : "[";
+        for (auto count = below(4), i = count; i > 0; --i) {
+            if (i < count) text += blanks() + ",";
+            if (kind < 7) text += blanks() + string() + blanks() + ":";
+            text += blanks() + value(depth - 1);
+        }
+        return text + blanks() + (kind < 7 ? "}" : "]");
+    }
+
+    std::string string() {
+        std::string text = "\"";
+        for (auto count = below(4); count > 0; --count)
+            text += oneOf({"a",
+                           "session_id",
+                           "cwd",
+                           "/",
+                           "1e99999999999",
+                           "\\ud83d",
+                           "\\uDE00",
+                           "\\ud83d\\ude00",
+                           "\\\\",
+                           "\\\"",
+                           "\\n",
+                           "\\/",
+                           "\\u0041",
+                           "\xC3\xA9",
+                           "\xFF",
+                           "\xF0\x9F\x98\x80",
+                           "\xE6\x97",
+                           " ",
+                           "\x7F",
+                           "{",
+                           "]"});
+        return text + "\"";
+    }
+
+    std::string number() {
+        std::string text = oneOf({"", "-"}) + oneOf({"0", "1", "42", "9007199254740993",
+                                                     "123456789012345678901234567890"});
+        if (below(3) == 0) text += "." + oneOf({"0", "5", "000000000000000000000001"});
+        if (below(2) == 0)
+            text += oneOf({"e", "E"}) + oneOf({"", "+", "-"}) +
+                    oneOf({"0", "5", "00", "999", "99999999", "2147483647", "2147483648",
+                           "99999999999", "0000000000001", "99999999999999999999999"});
+        return text;
+    }
+
+    void breakOnce(std::string& text) {
+        const auto position = below(text.size() + 1);
+        const std::string piece =
+            oneOf({"\"",  "\\", "u",  "0",    "1",    "9",       "e",   "E",
+                   "-",   "+",  ".",  ",",    ":",    "{",       "}",   "[",
+                   "]",   " ",  "\n", "\x01", "\xFF", "\\ud83d", "\\u", "1e99999999999",
+                   "true"});
+        switch (below(3)) {
+            case 0:
+                text.insert(position, piece);
+                break;
+            case 1:
+                text.erase(position, 1 + below(3));
+                break;
+            default:
+                text.replace(position, 1, piece);
+                break;
+        }
+    }
+
+    std::mt19937_64 engine_;
+};
+
+std::string expectedOutcome(std::string_view text) {
+    if (text.empty()) return "empty-payload";
+    if (!Grammar{text}.isJSON()) return "invalid-json";
+    return text[text.find_first_not_of(" \t\r\n")] == '{' ? "event" : "not-an-object";
+}
+
+TEST(PayloadGrammar, onlyATextThatIsNoJSONIsInvalid) {
+    const std::uint64_t seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RecordProperty("seed", std::to_string(seed));
+    TextSource source{seed};
+    std::size_t events = 0;
+    std::size_t refusals = 0;
+    for (int i = 0; i < 50'000; ++i) {
+        const std::string text = source.next();
+        const std::string expected = expectedOutcome(text);
+        ASSERT_EQ(outcomeOf(text), expected) << text;
+        events += expected == "event" ? 1 : 0;
+        refusals += expected == "invalid-json" ? 1 : 0;
+    }
+    EXPECT_GT(events, 5000U) << "too few sound texts to prove anything";
+    EXPECT_GT(refusals, 5000U) << "too few broken texts to prove anything";
+}
+
+}  // namespace
+}  // namespace tallowbrook

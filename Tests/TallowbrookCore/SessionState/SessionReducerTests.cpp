@@ -1,0 +1,681 @@
+#include "SessionState/SessionReducer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "Support/SampleSnapshots.h"
+
+namespace tallowbrook {
+namespace {
+
+using testing::ElementsAre;
+
+const SessionReducer reducer{.duplicateWindow = Seconds{2}};
+
+// An event of the full snapshot's session that differs from it in every value.
+AgentEvent eventOf(EventCategory category, Instant observedAt = after(100)) {
+    AgentEvent event = fullEvent();
+    event.origin = EventOrigin::live;
+    event.channel = EventChannel::hook;
+    event.eventType = "Event";
+    event.category = category;
+    event.attention.reset();
+    event.turnID = "turn:2";
+    event.observedAt = observedAt;
+    event.cwd = "/Users/x/other";
+    event.tty = "ttys009";
+    event.detail = {"prompt", "Edit", "resume", "exit", "rate_limit"};
+    return event;
+}
+
+// The full snapshot in `status`, with a permission request pending where it needs attention.
+SessionSnapshot storedIn(SessionStatus status, bool ended = false) {
+    SessionSnapshot session = fullSnapshot();
+    session.status = status;
+    session.attention.reset();
+    if (status == SessionStatus::needsAttention) session.attention = AttentionKind::permission;
+    session.sessionEnded = ended;
+    return session;
+}
+
+std::string signatureOf(const AgentEvent& event) {
+    const std::string attention{event.attention ? rawValue(*event.attention) : ""};
+    return "hook|Event|" + std::string{rawValue(event.category)} + "|" + attention +
+           "|turn:2|prompt|Edit|resume|exit|rate_limit";
+}
+
+// What becomes of `stored` by a newer event of `eventOf`, whatever the event means.
+SessionSnapshot touchedAndSigned(SessionSnapshot stored, const AgentEvent& event) {
+    stored.eventCount += 1;
+    stored.lastSeenAt = event.observedAt;
+    stored.tty = "ttys009";
+    stored.origin = EventOrigin::live;
+    stored.lastSignature = signatureOf(event);
+    stored.lastSignatureAt = event.observedAt;
+    return stored;
+}
+
+// The same for an event that reaches the status machine.
+SessionSnapshot reached(const SessionSnapshot& stored, const AgentEvent& event) {
+    SessionSnapshot session = touchedAndSigned(stored, event);
+    session.lastEventType = "Event";
+    session.cwd = "/Users/x/other";
+    return session;
+}
+
+SessionSnapshot withStatusOf(SessionSnapshot session, SessionStatus status,
+                             const AgentEvent& event) {
+    session.status = status;
+    session.attention.reset();
+    session.statusEventType = "Event";
+    session.statusCategory = event.category;
+    session.statusDetail = event.detail;
+    session.statusSince = event.observedAt;
+    return session;
+}
+
+TEST(EventEffect, listsItsRawTextsInOrder) {
+    std::vector<std::string_view> texts;
+    for (const EventEffect effect : allCases<EventEffect>()) {
+        EXPECT_EQ(static_cast<std::size_t>(effect), texts.size());
+        texts.push_back(rawValue(effect));
+    }
+    EXPECT_THAT(texts, ElementsAre("applied", "confirmed", "ignored", "duplicate", "outOfOrder",
+                                   "noSession"));
+}
+
+TEST(ReductionResult, hasAChangedStatusWhenStatusOrAttentionDiffers) {
+    const auto changed = [](const std::optional<SessionSnapshot>& previous,
+                            const std::optional<SessionSnapshot>& current) {
+        return ReductionResult{EventEffect::applied, previous, current}.statusChanged();
+    };
+    const auto waiting = storedIn(SessionStatus::needsAttention);
+    auto asking = waiting;
+    asking.attention = AttentionKind::input;
+    auto neither = waiting;
+    neither.attention.reset();
+    auto ended = waiting;
+    ended.sessionEnded = true;
+
+    EXPECT_FALSE(changed(std::nullopt, std::nullopt));
+    EXPECT_FALSE(changed(waiting, std::nullopt));
+    EXPECT_TRUE(changed(std::nullopt, waiting));
+    EXPECT_FALSE(changed(waiting, waiting));
+    EXPECT_TRUE(changed(waiting, storedIn(SessionStatus::failed)));
+    EXPECT_TRUE(changed(waiting, asking));
+    EXPECT_TRUE(changed(asking, waiting));
+    EXPECT_TRUE(changed(waiting, neither));
+    EXPECT_TRUE(changed(neither, waiting));
+    EXPECT_FALSE(changed(waiting, ended)) << "the ended flag is no status";
+}
+
+// One rule of the status machine, for sessions of every status that are ended or not.
+struct Rule {
+    EventCategory category;
+    bool ended;
+    // What becomes of each stored status, in their order: working, needsAttention (permission),
+    // completed, failed, interrupted, stale, unknown. "=" it stays, "!" the event is refused, else
+    // the first letter of the status that is set.
+    std::string_view outcomes;
+    bool endedAfter;
+    std::function<void(SessionSnapshot&)> change = [](SessionSnapshot&) {};
+};
+
+SessionStatus statusOf(char letter) {
+    switch (letter) {
+        case 'w':
+            return SessionStatus::working;
+        case 'n':
+            return SessionStatus::needsAttention;
+        case 'c':
+            return SessionStatus::completed;
+        case 'f':
+            return SessionStatus::failed;
+        case 'i':
+            return SessionStatus::interrupted;
+        default:
+            return SessionStatus::unknown;
+    }
+}
+
+ReductionResult expectedResult(const Rule& rule, const SessionSnapshot& stored,
+                               const AgentEvent& event) {
+    const char outcome = rule.outcomes[static_cast<std::size_t>(stored.status)];
+    SessionSnapshot session = reached(stored, event);
+    if (outcome == '!') return {EventEffect::ignored, stored, session};
+    if (outcome != '=') session = withStatusOf(session, statusOf(outcome), event);
+    if (session.status == SessionStatus::needsAttention && outcome != '=')
+        session.attention = event.attention;
+    session.sessionEnded = rule.endedAfter;
+    session.lastAppliedAt = event.observedAt;
+    rule.change(session);
+    const bool same = outcome == '=' && rule.ended == rule.endedAfter;
+    return {same ? EventEffect::confirmed : EventEffect::applied, stored, session};
+}
+
+std::vector<Rule> rules() {
+    const auto prompted = [](SessionSnapshot& session) { session.promptCount = 8; };
+    const auto completed = [](SessionSnapshot& session) { session.lastCompletedTurnID = "turn:2"; };
+    const auto ended = [](SessionSnapshot& session) {
+        session.endedAt = after(100);
+        session.endReason = "exit";
+    };
+    const auto restarted = [](SessionSnapshot& session) {
+        session.endedAt.reset();
+        session.endReason.reset();
+    };
+    using enum EventCategory;
+    return {
+        {sessionStarted, false, "=======", false},
+        {sessionStarted, true, "uuuuuu=", false, restarted},
+        {promptSubmitted, false, "=wwwwww", false, prompted},
+        {promptSubmitted, true, "=wwwwww", false, prompted},
+        {attentionRequested, false, "n=nnnnn", false},
+        {attentionRequested, true, "!!!!!!!", true},
+        {activity, false, "=w!!!=w", false},
+        {activity, true, "!!!!!!!", true},
+        {turnCompleted, false, "cc=cccc", false, completed},
+        {turnCompleted, true, "cc=cccc", true, completed},
+        {turnFailed, false, "fff=fff", false},
+        {turnFailed, true, "fff=fff", true},
+        {turnInterrupted, false, "iiii=ii", false},
+        {turnInterrupted, true, "iiii=ii", true},
+        {EventCategory::sessionEnded, false, "cc===cc", true, ended},
+        {EventCategory::sessionEnded, true, "cc===cc", true, ended},
+    };
+}
+
+TEST(SessionReducer, changesEveryStatusByEveryCategoryAsRuled) {
+    for (const Rule& rule : rules()) {
+        for (const SessionStatus status : allCases<SessionStatus>()) {
+            SCOPED_TRACE(std::string{rawValue(rule.category)} + " in " +
+                         std::string{rawValue(status)} + (rule.ended ? ", ended" : ""));
+            const SessionSnapshot stored = storedIn(status, rule.ended);
+            AgentEvent event = eventOf(rule.category);
+            if (rule.category == EventCategory::attentionRequested)
+                event.attention = AttentionKind::permission;
+
+            const ReductionResult expected = expectedResult(rule, stored, event);
+            const ReductionResult result = reducer.reduce(stored, event);
+            EXPECT_EQ(rawValue(result.effect), rawValue(expected.effect));
+            EXPECT_EQ(rawValue(result.current->status), rawValue(expected.current->status));
+            EXPECT_EQ(result, expected);
+        }
+    }
+}
+
+TEST(SessionReducer, ignoresWhatCarriesNoStatusButCountsAndSignsIt) {
+    for (const auto category : {EventCategory::informational, EventCategory::unrecognized}) {
+        for (const bool ended : {false, true}) {
+            for (const SessionStatus status : allCases<SessionStatus>()) {
+                const SessionSnapshot stored = storedIn(status, ended);
+                const AgentEvent event = eventOf(category);
+                const ReductionResult expected{EventEffect::ignored, stored,
+                                               touchedAndSigned(stored, event)};
+                EXPECT_EQ(reducer.reduce(stored, event), expected) << rawValue(status);
+            }
+        }
+    }
+}
+
+TEST(SessionReducer, setsAStatusAgainThatCarriesALeftoverAttention) {
+    struct Row {
+        EventCategory category;
+        SessionStatus status;
+        bool ended;
+    };
+    for (const auto& [category, status, ended] : {
+             Row{EventCategory::sessionStarted, SessionStatus::unknown, true},
+             Row{EventCategory::promptSubmitted, SessionStatus::working, false},
+             Row{EventCategory::turnCompleted, SessionStatus::completed, false},
+             Row{EventCategory::turnFailed, SessionStatus::failed, false},
+             Row{EventCategory::turnInterrupted, SessionStatus::interrupted, false},
+             Row{EventCategory::sessionEnded, SessionStatus::completed, true},
+         }) {
+        SessionSnapshot stored = storedIn(status, ended);
+        stored.attention = AttentionKind::permission;
+        const auto result = reducer.reduce(stored, eventOf(category));
+        EXPECT_EQ(result.effect, EventEffect::applied) << rawValue(category);
+        EXPECT_EQ(result.current->status, status) << rawValue(category);
+        EXPECT_FALSE(result.current->attention) << rawValue(category);
+        EXPECT_EQ(result.current->statusSince, after(100)) << rawValue(category);
+    }
+}
+
+TEST(SessionReducer, keepsALeftoverAttentionWhereTheRuleChangesNothing) {
+    struct Row {
+        EventCategory category;
+        SessionStatus status;
+    };
+    for (const auto& [category, status] : {
+             Row{EventCategory::sessionStarted, SessionStatus::unknown},
+             Row{EventCategory::activity, SessionStatus::working},
+             Row{EventCategory::activity, SessionStatus::stale},
+         }) {
+        SessionSnapshot stored = storedIn(status);
+        stored.attention = AttentionKind::permission;
+        const auto result = reducer.reduce(stored, eventOf(category));
+        EXPECT_EQ(result.effect, EventEffect::confirmed) << rawValue(category);
+        EXPECT_EQ(result.current->attention, AttentionKind::permission) << rawValue(category);
+        EXPECT_EQ(result.current->statusSince, after(40)) << rawValue(category);
+    }
+}
+
+TEST(SessionReducer, tellsThePendingRequestsApartByTheirKind) {
+    struct Row {
+        std::optional<AttentionKind> pending;
+        std::optional<AttentionKind> requested;
+        AttentionKind attention;
+        EventEffect effect;
+    };
+    constexpr auto permission = AttentionKind::permission;
+    constexpr auto input = AttentionKind::input;
+    for (const auto& [pending, requested, attention, effect] : {
+             Row{permission, permission, permission, EventEffect::confirmed},
+             Row{permission, input, input, EventEffect::applied},
+             Row{permission, std::nullopt, input, EventEffect::applied},
+             Row{input, permission, permission, EventEffect::applied},
+             Row{input, input, input, EventEffect::confirmed},
+             Row{input, std::nullopt, input, EventEffect::confirmed},
+             Row{std::nullopt, permission, permission, EventEffect::applied},
+             Row{std::nullopt, input, input, EventEffect::applied},
+             Row{std::nullopt, std::nullopt, input, EventEffect::applied},
+         }) {
+        SessionSnapshot stored = storedIn(SessionStatus::needsAttention);
+        stored.attention = pending;
+        AgentEvent event = eventOf(EventCategory::attentionRequested);
+        event.attention = requested;
+        const auto result = reducer.reduce(stored, event);
+        EXPECT_EQ(result.effect, effect);
+        EXPECT_EQ(result.current->attention, attention);
+        EXPECT_EQ(result.statusChanged(), effect == EventEffect::applied);
+        EXPECT_EQ(result.current->statusSince,
+                  effect == EventEffect::applied ? after(100) : after(40));
+    }
+}
+
+TEST(SessionReducer, beginsASessionWithItsFirstEventWhateverItsCategory) {
+    struct Row {
+        EventCategory category;
+        SessionStatus status;
+        EventEffect effect = EventEffect::applied;
+    };
+    for (const auto& [category, status, effect] : {
+             Row{EventCategory::sessionStarted, SessionStatus::unknown},
+             Row{EventCategory::promptSubmitted, SessionStatus::working},
+             Row{EventCategory::attentionRequested, SessionStatus::needsAttention},
+             Row{EventCategory::activity, SessionStatus::working},
+             Row{EventCategory::turnCompleted, SessionStatus::completed},
+             Row{EventCategory::turnFailed, SessionStatus::failed},
+             Row{EventCategory::turnInterrupted, SessionStatus::interrupted},
+             Row{EventCategory::sessionEnded, SessionStatus::completed},
+             Row{EventCategory::informational, SessionStatus::unknown, EventEffect::ignored},
+             Row{EventCategory::unrecognized, SessionStatus::unknown, EventEffect::ignored},
+         }) {
+        const AgentEvent event = eventOf(category);
+        SessionSnapshot session =
+            SessionSnapshot::initial({Provider::codexCLI, "session-1"}, event);
+        session.eventCount = 1;
+        session.status = status;
+        session.lastSignature = signatureOf(event);
+        session.lastSignatureAt = after(100);
+        if (effect == EventEffect::applied) session.lastAppliedAt = after(100);
+        if (category == EventCategory::attentionRequested) session.attention = AttentionKind::input;
+        if (category == EventCategory::promptSubmitted) session.promptCount = 1;
+        if (category == EventCategory::turnCompleted) session.lastCompletedTurnID = "turn:2";
+        if (category == EventCategory::sessionEnded) {
+            session.sessionEnded = true;
+            session.endedAt = after(100);
+            session.endReason = "exit";
+        }
+        const ReductionResult result = reducer.reduce(std::nullopt, event);
+        EXPECT_EQ(result, (ReductionResult{effect, std::nullopt, session})) << rawValue(category);
+        EXPECT_TRUE(result.statusChanged()) << rawValue(category);
+    }
+}
+
+TEST(SessionReducer, leavesEverythingToAnEventWithoutSession) {
+    AgentEvent event = eventOf(EventCategory::promptSubmitted);
+    event.sessionID.reset();
+    const ReductionResult nothing{EventEffect::noSession, std::nullopt, std::nullopt};
+    EXPECT_EQ(reducer.reduce(std::nullopt, event), nothing);
+    EXPECT_FALSE(nothing.statusChanged());
+    const ReductionResult unchanged{EventEffect::noSession, fullSnapshot(), fullSnapshot()};
+    EXPECT_EQ(reducer.reduce(fullSnapshot(), event), unchanged);
+}
+
+TEST(SessionReducer, takesAnEmptySessionIDForASession) {
+    AgentEvent event = eventOf(EventCategory::promptSubmitted);
+    event.sessionID = "";
+    EXPECT_EQ(reducer.reduce(std::nullopt, event).current->key,
+              (SessionKey{Provider::codexCLI, ""}));
+}
+
+TEST(SessionReducer, signsWithTenPartsThatMayBeEmpty) {
+    AgentEvent event = fullEvent();
+    EXPECT_EQ(reducer.reduce(std::nullopt, event).current->lastSignature,
+              "notify|PermissionRequest|attentionRequested|permission|turn:1|permission_prompt|"
+              "Bash|startup|other|server_error");
+    event.attention = AttentionKind::input;
+    event.detail.errorType.reset();
+    EXPECT_EQ(reducer.reduce(std::nullopt, event).current->lastSignature,
+              "notify|PermissionRequest|attentionRequested|input|turn:1|permission_prompt|Bash|"
+              "startup|other|");
+    AgentEvent bare = minimalEvent();
+    bare.sessionID = "S1";
+    EXPECT_EQ(reducer.reduce(std::nullopt, bare).current->lastSignature,
+              "hook|Stop|turnCompleted|||||||");
+    bare.eventType = "";
+    EXPECT_EQ(reducer.reduce(std::nullopt, bare).current->lastSignature,
+              "hook||turnCompleted|||||||");
+}
+
+// A session whose last event was `eventOf(category)` at 100 seconds.
+SessionSnapshot seen(EventCategory category) {
+    return *reducer.reduce(storedIn(SessionStatus::working), eventOf(category)).current;
+}
+
+TEST(SessionReducer, knowsACopyOfTheLastEventWithinTheWindow) {
+    const SessionSnapshot stored = seen(EventCategory::attentionRequested);
+    for (const double seconds : {98.0, 99.0, 100.0, 101.5, 102.0}) {
+        const auto result =
+            reducer.reduce(stored, eventOf(EventCategory::attentionRequested, after(seconds)));
+        SessionSnapshot touched = stored;
+        touched.eventCount += 1;
+        touched.lastSeenAt = after(std::max(seconds, 100.0));
+        EXPECT_EQ(result, (ReductionResult{EventEffect::duplicate, stored, touched})) << seconds;
+        EXPECT_FALSE(result.statusChanged());
+    }
+    const auto effect = [&](double seconds) {
+        const auto event = eventOf(EventCategory::attentionRequested, after(seconds));
+        return reducer.reduce(stored, event).effect;
+    };
+    EXPECT_EQ(effect(97.999999), EventEffect::outOfOrder);
+    EXPECT_EQ(effect(102.000001), EventEffect::confirmed);
+}
+
+TEST(SessionReducer, knowsACopyOfAnEventWithoutStatusToo) {
+    for (const auto category : {EventCategory::informational, EventCategory::unrecognized})
+        EXPECT_EQ(reducer.reduce(seen(category), eventOf(category)).effect, EventEffect::duplicate);
+}
+
+TEST(SessionReducer, givesTheSameForASnapshotThatIsMovedIn) {
+    for (const EventCategory category : allCases<EventCategory>()) {
+        for (const std::optional<SessionSnapshot>& stored :
+             {std::optional{seen(EventCategory::turnFailed)}, std::optional{fullSnapshot()},
+              std::optional<SessionSnapshot>{}}) {
+            auto moved = stored;
+            EXPECT_EQ(reducer.reduce(std::move(moved), eventOf(category)),
+                      reducer.reduce(stored, eventOf(category)))
+                << rawValue(category);
+        }
+    }
+}
+
+TEST(SessionReducer, takesTheWindowFromItsCaller) {
+    const SessionSnapshot stored = seen(EventCategory::promptSubmitted);
+    const auto effect = [&](Seconds window, double seconds) {
+        return SessionReducer{window}
+            .reduce(stored, eventOf(EventCategory::promptSubmitted, after(seconds)))
+            .effect;
+    };
+    EXPECT_EQ(effect(Seconds{0}, 100), EventEffect::duplicate);
+    EXPECT_EQ(effect(Seconds{0}, 100.000001), EventEffect::confirmed);
+    EXPECT_EQ(effect(Seconds{0.3}, 100.3), EventEffect::duplicate);
+    EXPECT_EQ(effect(Seconds{0.3}, 100.300001), EventEffect::confirmed);
+    EXPECT_EQ(effect(Seconds{-1}, 100), EventEffect::confirmed);
+}
+
+TEST(SessionReducer, measuresTheWindowFromTheFirstCopy) {
+    auto session = reducer.reduce(std::nullopt, eventOf(EventCategory::turnFailed, after(0)));
+    session = reducer.reduce(session.current, eventOf(EventCategory::turnFailed, after(1.5)));
+    EXPECT_EQ(session.effect, EventEffect::duplicate);
+    EXPECT_EQ(session.current->lastSignatureAt, after(0));
+    session = reducer.reduce(session.current, eventOf(EventCategory::turnFailed, after(3)));
+    EXPECT_EQ(session.effect, EventEffect::confirmed);
+    EXPECT_EQ(session.current->lastSignatureAt, after(3));
+    EXPECT_EQ(session.current->eventCount, 3);
+}
+
+TEST(SessionReducer, takesNothingButCountTimeTerminalAndOriginFromADuplicate) {
+    SessionSnapshot stored = seen(EventCategory::promptSubmitted);
+    stored.origin = EventOrigin::demo;
+    AgentEvent event = eventOf(EventCategory::promptSubmitted, after(101));
+    event.id = sampleID("00000000-0000-4000-8000-000000000000");
+    event.cwd = "/elsewhere";
+    event.tty = "ttys010";
+    event.adapterVersion = "0.2.0";
+    SessionSnapshot touched = stored;
+    touched.eventCount += 1;
+    touched.lastSeenAt = after(101);
+    touched.tty = "ttys010";
+    touched.origin = EventOrigin::live;
+    EXPECT_EQ(reducer.reduce(stored, event),
+              (ReductionResult{EventEffect::duplicate, stored, touched}));
+}
+
+TEST(SessionReducer, takesAnEventForAnotherThatDiffersInAnyPartOfTheSignature) {
+    const std::vector<std::function<void(AgentEvent&)>> changes{
+        [](AgentEvent& event) { event.channel = EventChannel::notify; },
+        [](AgentEvent& event) { event.eventType = "Event2"; },
+        [](AgentEvent& event) { event.category = EventCategory::turnFailed; },
+        [](AgentEvent& event) { event.attention = AttentionKind::input; },
+        [](AgentEvent& event) { event.turnID.reset(); },
+        [](AgentEvent& event) { event.detail.notificationType = "x"; },
+        [](AgentEvent& event) { event.detail.toolName.reset(); },
+        [](AgentEvent& event) { event.detail.sessionSource = "x"; },
+        [](AgentEvent& event) { event.detail.endReason = "x"; },
+        [](AgentEvent& event) { event.detail.errorType.reset(); },
+    };
+    const SessionSnapshot stored = seen(EventCategory::promptSubmitted);
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        AgentEvent event = eventOf(EventCategory::promptSubmitted);
+        changes[i](event);
+        EXPECT_NE(reducer.reduce(stored, event).effect, EventEffect::duplicate) << i;
+    }
+}
+
+TEST(SessionReducer, findsNoDuplicateWithoutSignatureOrItsTime) {
+    const AgentEvent event = eventOf(EventCategory::promptSubmitted);
+    SessionSnapshot stored = seen(EventCategory::promptSubmitted);
+    stored.lastSignatureAt.reset();
+    EXPECT_EQ(reducer.reduce(stored, event).effect, EventEffect::confirmed);
+    stored = seen(EventCategory::promptSubmitted);
+    stored.lastSignature.reset();
+    EXPECT_EQ(reducer.reduce(stored, event).effect, EventEffect::confirmed);
+}
+
+TEST(SessionReducer, knowsATurnThatCompletedBeforeAtAnyDistance) {
+    SessionSnapshot stored = storedIn(SessionStatus::working);
+    stored.lastCompletedTurnID = "turn:2";
+    for (const double seconds : {-1e8, 10.0, 100.0, 1e8}) {
+        AgentEvent event = eventOf(EventCategory::turnCompleted, after(seconds));
+        const auto result = reducer.reduce(stored, event);
+        EXPECT_EQ(result.effect, EventEffect::duplicate) << seconds;
+        EXPECT_EQ(result.previous, stored);
+        SessionSnapshot touched = stored;
+        touched.eventCount += 1;
+        touched.origin = EventOrigin::live;
+        if (seconds > 60) {
+            touched.lastSeenAt = after(seconds);
+            touched.tty = "ttys009";
+        }
+        EXPECT_EQ(result.current, touched) << "signed or applied at " << seconds;
+    }
+}
+
+TEST(SessionReducer, completesATurnThatIsNotTheLastCompletedOne) {
+    const auto effect = [](EventCategory category, std::optional<std::string> completed,
+                           std::optional<std::string> turnID) {
+        SessionSnapshot stored = storedIn(SessionStatus::working);
+        stored.lastCompletedTurnID = std::move(completed);
+        AgentEvent event = eventOf(category);
+        event.turnID = std::move(turnID);
+        return reducer.reduce(stored, event).effect;
+    };
+    EXPECT_EQ(effect(EventCategory::turnCompleted, "a", "b"), EventEffect::applied);
+    EXPECT_EQ(effect(EventCategory::turnCompleted, "a", std::nullopt), EventEffect::applied);
+    EXPECT_EQ(effect(EventCategory::turnCompleted, std::nullopt, std::nullopt),
+              EventEffect::applied);
+    EXPECT_EQ(effect(EventCategory::turnFailed, "a", "a"), EventEffect::applied)
+        << "only completed turns are told by their id";
+}
+
+TEST(SessionReducer, keepsTheLastTurnOfACompletionWithoutOne) {
+    AgentEvent event = eventOf(EventCategory::turnCompleted);
+    event.turnID.reset();
+    EXPECT_EQ(reducer.reduce(fullSnapshot(), event).current->lastCompletedTurnID, "turn:1");
+}
+
+TEST(SessionReducer, appliesNoEventOlderThanTheLastAppliedOne) {
+    SessionSnapshot stored = storedIn(SessionStatus::working);
+    const AgentEvent late = eventOf(EventCategory::turnFailed, after(49.999999));
+    SessionSnapshot expected = stored;
+    expected.eventCount += 1;
+    expected.origin = EventOrigin::live;
+    expected.lastSignature = signatureOf(late);
+    expected.lastSignatureAt = after(49.999999);
+    EXPECT_EQ(reducer.reduce(stored, late),
+              (ReductionResult{EventEffect::outOfOrder, stored, expected}));
+
+    const auto inTime = reducer.reduce(stored, eventOf(EventCategory::turnFailed, after(50)));
+    EXPECT_EQ(inTime.effect, EventEffect::applied);
+    EXPECT_EQ(inTime.current->lastAppliedAt, after(50));
+    EXPECT_EQ(inTime.current->lastSeenAt, after(60)) << "what was seen later stays seen";
+}
+
+TEST(SessionReducer, takesTheTerminalFromAnEventOutOfOrderThatIsTheLastSeen) {
+    SessionSnapshot stored = storedIn(SessionStatus::working);
+    stored.lastSeenAt = after(20);
+    const auto result = reducer.reduce(stored, eventOf(EventCategory::turnFailed, after(20)));
+    EXPECT_EQ(result.effect, EventEffect::outOfOrder);
+    EXPECT_EQ(result.current->tty, "ttys009");
+}
+
+TEST(SessionReducer, ignoresInformationEvenWhenItIsOld) {
+    const auto result =
+        reducer.reduce(fullSnapshot(), eventOf(EventCategory::informational, after(0)));
+    EXPECT_EQ(result.effect, EventEffect::ignored);
+}
+
+TEST(SessionReducer, takesTheTerminalOnlyFromTheLatestEvent) {
+    const auto terminal = [](Instant observedAt, std::optional<std::string> tty) {
+        AgentEvent event = eventOf(EventCategory::activity, observedAt);
+        event.tty = std::move(tty);
+        return reducer.reduce(storedIn(SessionStatus::working), event).current->tty;
+    };
+    EXPECT_EQ(terminal(after(59.999999), "ttys009"), "ttys003");
+    EXPECT_EQ(terminal(after(60), "ttys009"), "ttys009");
+    EXPECT_EQ(terminal(after(61), "ttys009"), "ttys009");
+    EXPECT_EQ(terminal(after(61), std::nullopt), "ttys003");
+}
+
+TEST(SessionReducer, keepsTheDirectoryOfAnEventWithoutOne) {
+    AgentEvent event = eventOf(EventCategory::activity);
+    event.cwd.reset();
+    EXPECT_EQ(reducer.reduce(storedIn(SessionStatus::working), event).current->cwd,
+              "/Users/x/proj");
+}
+
+TEST(SessionReducer, makesASessionLiveForGoodByOneLiveEvent) {
+    for (const EventOrigin before : allCases<EventOrigin>()) {
+        for (const EventOrigin origin : allCases<EventOrigin>()) {
+            SessionSnapshot stored = storedIn(SessionStatus::working);
+            stored.origin = before;
+            AgentEvent event = eventOf(EventCategory::activity);
+            event.origin = origin;
+            EXPECT_EQ(reducer.reduce(stored, event).current->origin,
+                      origin == EventOrigin::live ? EventOrigin::live : before)
+                << rawValue(before) << " " << rawValue(origin);
+        }
+    }
+}
+
+TEST(SessionReducer, clearsTheReasonOfAnEndWithoutOne) {
+    AgentEvent event = eventOf(EventCategory::sessionEnded);
+    event.detail.endReason.reset();
+    EXPECT_FALSE(reducer.reduce(fullSnapshot(), event).current->endReason);
+}
+
+TEST(SessionReducer, followsASessionFromItsStartToItsReopening) {
+    struct Step {
+        EventCategory category;
+        EventEffect effect;
+        SessionStatus status;
+        bool ended = false;
+        double since = 0;
+    };
+    std::optional<SessionSnapshot> session;
+    double now = 0;
+    for (const auto& [category, effect, status, ended, since] : {
+             Step{EventCategory::sessionStarted, EventEffect::applied, SessionStatus::unknown},
+             Step{EventCategory::promptSubmitted, EventEffect::applied, SessionStatus::working,
+                  false, 10},
+             Step{EventCategory::activity, EventEffect::confirmed, SessionStatus::working, false,
+                  10},
+             Step{EventCategory::attentionRequested, EventEffect::applied,
+                  SessionStatus::needsAttention, false, 30},
+             Step{EventCategory::attentionRequested, EventEffect::confirmed,
+                  SessionStatus::needsAttention, false, 30},
+             Step{EventCategory::activity, EventEffect::applied, SessionStatus::working, false, 50},
+             Step{EventCategory::promptSubmitted, EventEffect::confirmed, SessionStatus::working,
+                  false, 50},
+             Step{EventCategory::turnFailed, EventEffect::applied, SessionStatus::failed, false,
+                  70},
+             Step{EventCategory::activity, EventEffect::ignored, SessionStatus::failed, false, 70},
+             Step{EventCategory::sessionEnded, EventEffect::applied, SessionStatus::failed, true,
+                  70},
+             Step{EventCategory::attentionRequested, EventEffect::ignored, SessionStatus::failed,
+                  true, 70},
+             Step{EventCategory::sessionStarted, EventEffect::applied, SessionStatus::unknown,
+                  false, 110},
+         }) {
+        const auto result = reducer.reduce(session, eventOf(category, after(now)));
+        EXPECT_EQ(rawValue(result.effect), rawValue(effect)) << now;
+        EXPECT_EQ(rawValue(result.current->status), rawValue(status)) << now;
+        EXPECT_EQ(result.current->sessionEnded, ended) << now;
+        EXPECT_EQ(result.current->statusSince, after(since)) << now;
+        session = result.current;
+        now += 10;
+    }
+    EXPECT_EQ(session->eventCount, 12);
+    EXPECT_EQ(session->promptCount, 2);
+    EXPECT_FALSE(session->endedAt);
+}
+
+constexpr auto full = std::numeric_limits<std::int64_t>::max();
+
+TEST(SessionReducer, countsToTheLastNumber) {
+    SessionSnapshot stored = fullSnapshot();
+    stored.eventCount = full - 1;
+    stored.promptCount = full - 1;
+    const auto result = reducer.reduce(stored, eventOf(EventCategory::promptSubmitted));
+    EXPECT_EQ(result.current->eventCount, full);
+    EXPECT_EQ(result.current->promptCount, full);
+}
+
+TEST(SessionReducerDeathTest, endsTheProgramWhenACounterIsFull) {
+    SessionSnapshot stored = seen(EventCategory::turnFailed);
+    stored.eventCount = full;
+    for (const auto category :
+         {EventCategory::promptSubmitted, EventCategory::informational, EventCategory::turnFailed})
+        EXPECT_EXIT((void)reducer.reduce(stored, eventOf(category)),
+                    testing::KilledBySignal(SIGABRT), "eventCount");
+
+    stored.eventCount = 1;
+    stored.promptCount = full;
+    EXPECT_EXIT((void)reducer.reduce(stored, eventOf(EventCategory::promptSubmitted)),
+                testing::KilledBySignal(SIGABRT), "promptCount");
+    EXPECT_EQ(reducer.reduce(stored, eventOf(EventCategory::activity, after(200))).effect,
+              EventEffect::ignored)
+        << "a full counter harms no event that does not count on it";
+}
+
+}  // namespace
+}  // namespace tallowbrook

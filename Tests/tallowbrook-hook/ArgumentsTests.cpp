@@ -1,0 +1,71 @@
+#include "Arguments.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace tallowbrook::hook {
+namespace {
+
+using Words = std::vector<const char*>;
+using Positional = std::vector<std::string_view>;
+
+Arguments parsed(Words words) {
+    words.insert(words.begin(), "tallowbrook-hook");
+    return parseArguments(static_cast<int>(words.size()), words.data());
+}
+
+TEST(HookArguments, areEmptyWithoutWords) {
+    const Arguments arguments = parsed({});
+    EXPECT_EQ(arguments.origin, EventOrigin::live);
+    EXPECT_FALSE(arguments.home);
+    EXPECT_FALSE(arguments.wantsVersion);
+    EXPECT_EQ(arguments.positional, Positional{});
+}
+
+TEST(HookArguments, mayLackTheProgramsOwnName) {
+    EXPECT_EQ(parseArguments(0, nullptr).positional, Positional{});
+}
+
+TEST(HookArguments, keepEveryOtherWordInItsOrder) {
+    EXPECT_EQ(parsed({"codex-notify", "--unknown", "", "-", "--", "--home=x", "{}"}).positional,
+              (Positional{"codex-notify", "--unknown", "", "-", "--", "--home=x", "{}"}));
+}
+
+TEST(HookArguments, homeTakesTheNextWord) {
+    struct Row {
+        Words words;
+        std::optional<std::filesystem::path> home;
+        Positional positional;
+        EventOrigin origin = EventOrigin::live;
+    };
+    for (const auto& [words, home, positional, origin] : {
+             Row{{"--home", "/a", "codex"}, "/a", {"codex"}},
+             Row{{"codex", "--home", "/a"}, "/a", {"codex"}},
+             Row{{"codex", "--home"}, std::nullopt, {"codex"}},
+             Row{{"--home", "/a", "--home"}, "/a", {}},
+             Row{{"--home", "/a", "--home", "/b"}, "/b", {}},
+             Row{{"--home", "--test", "codex"}, "--test", {"codex"}},
+             Row{{"--home", "--version", "codex"}, "--version", {"codex"}},
+             Row{{"--home", "--home", "/a"}, "--home", {"/a"}},
+             Row{{"--home", "", "codex"}, "", {"codex"}},
+             Row{{"--home", "a", "--test"}, "a", {}, EventOrigin::test},
+         }) {
+        const Arguments arguments = parsed(words);
+        EXPECT_EQ(arguments.home, home) << testing::PrintToString(words);
+        EXPECT_EQ(arguments.positional, positional) << testing::PrintToString(words);
+        EXPECT_EQ(arguments.origin, origin) << testing::PrintToString(words);
+        EXPECT_FALSE(arguments.wantsVersion) << testing::PrintToString(words);
+    }
+}
+
+TEST(HookArguments, behindTheVersionAreNotLookedAt) {
+    const Arguments arguments = parsed({"codex", "--version", "--test", "--home", "/a", "x"});
+    EXPECT_TRUE(arguments.wantsVersion);
+    EXPECT_EQ(arguments.origin, EventOrigin::live);
+    EXPECT_FALSE(arguments.home);
+    EXPECT_EQ(arguments.positional, Positional{"codex"});
+}
+
+}  // namespace
+}  // namespace tallowbrook::hook
