@@ -140,9 +140,10 @@ std::optional<StoredSession> EventStore::session(const SessionKey& key) {
     const auto query = prepared("SELECT number, snapshot FROM sessions WHERE storage_id = ?");
     query->bind(1, key.storageID());
     if (!query->executeStep()) return std::nullopt;
-    auto snapshot = SessionSnapshotCoding::decode(query->getColumn(1).getString());
-    if (!snapshot) throw SQLite::Exception("a stored session cannot be read: " + key.storageID());
-    return StoredSession{query->getColumn(0).getInt64(), std::move(*snapshot)};
+    StoredSession session{query->getColumn(0).getInt64(), std::nullopt};
+    if (auto decoded = SessionSnapshotCoding::decode(query->getColumn(1).getString()))
+        session.snapshot = std::move(*decoded);
+    return session;
 }
 
 std::vector<SessionSnapshot> EventStore::sessions() {
@@ -222,8 +223,9 @@ std::vector<StoredNotification> EventStore::toldNotifications(std::int64_t after
     return readNotifications(std::move(query));
 }
 
-std::int64_t EventStore::newestNotification() {
-    const auto query = prepared("SELECT coalesce(max(number), 0) FROM notifications");
+std::int64_t EventStore::newestToldNotification() {
+    const auto query =
+        prepared("SELECT coalesce(max(number), 0) FROM notifications WHERE state = 'told'");
     return query->executeStep() ? query->getColumn(0).getInt64() : 0;
 }
 

@@ -27,7 +27,8 @@ namespace tallowbrook::host {
 
 struct StoredSession {
     std::int64_t number = 0;
-    SessionSnapshot snapshot;
+    // Absent when what is stored cannot be read: the session then starts anew, under its number.
+    std::optional<SessionSnapshot> snapshot;
 };
 
 struct StoredNotification {
@@ -38,8 +39,9 @@ struct StoredNotification {
 
 class EventStore {
  public:
-    // Creates the database, owner-only, and brings it to the current schema. The error is a whole
-    // sentence for the user; a database of a newer program is refused and left as it is.
+    // One store of a home at a time in a process. Creates the database, owner-only, and brings it
+    // to the current schema. The error is a whole sentence for the user; a database of a newer
+    // program is refused and left as it is.
     [[nodiscard]] static std::expected<EventStore, std::string> open(const TallowbrookPaths& paths);
 
     // Whether there is a database to open at all, for those who only look.
@@ -67,7 +69,7 @@ class EventStore {
     std::optional<Instant> lastDelivered(const std::string& dedupeKey);
     // For those who watch another process telling: told ones with a higher number than `after`.
     std::vector<StoredNotification> toldNotifications(std::int64_t after);
-    std::int64_t newestNotification();
+    std::int64_t newestToldNotification();  // 0 for none
 
     // Absent until the user has stored some, and when what is stored cannot be read.
     std::optional<NotificationPreferences> preferences();

@@ -4,8 +4,16 @@
 #include <sys/file.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 
 namespace tallowbrook::host {
+namespace {
+
+constexpr int maxTries = 10;
+constexpr std::chrono::milliseconds pause{5};
+
+}  // namespace
 
 std::filesystem::path HostLock::file(const TallowbrookPaths& paths) {
     return paths.home / "host.lock";
@@ -17,10 +25,11 @@ std::expected<std::optional<HostLock>, FileError> HostLock::tryAcquire(
         return std::unexpected(made.error());
     FileDescriptor descriptor{open(file(paths).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
     if (!descriptor.isOpen()) return std::unexpected(FileError{"open", errno});
-    while (flock(descriptor.number(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno == EINTR) continue;
-        if (errno == EWOULDBLOCK) return std::nullopt;
-        return std::unexpected(FileError{"flock", errno});
+    for (int tries = 0; flock(descriptor.number(), LOCK_EX | LOCK_NB) != 0;) {
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            return std::unexpected(FileError{"flock", errno});
+        if (++tries == maxTries) return std::nullopt;
+        std::this_thread::sleep_for(pause);
     }
     return HostLock{std::move(descriptor)};
 }

@@ -14,7 +14,8 @@ class HostLock {
  public:
     static std::filesystem::path file(const TallowbrookPaths& paths);
 
-    // Does not wait: absent when another process holds the lock. Creates the home if need be.
+    // Absent when another process holds the lock. Waits 50 ms for that, longer than anybody holds
+    // it who only looks. Creates the home if need be.
     [[nodiscard]] static std::expected<std::optional<HostLock>, FileError> tryAcquire(
         const TallowbrookPaths& paths);
 

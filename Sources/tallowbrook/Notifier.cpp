@@ -11,10 +11,11 @@ namespace tallowbrook::host {
 Notifier Notifier::printing() {
     return {[](const NotificationContent& content) {
         const bool rings = content.playSound && isatty(STDOUT_FILENO) == 1;
-        return TerminalOutput::show(
+        const auto shown = TerminalOutput::show(
             fmt::format("{}  {}: {}{}\n", TerminalText::timeOfDay(currentInstant()),
                         TerminalText::printable(content.title),
                         TerminalText::printable(content.body), rings ? "\a" : ""));
+        return shown.has_value();
     }};
 }
 

@@ -137,7 +137,7 @@ int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceCha
             current = *changed;
             store->setPreferences(current);
         }
-        return TerminalOutput::show(preferencesTable(current)) ? 0 : 1;
+        return TerminalOutput::showAsResult(preferencesTable(current));
     } catch (const SQLite::Exception& error) {
         TerminalOutput::complain(fmt::format("The database failed: {}.", error.what()));
         return 1;

@@ -38,10 +38,10 @@ int listSessions(const TallowbrookPaths& paths, ListScope scope, ListFormat form
     }
     const Instant now = currentInstant();
     const auto list = SessionList::make(std::move(*snapshots), scope, now);
-    const bool shown =
-        TerminalOutput::show(format == ListFormat::json ? list.json(now) : list.table(now));
+    const int status =
+        TerminalOutput::showAsResult(format == ListFormat::json ? list.json(now) : list.table(now));
     hintAtPendingEvents(paths);
-    return shown ? 0 : 1;
+    return status;
 }
 
 }  // namespace tallowbrook::host

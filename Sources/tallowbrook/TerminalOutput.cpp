@@ -5,18 +5,23 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "Domain/FileError.h"
 #include "TerminalText.h"
 
 namespace tallowbrook::host {
 
-bool TerminalOutput::show(std::string_view text) {
+std::expected<void, FileError> TerminalOutput::show(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
-        return true;
-    const FileError error{"write", errno};
+        return {};
+    const int error = errno;
     std::clearerr(stdout);
-    complain("Standard output cannot be written: " + error.description() + ".");
-    return false;
+    return std::unexpected(FileError{"write", error});
+}
+
+int TerminalOutput::showAsResult(std::string_view text) {
+    const auto shown = show(text);
+    if (shown) return 0;
+    complain("Standard output cannot be written: " + shown.error().description() + ".");
+    return 1;
 }
 
 void TerminalOutput::complain(std::string_view sentence) {

@@ -1,13 +1,19 @@
 // The two ways in which the host speaks to its user.
 #pragma once
 
+#include <expected>
 #include <string_view>
+
+#include "Domain/FileError.h"
 
 namespace tallowbrook::host::TerminalOutput {
 
-// Writes the text to standard output as it is, at once. False when that cannot be written; the
-// reason is then on standard error.
-[[nodiscard]] bool show(std::string_view text);
+// Writes the text to standard output as it is, at once.
+[[nodiscard]] std::expected<void, FileError> show(std::string_view text);
+
+// The same for a command that has nothing else to do: gives its exit status, 0, or 1 with the
+// reason on standard error.
+int showAsResult(std::string_view text);
 
 // Writes "tallowbrook: " and the sentence, made printable, to standard error.
 void complain(std::string_view sentence);

@@ -83,6 +83,7 @@ std::string TerminalText::printableJSON(std::string_view json) {
 }
 
 std::string TerminalText::padded(std::string_view text, std::size_t columns) {
+    if (columns == 0) return {};
     std::string result;
     std::string shortened;  // what fits in front of an ellipsis
     std::size_t used = 0;

@@ -20,6 +20,15 @@ extern "C" void requestEnd(int) {
     errno = savedError;
 }
 
+bool endOn(int signal) {
+    struct sigaction action{};
+    if (sigaction(signal, nullptr, &action) != 0) return false;
+    if (action.sa_handler == SIG_IGN) return true;
+    action = {};
+    action.sa_handler = requestEnd;
+    return sigaction(signal, &action, nullptr) == 0;
+}
+
 bool prepareEnd(int descriptor) {
     const int flags = fcntl(descriptor, F_GETFL);
     return flags >= 0 && fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == 0 &&
@@ -37,11 +46,8 @@ std::expected<WakeUp, FileError> WakeUp::start() {
         return std::unexpected(FileError{"fcntl", errno});
     endRequestPipe = ends[1];
 
-    struct sigaction action{};
-    action.sa_handler = requestEnd;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        if (sigaction(signal, &action, nullptr) != 0)
-            return std::unexpected(FileError{"sigaction", errno});
+        if (!endOn(signal)) return std::unexpected(FileError{"sigaction", errno});
 
     if (auto observer = SpoolSignal::Observer::start()) wakeUp.observer_ = std::move(*observer);
     return wakeUp;

@@ -15,8 +15,9 @@ class WakeUp {
  public:
     enum class Reason { posted, timer, endRequested };
 
-    // From here on SIGINT, SIGTERM and SIGHUP no longer end the process but the next `wait`. One
-    // value a process. Without a working spool signal the timer alone wakes.
+    // From here on SIGINT, SIGTERM and SIGHUP no longer end the process but the next `wait`; one
+    // that is ignored, as under nohup(1), stays so. One value a process. Without a working spool
+    // signal the timer alone wakes.
     [[nodiscard]] static std::expected<WakeUp, FileError> start();
 
     // Sleeps for at most `timeout`.

@@ -21,12 +21,14 @@ constexpr std::chrono::milliseconds timerInterval{2000};
 // Those who watch another host see no signal when it has stored what a signal announced.
 constexpr std::chrono::milliseconds lookingInterval{500};
 constexpr std::int64_t maxLogBytes = 262144;
+constexpr std::string_view notTold =
+    "Standard output cannot be written. What is to be told is kept for the next try.";
 
 class Watcher {
  public:
     Watcher(TallowbrookPaths paths, EventStore store)
         : paths_{std::move(paths)}, store_{std::move(store)} {
-        lastShown_ = store_.newestNotification();
+        lastShown_ = store_.newestToldNotification();
     }
 
     // Drains from here on if no other host does.
@@ -44,7 +46,7 @@ class Watcher {
     bool pass() {
         std::set<std::string> troubles;
         try {
-            if (!leads()) lookOn();
+            if (!leads()) lookOn(troubles);
             if (leads()) drainAndTell(troubles);
         } catch (const SQLite::Exception& error) {
             troubles.insert(
@@ -57,20 +59,24 @@ class Watcher {
         return standingTroubles_.empty();
     }
 
-    bool showSessions() {
+    // Gives an exit status.
+    int showSessions() {
         const Instant now = currentInstant();
-        return TerminalOutput::show(
+        return TerminalOutput::showAsResult(
             SessionList::make(store_.sessions(), ListScope::recent, now).table(now));
     }
 
  private:
     // Shows what another host has told, up to its last word when this one takes over from it.
-    void lookOn() {
+    void lookOn(std::set<std::string>& troubles) {
         if (tryToLead() && leads())
             TerminalOutput::complain("The other host has ended; this one takes over.");
         const auto notifier = Notifier::printing();
         for (const auto& notification : store_.toldNotifications(lastShown_)) {
-            if (!notifier.deliver(notification.content)) return;
+            if (!notifier.deliver(notification.content)) {
+                troubles.insert(std::string{notTold});
+                return;
+            }
             lastShown_ = notification.number;
         }
     }
@@ -87,7 +93,7 @@ class Watcher {
                             report.invalidLines == 1 ? "was" : "were"));
         if (!deliverPending(store_, Notifier::printing(), preferences.maxEventAge,
                             currentInstant()))
-            troubles.insert("Not everything could be told. It is tried again.");
+            troubles.insert(std::string{notTold});
     }
 
     void say(const std::string& sentence) {
@@ -110,8 +116,8 @@ int fail(const std::string& sentence) {
 
 int run(Watcher& watcher, WakeUp& wakeUp, WatchMode mode) {
     const bool passed = watcher.pass();
-    const bool shown = watcher.showSessions();
-    if (mode == WatchMode::once) return passed && shown ? 0 : 1;
+    const int shown = watcher.showSessions();
+    if (mode == WatchMode::once) return passed ? shown : 1;
     while (wakeUp.wait(watcher.leads() ? timerInterval : lookingInterval) !=
            WakeUp::Reason::endRequested)
         watcher.pass();

@@ -6,6 +6,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "EventBridge/SpoolSignal.h"
+#include "Support/EnvironmentVariable.h"
+#include "Support/FileContents.h"
 #include "Terminal/TerminalLocation.h"
 #include "TestHome.h"
 
@@ -54,6 +57,30 @@ TEST(HelperOnLinux, withoutATerminalTakesThatOfWhoStartedIt) {
     // The test is the first ancestor. On a console it has a terminal with an acceptable name.
     EXPECT_EQ(events[0].tty,
               ControllingTerminal::deviceName(getpid(), ControllingTerminal::maxAncestors - 1));
+}
+
+// Elsewhere a signal reaches every observer of the user, other tests too.
+TEST(HelperOnLinux, onlyARecordedEventIsAnnounced) {
+    const TestHome home;
+    const EnvironmentVariable runtime{"XDG_RUNTIME_DIR", home.environment.at("XDG_RUNTIME_DIR")};
+    auto observer = SpoolSignal::Observer::start();
+    ASSERT_TRUE(observer);
+
+    EXPECT_EQ(home.hook({"claude-code"}, "{"), quiet);
+    EXPECT_EQ(home.hook({"Codex"}), quiet);
+    EXPECT_EQ(home.hook({"codex-notify"}), quiet);
+    EXPECT_EQ(run(home.plainHookCall({"--version"})).status, 0);
+    EXPECT_FALSE(observer->consume());
+
+    home.claude("Stop");
+    EXPECT_TRUE(observer->consume());
+    home.claude("Stop");
+    EXPECT_TRUE(observer->consume());
+
+    remove_all(home.paths.spoolDirectory());
+    writeContents(home.paths.spoolDirectory(), "");
+    EXPECT_EQ(home.hook({"claude-code"}, claudePayload("Stop")), quiet);
+    EXPECT_FALSE(observer->consume());
 }
 
 TEST(HelperOnLinux, withoutMemoryIsAnUnexpectedError) {

@@ -8,9 +8,6 @@
 #include <csignal>
 #include <memory>
 
-#include "EventBridge/SpoolSignal.h"
-#include "Support/EnvironmentVariable.h"
-#include "Support/FileContents.h"
 #include "TestHome.h"
 
 namespace tallowbrook {
@@ -83,29 +80,6 @@ TEST(HelperQuietExit, signalsThatTheParentIgnoresOrBlocksMakeNoDifference) {
     };
     EXPECT_EQ(run(call), quiet);
     EXPECT_EQ(home.spooled().size(), 1U);
-}
-
-TEST(HelperQuietExit, onlyARecordedEventIsAnnounced) {
-    const TestHome home;
-    const EnvironmentVariable runtime{"XDG_RUNTIME_DIR", home.environment.at("XDG_RUNTIME_DIR")};
-    auto observer = SpoolSignal::Observer::start();
-    ASSERT_TRUE(observer);
-
-    EXPECT_EQ(home.hook({"claude-code"}, "{"), quiet);
-    EXPECT_EQ(home.hook({"Codex"}), quiet);
-    EXPECT_EQ(home.hook({"codex-notify"}), quiet);
-    EXPECT_EQ(run(home.plainHookCall({"--version"})).status, 0);
-    EXPECT_FALSE(observer->consume());
-
-    home.claude("Stop");
-    EXPECT_TRUE(observer->consume());
-    home.claude("Stop");
-    EXPECT_TRUE(observer->consume());
-
-    remove_all(home.paths.spoolDirectory());
-    writeContents(home.paths.spoolDirectory(), "");
-    EXPECT_EQ(home.hook({"claude-code"}, claudePayload("Stop")), quiet);
-    EXPECT_FALSE(observer->consume());
 }
 
 }  // namespace

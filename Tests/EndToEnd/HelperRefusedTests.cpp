@@ -181,7 +181,7 @@ TEST_F(HelperRefused, aLogThatMayNotBeWrittenIsPassedOver) {
 }
 
 TEST_F(HelperRefused, whatItMakesIsTheOwnersAloneWhateverTheUmask) {
-    for (const mode_t mask : {0000, 0022, 0077}) {
+    for (const mode_t mask : {mode_t{0000}, mode_t{0022}, mode_t{0077}}) {
         const TestHome fresh;
         ProgramCall call = fresh.hookCall({"claude-code"}, claudePayload("Stop"));
         call.prepare = [mask] { umask(mask); };

@@ -2,6 +2,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <functional>
+
 #include "TestHome.h"
 
 namespace tallowbrook {
@@ -9,6 +14,16 @@ namespace {
 
 // Makes standard output a device on which there is never room.
 void fillStandardOutput() { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); }
+
+// Looks again and again, for a minute.
+bool comes(const std::function<bool()>& what) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes{1};
+    while (!what()) {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        usleep(1000);
+    }
+    return true;
+}
 
 TEST(HostOnLinux, keepsWhatItCouldNotTellForTheNext) {
     const TestHome home;
@@ -35,6 +50,54 @@ TEST(HostOnLinux, failsWhereItsOutputCannotBeWritten) {
         EXPECT_EQ(result.status, 1) << testing::PrintToString(arguments);
         EXPECT_NE(result.errors, "") << testing::PrintToString(arguments);
     }
+}
+
+TEST(HostOnLinux, doesNotSayWithEveryPassThatItsOutputCannotBeWritten) {
+    const TestHome home;
+    ProgramCall call = home.hostCall({"watch"});
+    call.prepare = fillStandardOutput;
+    RunningProgram host{call};
+    ASSERT_TRUE(host.waitForErrors("Standard output cannot be written"));
+    constexpr int passes = 4;
+    for (int i = 0; i < passes; ++i) {
+        home.claude("Stop", "S" + std::to_string(i));
+        // The event is stored in a pass that could not tell it.
+        ASSERT_TRUE(comes([&] { return home.rows("events") > i; }));
+    }
+    host.send(SIGTERM);
+    const std::string errors = host.wait().errors;
+    int said = 0;
+    for (std::size_t at = 0; (at = errors.find("cannot be written", at)) != std::string::npos; ++at)
+        ++said;
+    // Of the list at its start, and of the notifications.
+    EXPECT_LE(said, 2) << errors;
+}
+
+TEST(HostOnLinux, tellsOnceWhatItsOutputTakesAtLast) {
+    const TestHome home;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK), 0);
+    const FileDescriptor reader{ends[0]};
+    const FileDescriptor writer{ends[1]};
+    std::array<char, 4096> buffer{};
+    while (write(writer.number(), buffer.data(), buffer.size()) > 0) continue;
+
+    home.claude("PermissionRequest");
+    ProgramCall call = home.hostCall({"watch"});
+    call.prepare = [&] { dup2(writer.number(), STDOUT_FILENO); };
+    RunningProgram host{call};
+    ASSERT_TRUE(host.waitForErrors("Standard output cannot be written"));
+    // Now there is room again.
+    while (read(reader.number(), buffer.data(), buffer.size()) > 0) continue;
+    ASSERT_TRUE(comes([&] { return home.rows("notifications WHERE state = 'told'") > 0; }));
+    host.send(SIGTERM);
+    EXPECT_EQ(host.wait().status, 0);
+    const ssize_t length = read(reader.number(), buffer.data(), buffer.size());
+    ASSERT_GT(length, 0);
+    const std::string output{buffer.data(), static_cast<std::size_t>(length)};
+    const std::string line = "Claude Code needs permission: proj";
+    EXPECT_NE(output.find(line), std::string::npos) << output;
+    EXPECT_EQ(output.find(line), output.rfind(line)) << output;
 }
 
 }  // namespace

@@ -110,7 +110,9 @@ std::vector<std::string> TestHome::logged(const TallowbrookPaths& paths) {
 }
 
 int TestHome::rows(const std::string& table) const {
-    SQLite::Database database{paths.databaseFile().string()};
+    constexpr int busyTimeoutMilliseconds = 5000;
+    SQLite::Database database{paths.databaseFile().string(), SQLite::OPEN_READONLY,
+                              busyTimeoutMilliseconds};
     return database.execAndGet("SELECT count(*) FROM " + table).getInt();
 }
 

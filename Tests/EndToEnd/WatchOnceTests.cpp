@@ -190,7 +190,7 @@ TEST(WatchOnce, leavesOtherFilesOfTheSpoolAlone) {
 }
 
 TEST(WatchOnce, whatItMakesIsTheOwnersAloneWhateverTheUmask) {
-    for (const mode_t mask : {0000, 0022, 0077}) {
+    for (const mode_t mask : {mode_t{0000}, mode_t{0022}, mode_t{0077}}) {
         const TestHome home;
         ProgramCall call = home.hostCall({"watch"});
         call.prepare = [mask] { umask(mask); };

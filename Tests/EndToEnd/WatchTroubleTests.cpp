@@ -1,6 +1,8 @@
 // `watch` where something is in its way: it says so, loses nothing and overwrites nothing.
 #include <SQLiteCpp/Database.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "EventBridge/SpoolDrainer.h"
 #include "Support/FileContents.h"
@@ -123,6 +125,22 @@ TEST(WatchTrouble, aLostSegmentLinkIsKeptAndStopsNoOther) {
               "No such file or directory. It is kept.\n");
     EXPECT_EQ(home.rows("events"), 1);
     EXPECT_TRUE(is_symlink(segment));
+}
+
+TEST(WatchTrouble, aSegmentThatIsAPipeStopsNoOther) {
+    const TestHome home;
+    const auto segment = home.paths.spoolDirectory() / "ingest-1-1-A.jsonl";
+    create_directories(home.paths.spoolDirectory());
+    ASSERT_EQ(mkfifo(segment.c_str(), 0600), 0);
+    home.claude("Stop");
+    ProgramCall call = home.hostCall({"watch", "--once"});
+    // Nobody will ever write to it: a host that waits for that is ended by the alarm.
+    call.prepare = [] { alarm(10); };
+    const ProgramResult result = run(call);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(contains(result.errors, "ingest-1-1-A.jsonl could not be read")) << result.errors;
+    EXPECT_EQ(home.rows("events"), 1);
+    EXPECT_TRUE(is_fifo(segment));
 }
 
 TEST(WatchTrouble, aSpoolThatCannotBeClaimedIsTriedAgainLater) {

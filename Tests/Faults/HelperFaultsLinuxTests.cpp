@@ -51,22 +51,21 @@ const Road oneMoreEvent{[](const TestHome& home) {
                         claudePayload("Stop", "victim")};
 
 // The spool is full, and there are as many segments as are kept: the oldest has to go.
-const Road fullSpool{[](const TestHome& home) {
-                         makeDirectories(home);
-                         spoolSession(home, "overflow-1-1-A.jsonl", "oldest");
-                         for (int i = 2; i <= 8; ++i)
-                             spoolSession(home, "overflow-" + std::to_string(i) + "-1-A.jsonl",
-                                          "older-" + std::to_string(i));
-                         spoolSession(home, "events.jsonl", "earlier");
-                         const std::string filler =
-                             EventCoding::encodeLine(eventWithLineOf(16'000));
-                         std::string lines;
-                         while (lines.size() + filler.size() < 2'097'152 - 1000) lines += filler;
-                         lines += EventCoding::encodeLine(
-                             eventWithLineOf(2'097'152 - 500 - lines.size()));
-                         home.spool(lines);
-                     },
-                     claudePayload("Stop", "victim")};
+const Road fullSpool{
+    [](const TestHome& home) {
+        makeDirectories(home);
+        spoolSession(home, "overflow-1-1-A.jsonl", "oldest");
+        for (int i = 2; i <= 8; ++i)
+            spoolSession(home, "overflow-" + std::to_string(i) + "-1-A.jsonl",
+                         "older-" + std::to_string(i));
+        spoolSession(home, "events.jsonl", "earlier");
+        const std::string filler = EventCoding::encodeLine(eventWithLineOf(16'000));
+        std::string lines;
+        while (lines.size() + filler.size() < 2'097'152 - 1000) lines += filler;
+        lines += EventCoding::encodeLine(eventWithLineOf(2'097'152 - 500 - lines.size()));
+        home.spool(lines);
+    },
+    claudePayload("Stop", "victim")};
 
 // Nothing can be recorded but why, and the log is so long that it is moved aside.
 const Road failure{[](const TestHome& home) {

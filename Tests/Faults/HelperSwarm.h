@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "EventBridge/FileDescriptor.h"
 #include "EndToEnd/TestHome.h"
+#include "EventBridge/FileDescriptor.h"
 
 namespace tallowbrook {
 

@@ -35,8 +35,8 @@ void readNotifications(SQLite::Database& database, StoredState& state) {
         session.erase(0, session.find('|') + 1);
         const std::string word = query.getColumn(1).getString();
         if (word == "told")
-            state.told.emplace(
-                session, Instant{std::chrono::microseconds{query.getColumn(2).getInt64()}});
+            state.told.emplace(session,
+                               Instant{std::chrono::microseconds{query.getColumn(2).getInt64()}});
         else
             (word == "pending" ? state.pending : state.dropped).insert(session);
     }

@@ -4,6 +4,7 @@
 
 #include <cctype>
 #include <map>
+#include <set>
 
 #include "Support/FileContents.h"
 #include "Support/TemporaryDirectory.h"
@@ -28,8 +29,7 @@ ProgramCall traced(const ProgramCall& call, std::vector<std::string> options) {
 std::optional<SystemCall> parseLine(std::string_view line) {
     line.remove_prefix(std::min(line.find_first_not_of("0123456789 "), line.size()));
     const std::size_t open = line.find('(');
-    if (line.empty() || std::isalpha(static_cast<unsigned char>(line[0])) == 0 ||
-        open == line.npos)
+    if (line.empty() || std::isalpha(static_cast<unsigned char>(line[0])) == 0 || open == line.npos)
         return std::nullopt;
     return SystemCall{std::string{line.substr(0, open)}, 0, std::string{line}};
 }
@@ -97,6 +97,19 @@ FaultyRun Strace::runWith(const Fault& fault, const ProgramCall& call) {
     faulty.result = run(prepared(fault, call, file));
     faulty.wasInjected = wasInjected(fault, faulty.result, contentsOf(file));
     return faulty;
+}
+
+std::vector<SystemCall> firstMiddleAndLast(
+    const std::vector<SystemCall>& calls,
+    const std::function<bool(const SystemCall& call)>& isImportant) {
+    std::map<std::string, std::vector<std::size_t>> places;
+    for (std::size_t i = 0; i < calls.size(); ++i) places[calls[i].name].push_back(i);
+    std::set<std::size_t> chosen;
+    for (const auto& [name, of] : places) chosen.insert({of.front(), of[of.size() / 2], of.back()});
+    std::vector<SystemCall> result;
+    for (std::size_t i = 0; i < calls.size(); ++i)
+        if (chosen.contains(i) || isImportant(calls[i])) result.push_back(calls[i]);
+    return result;
 }
 
 std::vector<std::string> fittingErrors(const std::string& call) {

@@ -2,6 +2,7 @@
 // sees the error; or the program is killed at the door of the call.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,6 +52,11 @@ FaultyRun runWith(const Fault& fault, const ProgramCall& call);
 ProgramCall prepared(const Fault& fault, const ProgramCall& call, const std::string& traceFile);
 
 }  // namespace Strace
+
+// A choice: of each name the first, the middle and the last call, and those that are important.
+std::vector<SystemCall> firstMiddleAndLast(
+    const std::vector<SystemCall>& calls,
+    const std::function<bool(const SystemCall& call)>& isImportant);
 
 // The faults that a call of this name can really meet, the likeliest first. Empty for those that
 // cannot fail, such as getpid(2).

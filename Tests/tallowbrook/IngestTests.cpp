@@ -97,12 +97,27 @@ TEST_F(IngestIntoStore, storesEventsSessionsAndNotificationsAndRemovesTheSegment
 
     const auto session = store.session({Provider::claudeCode, "S1"});
     ASSERT_TRUE(session);
-    EXPECT_EQ(session->snapshot.status, SessionStatus::needsAttention);
-    EXPECT_EQ(session->snapshot.eventCount, 2);
+    ASSERT_TRUE(session->snapshot);
+    EXPECT_EQ(session->snapshot->status, SessionStatus::needsAttention);
+    EXPECT_EQ(session->snapshot->eventCount, 2);
     EXPECT_EQ(home.text("SELECT group_concat(coalesce(session, 'none')) FROM events"),
               std::to_string(session->number) + "," + std::to_string(session->number) + ",none");
     EXPECT_EQ(pending(), Titles{"Claude Code needs permission: proj \xE2\x80\x94 waiting for "
                                 "approval."});
+}
+
+TEST_F(IngestIntoStore, beginsASessionAnewWhoseRecordCannotBeRead) {
+    segment(1, {event(1, "UserPromptSubmit", EventCategory::promptSubmitted)});
+    EXPECT_EQ(run(), report(1));
+    home.database().exec("UPDATE sessions SET snapshot = 'damaged'");
+    segment(2, {permission(2)});
+    EXPECT_EQ(run(), report(1));
+    EXPECT_EQ(segments(), 0U);
+
+    const auto sessions = store.sessions();
+    ASSERT_EQ(sessions.size(), 1U);
+    EXPECT_EQ(sessions[0].status, SessionStatus::needsAttention);
+    EXPECT_EQ(sessions[0].eventCount, 1);
 }
 
 TEST_F(IngestIntoStore, claimsTheActiveFileToo) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <time.h>
 
+#include <boost/json/parse.hpp>
 #include <chrono>
 
 #include "Support/EnvironmentVariable.h"
@@ -81,6 +82,28 @@ TEST(TerminalText, replacesEachByteThatIsNoUTF8) {
              Row{"beyond Unicode", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
          })
         EXPECT_EQ(TerminalText::printable(text), expected) << why;
+}
+
+TEST(TerminalText, escapesInJSONWhatATerminalWouldObey) {
+    struct Row {
+        const char* why;
+        std::string json;
+        std::string expected;
+    };
+    for (const auto& [why, json, expected] : {
+             Row{"nothing to escape", "{\"a\": [1, \"\u65E5 \U0001F600\"]}\n",
+                 "{\"a\": [1, \"\u65E5 \U0001F600\"]}\n"},
+             Row{"its own layout", "[\n\t1,\r\n 2]", "[\n\t1,\r\n 2]"},
+             Row{"an escape that is there", R"("\u001b\n")", R"("\u001b\n")"},
+             Row{"delete", "\"\x7F\"", R"("\u007f")"},
+             Row{"control sequence introducer", "\"\xC2\x9B\"", R"("\u009b")"},
+             Row{"right-to-left override", "\"\u202E\"", R"("\u202e")"},
+             Row{"beyond the first plane", "\"\U000E0041\"", R"("\udb40\udc41")"},
+         }) {
+        EXPECT_EQ(TerminalText::printableJSON(json), expected) << why;
+        EXPECT_EQ(boost::json::parse(TerminalText::printableJSON(json)), boost::json::parse(json))
+            << why;
+    }
 }
 
 TEST(TerminalText, isPaddedToItsColumns) {

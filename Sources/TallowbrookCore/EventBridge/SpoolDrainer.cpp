@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 #include <string>
 
 #include "Domain/EventCoding.h"
@@ -29,17 +30,12 @@ std::expected<void, SpoolError> claimActiveFile(const TallowbrookPaths& paths) {
     return std::unexpected(SpoolError::io("claim", errno));
 }
 
-std::expected<std::string, FileError> readFile(const std::filesystem::path& path) {
-    const FileDescriptor file{open(path.c_str(), O_RDONLY | O_CLOEXEC)};
-    struct stat status{};
-    if (!file.isOpen() || fstat(file.number(), &status) != 0)
-        return std::unexpected(FileError{"open", errno});
-
+std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSize) {
     // One byte more than the file holds, so that the end of it is met without growing.
-    std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
+    std::string bytes(expectedSize + 1, '\0');
     std::size_t length = 0;
     while (true) {
-        const ssize_t count = read(file.number(), bytes.data() + length, bytes.size() - length);
+        const ssize_t count = read(file, bytes.data() + length, bytes.size() - length);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return std::unexpected(FileError{"read", errno});
         if (count == 0) break;
@@ -48,6 +44,21 @@ std::expected<std::string, FileError> readFile(const std::filesystem::path& path
     }
     bytes.resize(length);
     return bytes;
+}
+
+std::expected<std::string, FileError> readFile(const std::filesystem::path& path) {
+    // Without waiting: anybody may have put a pipe in the place of a segment.
+    const FileDescriptor file{open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+    struct stat status{};
+    if (!file.isOpen() || fstat(file.number(), &status) != 0)
+        return std::unexpected(FileError{"open", errno});
+    if (S_ISDIR(status.st_mode)) return std::unexpected(FileError{"read", EISDIR});
+    if (!S_ISREG(status.st_mode)) return std::unexpected(FileError{"read", EINVAL});
+    try {
+        return readToEnd(file.number(), static_cast<std::size_t>(status.st_size));
+    } catch (const std::exception&) {  // more than fits into memory
+        return std::unexpected(FileError{"read", ENOMEM});
+    }
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ struct SpoolDrainer {
     claimPendingFiles() const;
 
     // Decodes a whole segment; lines that are no events are counted and passed over. Fails with the
-    // step "open" or "read" when the file cannot be read.
+    // step "open" or "read" when the file cannot be read, is no regular one, or is too large.
     [[nodiscard]] static std::expected<SpoolReadResult, FileError> readEvents(
         const std::filesystem::path& file);
 

@@ -41,6 +41,13 @@ std::optional<std::string> signalDirectory() {
 
 std::string signalFile(const std::string& directory) { return directory + "/" + std::string{name}; }
 
+// Creates the file where it is missing; opening it to write is seen by an observer, too.
+bool touch(const std::string& file) {
+    return FileDescriptor{
+        open(file.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600)}
+        .isOpen();
+}
+
 constexpr std::uint32_t watchedChanges =
     IN_ATTRIB | IN_CLOSE_WRITE | IN_CREATE | IN_MOVED_TO | IN_ONLYDIR;
 
@@ -51,8 +58,9 @@ void post() {
     if (!directory) return;
     const std::string file = signalFile(*directory);
     if (utimensat(AT_FDCWD, file.c_str(), nullptr, AT_SYMLINK_NOFOLLOW) == 0) return;
-    const FileDescriptor created{
-        open(file.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600)};
+    if (touch(file)) return;
+    // Somebody else's file in the user's own directory, left by a run as another user.
+    if (errno == EACCES && unlink(file.c_str()) == 0) touch(file);
 }
 
 struct Observer::State {

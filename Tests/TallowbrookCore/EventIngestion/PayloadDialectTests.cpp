@@ -14,7 +14,7 @@ using enum AttentionKind;
 // Every member that any event of any dialect reads, but for the names of the event.
 constexpr std::string_view members =
     R"("session_id":"session","turn_id":"turn","thread-id":"thread","turn-id":"notify-turn",)"
-    R"("cwd":"/work","source":"startup","tool_name":"Bash","notification_type":"idle_prompt",)"
+    R"("cwd":"/proj","source":"startup","tool_name":"Bash","notification_type":"idle_prompt",)"
     R"("error":"server_error","reason":"other")";
 
 std::string payloadNamed(std::string_view key, std::string_view name) {
@@ -67,7 +67,7 @@ TEST(PayloadDialects, claudeCodeHookEvents) {
          }) {
         AgentEvent expected = expectedEvent(source, row);
         expected.sessionID = "session";
-        expected.cwd = "/work";
+        expected.cwd = "/proj";
         EXPECT_EQ(eventOf(payloadNamed("hook_event_name", row.name), source), expected) << row.name;
     }
 }
@@ -154,7 +154,7 @@ TEST(PayloadDialects, codexHookEvents) {
         AgentEvent expected = expectedEvent(source, row);
         expected.sessionID = "session";
         expected.turnID = "turn";
-        expected.cwd = "/work";
+        expected.cwd = "/proj";
         EXPECT_EQ(eventOf(payloadNamed("hook_event_name", row.name), source), expected) << row.name;
     }
 }
@@ -173,7 +173,7 @@ TEST(PayloadDialects, codexNotifyEvents) {
         AgentEvent expected = expectedEvent(source, row);
         expected.sessionID = "thread";
         expected.turnID = "notify-turn";
-        expected.cwd = "/work";
+        expected.cwd = "/proj";
         EXPECT_EQ(eventOf(payloadNamed("type", row.name), source), expected) << row.name;
     }
 }
@@ -181,13 +181,13 @@ TEST(PayloadDialects, codexNotifyEvents) {
 TEST(PayloadDialects, eachReadsOnlyItsOwnNameOfTheEvent) {
     AgentEvent expected = unknownEvent();
     expected.sessionID = "session";
-    expected.cwd = "/work";
+    expected.cwd = "/proj";
     EXPECT_EQ(eventOf(payloadNamed("type", "agent-turn-complete")), expected);
 
     expected = unknownEvent(PayloadSource::codexNotify);
     expected.sessionID = "thread";
     expected.turnID = "notify-turn";
-    expected.cwd = "/work";
+    expected.cwd = "/proj";
     EXPECT_EQ(eventOf(payloadNamed("hook_event_name", "Stop"), PayloadSource::codexNotify),
               expected);
 }
@@ -200,7 +200,7 @@ TEST(PayloadDialects, aNameThatIsNotCleanLeavesTheEventUnknownButItsIdsKept) {
             const bool isNotify = source == PayloadSource::codexNotify;
             AgentEvent expected = unknownEvent(source);
             expected.sessionID = isNotify ? "thread" : "session";
-            expected.cwd = "/work";
+            expected.cwd = "/proj";
             if (source == PayloadSource::codexHook) expected.turnID = "turn";
             if (isNotify) expected.turnID = "notify-turn";
             const std::string key = isNotify ? "type" : "hook_event_name";
