@@ -65,9 +65,9 @@ TEST_F(FullDiskTest, withNoRoomAtAllIsBorneInSilence) {
 }
 
 TEST_F(FullDiskTest, givesTheHostASentenceAndTakesNoEvent) {
-    for (const auto prepare : {prepareFirstRun, prepareRunAfterACrash}) {
+    for (const auto& preparation : preparations) {
         const TestHome prepared;
-        prepare(prepared);
+        preparation.apply(prepared);
         const auto promises = HostPromises::of(prepared);
         int failures = 0;
         // From no room but for what is there to room for all.

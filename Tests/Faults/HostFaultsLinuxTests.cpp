@@ -20,11 +20,11 @@ const std::string kill = "signal=KILL";
 
 bool everyFaultIsWanted() { return std::getenv("TALLOWBROOK_EVERY_FAULT") != nullptr; }
 
-class HostFaultsTest : public testing::TestWithParam<void (*)(const TestHome&)> {
+class HostFaultsTest : public testing::TestWithParam<Preparation> {
  protected:
     void SetUp() override {
         if (const auto reason = Strace::reasonToSkip()) GTEST_SKIP() << *reason;
-        GetParam()(prepared);
+        GetParam().apply(prepared);
         promises = HostPromises::of(prepared);
     }
 
@@ -96,11 +96,8 @@ TEST_P(HostFaultsTest, aKillAtACallDoesNoHarm) {
     for (const auto& call : ownCalls()) runWith({call.name, call.occurrence, kill, false}, call);
 }
 
-INSTANTIATE_TEST_SUITE_P(, HostFaultsTest, testing::Values(prepareFirstRun, prepareRunAfterACrash),
-                         [](const auto& test) {
-                             return test.param == prepareFirstRun ? "ofTheFirstRun"
-                                                                  : "ofTheRunAfterACrash";
-                         });
+INSTANTIATE_TEST_SUITE_P(, HostFaultsTest, testing::ValuesIn(preparations),
+                         [](const auto& test) { return test.param.name; });
 
 }  // namespace
 }  // namespace tallowbrook

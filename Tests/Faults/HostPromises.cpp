@@ -78,6 +78,8 @@ void prepareRunAfterACrash(const TestHome& home) {
     writeSegment(home, "events.jsonl", {finishedTurn("active-1"), finishedTurn("active-2")});
 }
 
+void PrintTo(const Preparation& preparation, std::ostream* stream) { *stream << preparation.name; }
+
 void copyHome(const TestHome& from, const TestHome& to) {
     std::filesystem::copy(from.paths.home, to.paths.home, std::filesystem::copy_options::recursive);
 }

@@ -5,6 +5,8 @@
 // the same name, so that the host's output shows which one it tells of.
 #pragma once
 
+#include <array>
+#include <ostream>
 #include <set>
 #include <string>
 
@@ -23,6 +25,17 @@ void prepareFirstRun(const TestHome& home);
 // What a host left that was killed between storing a segment and removing it: its log is not yet
 // merged into the database, one notification is told, and one could not be told.
 void prepareRunAfterACrash(const TestHome& home);
+
+// What a host finds on its home when it starts, as the parameter of a test.
+struct Preparation {
+    const char* name;
+    void (*apply)(const TestHome& home);
+};
+inline constexpr std::array preparations{
+    Preparation{"ofTheFirstRun", prepareFirstRun},
+    Preparation{"ofTheRunAfterACrash", prepareRunAfterACrash},
+};
+void PrintTo(const Preparation& preparation, std::ostream* stream);
 
 // A new home that equals a prepared one.
 void copyHome(const TestHome& from, const TestHome& to);

@@ -78,10 +78,10 @@ TEST(HelperScarcity, tooFewDescriptorsAreBorneInSilence) {
     }
 }
 
-class HostScarcity : public testing::TestWithParam<void (*)(const TestHome&)> {
+class HostScarcity : public testing::TestWithParam<Preparation> {
  protected:
     void SetUp() override {
-        GetParam()(prepared);
+        GetParam().apply(prepared);
         promises = HostPromises::of(prepared);
     }
 
@@ -125,11 +125,8 @@ TEST_P(HostScarcity, tooFewDescriptorsAreSaidAndTakeNoEvent) {
     EXPECT_LT(most, 100U) << "no limit was high enough";
 }
 
-INSTANTIATE_TEST_SUITE_P(, HostScarcity, testing::Values(prepareFirstRun, prepareRunAfterACrash),
-                         [](const auto& test) {
-                             return test.param == prepareFirstRun ? "ofTheFirstRun"
-                                                                  : "ofTheRunAfterACrash";
-                         });
+INSTANTIATE_TEST_SUITE_P(, HostScarcity, testing::ValuesIn(preparations),
+                         [](const auto& test) { return test.param.name; });
 
 }  // namespace
 }  // namespace tallowbrook

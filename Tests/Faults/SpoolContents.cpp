@@ -3,18 +3,29 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <system_error>
 
 #include "Domain/EventCoding.h"
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolLock.h"
-#include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 
 namespace tallowbrook {
 namespace {
 
+// In one piece, since a full spool is read many times.
+std::string bytesOf(const std::filesystem::path& file) {
+    std::error_code isMissing;
+    const auto size = file_size(file, isMissing);
+    std::string bytes(isMissing ? 0 : size, '\0');
+    std::ifstream{file, std::ios::binary}.read(bytes.data(),
+                                               static_cast<std::streamsize>(bytes.size()));
+    return bytes;
+}
+
 void addFile(SpoolContents& contents, const std::filesystem::path& file) {
-    const std::string bytes = contentsOf(file);
+    const std::string bytes = bytesOf(file);
     std::string_view rest = bytes;
     for (std::size_t end = 0; (end = rest.find('\n')) != rest.npos; rest.remove_prefix(end + 1)) {
         const std::string_view line = rest.substr(0, end);
