@@ -27,7 +27,7 @@ class HelperLoadTest : public testing::Test {
  protected:
     // The session's own directory shows whether its parts stayed together.
     static std::string payloadOf(const std::string& session) {
-        return R"({"session_id":")" + session + R"(","cwd":"/work/)" + session +
+        return R"({"session_id":")" + session + R"(","cwd":"/proj/)" + session +
                R"(","hook_event_name":"Stop"})";
     }
 
@@ -60,7 +60,7 @@ class HelperLoadTest : public testing::Test {
             ++fillers;
             return;
         }
-        EXPECT_EQ(event.cwd, "/work/" + *event.sessionID);
+        EXPECT_EQ(event.cwd, "/proj/" + *event.sessionID);
         taken.insert(*event.sessionID);
     }
 

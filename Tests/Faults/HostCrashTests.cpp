@@ -51,7 +51,7 @@ class HostCrashTest : public testing::Test {
                 while (!exists(stop)) {
                     const auto session = sessionOf(writer, count);
                     const auto call = home.hookCall(
-                        {"claude-code"}, R"({"session_id":")" + session + R"(","cwd":"/work/)" +
+                        {"claude-code"}, R"({"session_id":")" + session + R"(","cwd":"/proj/)" +
                                              session + R"(","hook_event_name":"Stop"})");
                     if (run(call) != quiet) return std::string{"a helper was not quiet"};
                     ++count;

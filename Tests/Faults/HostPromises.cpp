@@ -48,7 +48,7 @@ Sessions without(const Sessions& all, const Sessions& some) {
 
 AgentEvent finishedTurn(const std::string& session) {
     AgentEvent event = currentEvent(session);
-    event.cwd = "/work/" + session;
+    event.cwd = "/proj/" + session;
     event.observedAt += std::chrono::days{1};
     return event;
 }
