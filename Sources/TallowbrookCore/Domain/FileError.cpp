@@ -4,8 +4,8 @@
 
 namespace tallowbrook {
 
-std::string FileError::description() const {
-    return step + " failed: " + std::generic_category().message(errorNumber);
-}
+std::string FileError::reason() const { return std::generic_category().message(errorNumber); }
+
+std::string FileError::description() const { return step + " failed: " + reason(); }
 
 }  // namespace tallowbrook

@@ -10,7 +10,10 @@ struct FileError {
     int errorNumber = 0;
     bool operator==(const FileError&) const = default;
 
-    // "mkdir failed: Permission denied", with the system's own English error text.
+    // "Permission denied", the system's own English error text.
+    std::string reason() const;
+
+    // "mkdir failed: Permission denied"
     std::string description() const;
 };
 

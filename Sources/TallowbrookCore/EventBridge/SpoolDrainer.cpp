@@ -1,16 +1,14 @@
 #include "EventBridge/SpoolDrainer.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <exception>
 #include <string>
 
 #include "Domain/EventCoding.h"
-#include "EventBridge/FileDescriptor.h"
+#include "EventBridge/FileContents.h"
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolLock.h"
 
@@ -28,37 +26,6 @@ std::expected<void, SpoolError> claimActiveFile(const TallowbrookPaths& paths) {
                          SpoolFileName::make(SpoolFileName::Prefix::ingest, currentInstant());
     if (std::rename(paths.activeSpoolFile().c_str(), segment.c_str()) == 0) return {};
     return std::unexpected(SpoolError::io("claim", errno));
-}
-
-std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSize) {
-    // One byte more than the file holds, so that the end of it is met without growing.
-    std::string bytes(expectedSize + 1, '\0');
-    std::size_t length = 0;
-    while (true) {
-        const ssize_t count = read(file, bytes.data() + length, bytes.size() - length);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return std::unexpected(FileError{"read", errno});
-        if (count == 0) break;
-        length += static_cast<std::size_t>(count);
-        if (length == bytes.size()) bytes.resize(2 * length);
-    }
-    bytes.resize(length);
-    return bytes;
-}
-
-std::expected<std::string, FileError> readFile(const std::filesystem::path& path) {
-    // Without waiting: anybody may have put a pipe in the place of a segment.
-    const FileDescriptor file{open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
-    struct stat status{};
-    if (!file.isOpen() || fstat(file.number(), &status) != 0)
-        return std::unexpected(FileError{"open", errno});
-    if (S_ISDIR(status.st_mode)) return std::unexpected(FileError{"read", EISDIR});
-    if (!S_ISREG(status.st_mode)) return std::unexpected(FileError{"read", EINVAL});
-    try {
-        return readToEnd(file.number(), static_cast<std::size_t>(status.st_size));
-    } catch (const std::exception&) {  // more than fits into memory
-        return std::unexpected(FileError{"read", ENOMEM});
-    }
 }
 
 }  // namespace
@@ -82,7 +49,7 @@ SpoolDrainer::claimPendingFiles() const {
 
 std::expected<SpoolReadResult, FileError> SpoolDrainer::readEvents(
     const std::filesystem::path& file) {
-    const auto bytes = readFile(file);
+    const auto bytes = FileContents::read(file);
     if (!bytes) return std::unexpected(bytes.error());
 
     SpoolReadResult result;

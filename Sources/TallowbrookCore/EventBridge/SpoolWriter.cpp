@@ -8,23 +8,13 @@
 #include <cstdio>
 
 #include "Domain/EventCoding.h"
+#include "EventBridge/FileContents.h"
 #include "EventBridge/FileDescriptor.h"
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolLock.h"
 
 namespace tallowbrook {
 namespace {
-
-std::expected<void, SpoolError> writeAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = write(file, bytes.data(), bytes.size());
-        if (written >= 0)
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-        else if (errno != EINTR)
-            return std::unexpected(SpoolError::io("write", errno));
-    }
-    return {};
-}
 
 // A torn line would swallow the next event. The caller still holds the lock, so nobody wrote behind
 // it; where even this fails, the reader counts one invalid line and goes on.
@@ -81,7 +71,9 @@ std::expected<void, SpoolError> SpoolWriter::appendBytes(std::string_view bytes,
     const FileDescriptor opened{
         open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600)};
     if (!opened.isOpen()) return std::unexpected(SpoolError::io("open-spool", errno));
-    return writeAll(opened.number(), bytes);
+    if (auto written = FileContents::write(opened.number(), bytes); !written)
+        return std::unexpected(SpoolError::io(written.error().step, written.error().errorNumber));
+    return {};
 }
 
 }  // namespace tallowbrook
