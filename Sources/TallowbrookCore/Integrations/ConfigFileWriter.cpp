@@ -1,0 +1,206 @@
+#include "Integrations/ConfigFileWriter.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <charconv>
+#include <string_view>
+#include <utility>
+
+#include "Domain/UTF8.h"
+#include "Domain/UUID.h"
+#include "EventBridge/FileContents.h"
+#include "EventBridge/TallowbrookPaths.h"
+#include "Integrations/LineDiff.h"
+#include "Integrations/ReplacementFile.h"
+
+namespace tallowbrook {
+namespace {
+
+using std::filesystem::path;
+
+constexpr std::size_t diffContext = 2;
+constexpr mode_t modeOfNewFiles = 0600;
+constexpr mode_t permissionBits = 07777;
+
+// Asked again at the last moment before the target is replaced.
+using Precondition = std::function<std::expected<void, ConfigFileError>()>;
+
+std::string randomHex32(const UUID& uuid) {
+    std::uint32_t number = 0;
+    for (std::size_t i = 0; i < sizeof number; ++i) number = number << 8 | uuid.data[i];
+    std::array<char, 2 * sizeof number> digits{};
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16);
+    return {digits.data(), result.ptr};
+}
+
+std::expected<void, FileError> writeBackup(std::string_view bytes, const path& backup) {
+    auto copy = ReplacementFile::create(backup);
+    if (!copy) return std::unexpected(copy.error());
+    if (auto done = copy->write(bytes); !done) return done;
+    if (auto done = copy->sync(); !done) return done;
+    copy->keep();
+    return {};
+}
+
+std::expected<path, ConfigFileError> makeBackup(std::string_view bytes, const path& file,
+                                                const path& directory, Instant now) {
+    const auto failure = [](const path& location, const FileError& error) {
+        return std::unexpected(ConfigFileError::writeFailed(location, error.reason()));
+    };
+    const auto uuid = randomUUID();
+    if (!uuid) return failure(directory, uuid.error());
+    const auto name = file.filename().string() + "." + ConfigFileWriter::backupStamp(now) + "." +
+                      randomHex32(*uuid) + ".bak";
+    if (auto made = TallowbrookPaths::ensureDirectory(directory); !made)
+        return failure(directory, made.error());
+    auto backup = directory / name;
+    if (auto written = writeBackup(bytes, backup); !written)
+        return failure(backup, written.error());
+    return backup;
+}
+
+std::expected<void, ConfigFileError> replaceFile(std::string_view data, const path& target,
+                                                 const path& source,
+                                                 const Precondition& precondition) {
+    const auto failure = [&](const FileError& error) {
+        return std::unexpected(ConfigFileError::writeFailed(target, error.reason()));
+    };
+    struct stat status{};
+    const bool hasSource = stat(source.c_str(), &status) == 0;
+    if (!hasSource && errno != ENOENT) return failure({"stat", errno});
+
+    const auto uuid = randomUUID();
+    if (!uuid) return failure(uuid.error());
+    const auto name =
+        "." + target.filename().string() + ".tallowbrook-" + UUIDText::text(*uuid) + ".tmp";
+    auto file = ReplacementFile::create(target.parent_path() / name);
+    if (!file) return failure(file.error());
+    if (auto done = file->write(data); !done) return failure(done.error());
+    // The owner first: a change of owner takes set-user-ID bits away.
+    if (hasSource)
+        if (auto done = file->setOwner(status.st_uid, status.st_gid); !done)
+            return failure(done.error());
+    const mode_t mode = hasSource ? status.st_mode & permissionBits : modeOfNewFiles;
+    if (auto done = file->setMode(mode); !done) return failure(done.error());
+    if (auto done = file->sync(); !done) return failure(done.error());
+    if (auto holds = precondition(); !holds) return holds;
+    if (auto done = file->replace(target); !done) return failure(done.error());
+    return {};
+}
+
+}  // namespace
+
+ConfigFileError ConfigFileError::unreadable(const path& path, std::string reason) {
+    return {Unreadable{path.string(), std::move(reason)}};
+}
+
+ConfigFileError ConfigFileError::notUTF8(const path& path) { return {NotUTF8{path.string()}}; }
+
+ConfigFileError ConfigFileError::changedSincePlan(const path& path) {
+    return {ChangedSincePlan{path.string()}};
+}
+
+ConfigFileError ConfigFileError::writeFailed(const path& path, std::string reason) {
+    return {WriteFailed{path.string(), std::move(reason)}};
+}
+
+std::string ConfigFileError::description() const {
+    struct Text {
+        std::string operator()(const Unreadable& error) const {
+            return "Could not read " + error.path + ": " + error.reason;
+        }
+        std::string operator()(const NotUTF8& error) const {
+            return error.path + " is not UTF-8 text. It was not modified.";
+        }
+        std::string operator()(const ChangedSincePlan& error) const {
+            return error.path +
+                   " changed after the preview was made. Nothing was written; review the new "
+                   "preview.";
+        }
+        std::string operator()(const WriteFailed& error) const {
+            return "Could not write " + error.path + ": " + error.reason;
+        }
+    };
+    return std::visit(Text{}, reason);
+}
+
+std::string ConfigPlanError::description() const {
+    return std::visit([](const auto& error) { return error.description(); }, reason);
+}
+
+std::expected<path, FileError> ConfigFileWriter::resolve(const path& location) {
+    constexpr int maxLinks = 40;
+    path resolved = location;
+    for (int links = 0; links < maxLinks; ++links) {
+        std::error_code error;
+        const path target = std::filesystem::read_symlink(resolved, error);
+        if (error) return resolved;  // no link, or nothing at all
+        resolved = resolved.parent_path() / target;
+    }
+    return std::unexpected(FileError{"readlink", ELOOP});
+}
+
+std::expected<std::optional<std::string>, ConfigFileError> ConfigFileWriter::readText(
+    const path& location) {
+    auto bytes = FileContents::read(location);
+    if (!bytes && bytes.error().errorNumber == ENOENT) return std::nullopt;
+    if (!bytes)
+        return std::unexpected(ConfigFileError::unreadable(location, bytes.error().reason()));
+    if (!UTF8::isValid(*bytes)) return std::unexpected(ConfigFileError::notUTF8(location));
+    return std::move(*bytes);
+}
+
+std::expected<ConfigChangePlan, ConfigPlanError> ConfigFileWriter::plan(
+    const path& fileURL, const Transform& transform) {
+    auto original = readText(fileURL);
+    if (!original) return std::unexpected(ConfigPlanError{original.error()});
+    auto proposed = transform(*original);
+    if (!proposed) return std::unexpected(ConfigPlanError{proposed.error()});
+    auto diff =
+        LineDiff::unified(*original, *proposed, fileURL.string(), fileURL.string(), diffContext);
+    return ConfigChangePlan{fileURL, std::move(*original), std::move(*proposed),
+                            std::move(diff).value_or("")};
+}
+
+std::expected<std::optional<path>, ConfigFileError> ConfigFileWriter::apply(
+    const ConfigChangePlan& plan, const path& backupDirectory, Instant now) {
+    if (!plan.proposedText) return std::nullopt;
+    const auto target = resolve(plan.fileURL);
+    if (!target)
+        return std::unexpected(ConfigFileError::unreadable(plan.fileURL, target.error().reason()));
+    const Precondition isUnchanged = [&]() -> std::expected<void, ConfigFileError> {
+        const auto current = readText(*target);
+        if (!current) return std::unexpected(current.error());
+        if (*current == plan.originalText) return {};
+        return std::unexpected(ConfigFileError::changedSincePlan(plan.fileURL));
+    };
+    if (auto holds = isUnchanged(); !holds) return std::unexpected(holds.error());
+
+    std::optional<path> backup;
+    if (plan.originalText) {
+        auto made = makeBackup(*plan.originalText, *target, backupDirectory, now);
+        if (!made) return std::unexpected(made.error());
+        backup = *made;
+    } else if (auto made = TallowbrookPaths::ensureDirectory(target->parent_path()); !made) {
+        return std::unexpected(ConfigFileError::writeFailed(*target, made.error().reason()));
+    }
+    if (auto replaced = replaceFile(*plan.proposedText, *target, *target, isUnchanged); !replaced)
+        return std::unexpected(replaced.error());
+    return backup;
+}
+
+std::string ConfigFileWriter::backupStamp(Instant date) {
+    constexpr std::size_t digitsAndT = 15;
+    auto text = EventDate::text(date);
+    std::erase_if(text, [](char c) { return c == '-' || c == ':'; });
+    return text.substr(0, digitsAndT) + "Z";
+}
+
+std::expected<void, ConfigFileError> ConfigFileWriter::writeAtomically(std::string_view data,
+                                                                       const path& target,
+                                                                       const path& source) {
+    return replaceFile(data, target, source, [] { return std::expected<void, ConfigFileError>{}; });
+}
+
+}  // namespace tallowbrook

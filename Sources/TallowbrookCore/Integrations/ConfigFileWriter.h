@@ -1,0 +1,111 @@
+// Changes to a user's configuration file in two steps: a plan to review, and its application.
+//
+// A plan is applied only while the file is still what the plan was made from. What was there is
+// kept as a backup first, and the file is replaced by POSIX rename(2), so that at every moment it
+// is either the old or the new one, whole. One file is changed by one caller at a time; that others
+// change it meanwhile is noticed up to the moment of the replacement.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "Domain/FileError.h"
+#include "Domain/Instant.h"
+#include "Integrations/HookConfigMerger.h"
+
+namespace tallowbrook {
+
+struct ConfigChangePlan {
+    std::filesystem::path fileURL;
+    std::optional<std::string> originalText;  // absent when there was no file
+    std::optional<std::string> proposedText;
+    std::string diff;  // unified, for the user; empty where no line changes
+    bool operator==(const ConfigChangePlan&) const = default;
+
+    bool isNoOp() const { return originalText == proposedText; }
+};
+
+struct ConfigFileError {
+    struct Unreadable {
+        std::string path;
+        std::string reason;
+        bool operator==(const Unreadable&) const = default;
+    };
+    struct NotUTF8 {
+        std::string path;
+        bool operator==(const NotUTF8&) const = default;
+    };
+    struct ChangedSincePlan {
+        std::string path;
+        bool operator==(const ChangedSincePlan&) const = default;
+    };
+    struct WriteFailed {
+        std::string path;
+        std::string reason;
+        bool operator==(const WriteFailed&) const = default;
+    };
+    std::variant<Unreadable, NotUTF8, ChangedSincePlan, WriteFailed> reason;
+    bool operator==(const ConfigFileError&) const = default;
+
+    static ConfigFileError unreadable(const std::filesystem::path& path, std::string reason);
+    static ConfigFileError notUTF8(const std::filesystem::path& path);
+    static ConfigFileError changedSincePlan(const std::filesystem::path& path);
+    static ConfigFileError writeFailed(const std::filesystem::path& path, std::string reason);
+
+    // A sentence for the user.
+    std::string description() const;
+};
+
+// What keeps a plan from being made: the file, or what is in it.
+struct ConfigPlanError {
+    std::variant<ConfigFileError, HookConfigError> reason;
+    bool operator==(const ConfigPlanError&) const = default;
+
+    std::string description() const;
+};
+
+namespace ConfigFileWriter {
+
+// From the file's text, absent where there is no file, to the text to write.
+using Transform = std::function<std::expected<std::optional<std::string>, HookConfigError>(
+    const std::optional<std::string>& text)>;
+
+// The location with every symbolic link at its end followed, also to a file that does not exist.
+// Fails with ELOOP after 40 links.
+[[nodiscard]] std::expected<std::filesystem::path, FileError> resolve(
+    const std::filesystem::path& location);
+
+// Absent when there is no file. Only regular files in UTF-8 are read.
+[[nodiscard]] std::expected<std::optional<std::string>, ConfigFileError> readText(
+    const std::filesystem::path& location);
+
+// Reads the file and writes nothing.
+[[nodiscard]] std::expected<ConfigChangePlan, ConfigPlanError> plan(
+    const std::filesystem::path& fileURL, const Transform& transform);
+
+// Gives the location of the backup, or nothing where there was no file to keep. A plan without a
+// proposed text writes nothing. `now` is the time in the backup's name.
+//
+// A file behind a symbolic link is replaced where it is, and the link stays. A new file gets mode
+// 0600, and its missing directory 0700; a replaced one keeps its mode and owner, or the operation
+// fails. After a failure the file is as it was, and no temporary file is left behind.
+[[nodiscard]] std::expected<std::optional<std::filesystem::path>, ConfigFileError> apply(
+    const ConfigChangePlan& plan, const std::filesystem::path& backupDirectory, Instant now);
+
+// "20250301T143005Z", for the years 1 to 9999.
+std::string backupStamp(Instant date);
+
+// Replaces the target, or creates it, with the mode and owner of `source` where that exists, else
+// with mode 0600. The bytes are on stable storage, POSIX fsync(2), before they take the target's
+// place. Follows no link.
+[[nodiscard]] std::expected<void, ConfigFileError> writeAtomically(
+    std::string_view data, const std::filesystem::path& target,
+    const std::filesystem::path& source);
+
+}  // namespace ConfigFileWriter
+}  // namespace tallowbrook

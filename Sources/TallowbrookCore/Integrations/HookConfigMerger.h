@@ -1,0 +1,89 @@
+// Puts the helper's hook handlers into the text of an agent's configuration file, and takes them
+// out again, touching nothing else.
+//
+// The file is JSON (RFC 8259). Its member "hooks" maps an event name to an array of groups, whose
+// own member "hooks" is an array of handlers. A handler of ours is one that runs the helper; it is
+// exact when it runs it just as the spec says, and stale otherwise. What has an unexpected shape is
+// never guessed at: the operation fails, and the caller leaves the file alone.
+//
+// Pure functions from text to text; safe from any thread.
+#pragma once
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "Integrations/HookInstallSpec.h"
+#include "Integrations/OrderedJSON.h"
+
+namespace tallowbrook {
+
+struct HookInstallState {
+    struct NotConfigured {  // no exact handler for any event of the spec, and no stale one
+        bool operator==(const NotConfigured&) const = default;
+    };
+    struct Installed {  // every event has an exact handler, and none is stale
+        bool operator==(const Installed&) const = default;
+    };
+    struct Partial {
+        std::vector<std::string> missingEvents;  // in the order of the spec
+        bool operator==(const Partial&) const = default;
+    };
+    struct NeedsRepair {
+        int staleHandlers = 0;
+        bool operator==(const NeedsRepair&) const = default;
+    };
+    std::variant<NotConfigured, Installed, Partial, NeedsRepair> state;
+    bool operator==(const HookInstallState&) const = default;
+
+    static HookInstallState notConfigured() { return {NotConfigured{}}; }
+    static HookInstallState installed() { return {Installed{}}; }
+    static HookInstallState partial(std::vector<std::string> missingEvents);
+    static HookInstallState needsRepair(int staleHandlers) { return {NeedsRepair{staleHandlers}}; }
+};
+
+struct HookConfigError {
+    struct MalformedJSON {
+        JSONParseError error;
+        bool operator==(const MalformedJSON&) const = default;
+    };
+    struct UnexpectedStructure {
+        std::string path;          // such as "hooks.Stop[].hooks"
+        std::string expectedKind;  // "object" or "array"
+        bool operator==(const UnexpectedStructure&) const = default;
+    };
+    struct RootNotObject {
+        bool operator==(const RootNotObject&) const = default;
+    };
+    std::variant<MalformedJSON, UnexpectedStructure, RootNotObject> reason;
+    bool operator==(const HookConfigError&) const = default;
+
+    static HookConfigError malformedJSON(JSONParseError error);
+    static HookConfigError unexpectedStructure(std::string path, std::string expectedKind);
+    static HookConfigError rootNotObject() { return {RootNotObject{}}; }
+
+    // A sentence or two for the user.
+    std::string description() const;
+};
+
+// In all of these an absent text stands for a file that does not exist.
+namespace HookConfigMerger {
+
+[[nodiscard]] std::expected<HookInstallState, HookConfigError> inspect(
+    const std::optional<std::string>& text, const HookInstallSpec& spec);
+
+// The text with an exact handler for every event of the spec and without stale ones. Where nothing
+// had to change, the text that came in, byte for byte.
+[[nodiscard]] std::expected<std::string, HookConfigError> install(
+    const std::optional<std::string>& text, const HookInstallSpec& spec);
+
+// The text without any handler of ours, and without the groups, event lists and "hooks" object that
+// this leaves empty. Where there is none, the text that came in.
+[[nodiscard]] std::expected<std::optional<std::string>, HookConfigError> uninstall(
+    const std::optional<std::string>& text, const HookInstallSpec& spec);
+
+}  // namespace HookConfigMerger
+}  // namespace tallowbrook

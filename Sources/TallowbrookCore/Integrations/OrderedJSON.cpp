@@ -1,0 +1,482 @@
+// The parser is a recursive descent over the bytes of the text: one operation for each element of
+// the grammar, each entered with the position on the element's first byte and left with it behind
+// the last. One byte of look-ahead always tells which element follows, so the position never moves
+// back and every byte is looked at a fixed number of times. The nesting limit bounds the recursion.
+// The first violation is thrown as the error and caught in `parse`: there is no recovery. Texts
+// come straight from the source: a string without escapes is its own raw text, and only one with
+// escapes is decoded into a buffer.
+#include "Integrations/OrderedJSON.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <unordered_set>
+#include <utility>
+
+#include "Domain/UTF8.h"
+
+namespace tallowbrook {
+namespace {
+
+using Members = std::vector<JSONMember>;
+
+constexpr std::uint32_t firstHighSurrogate = 0xD800;
+constexpr std::uint32_t firstLowSurrogate = 0xDC00;
+constexpr std::uint32_t lastLowSurrogate = 0xDFFF;
+
+bool isHighSurrogate(std::uint32_t unit) {
+    return unit >= firstHighSurrogate && unit < firstLowSurrogate;
+}
+
+bool isLowSurrogate(std::uint32_t unit) {
+    return unit >= firstLowSurrogate && unit <= lastLowSurrogate;
+}
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool isControlCharacter(char c) { return static_cast<unsigned char>(c) < 0x20; }
+
+bool isPlain(char c) { return c != '"' && c != '\\' && !isControlCharacter(c); }
+
+std::optional<std::uint32_t> hexDigit(char c) {
+    if (isDigit(c)) return static_cast<std::uint32_t>(c - '0');
+    if (c >= 'a' && c <= 'f') return static_cast<std::uint32_t>(c - 'a' + 10);
+    if (c >= 'A' && c <= 'F') return static_cast<std::uint32_t>(c - 'A' + 10);
+    return std::nullopt;
+}
+
+constexpr std::string_view escapeLetters = "\"\\/bfnrt";
+constexpr std::string_view escapeMeanings = "\"\\/\b\f\n\r\t";
+
+// Tells whether an object that is being read has a key already. A few keys are compared one by one;
+// beyond that the members' places are hashed, so that an object of any size takes linear time.
+class KeySet {
+ public:
+    explicit KeySet(const Members& members) : members_{members} {}
+
+    bool contains(std::string_view key) {
+        constexpr std::size_t few = 16;
+        if (members_.size() <= few)
+            return std::ranges::find(members_, key, &JSONMember::key) != members_.end();
+        while (hashed_ < members_.size()) places_.insert(hashed_++);
+        return places_.find(key) != places_.end();
+    }
+
+ private:
+    // Members move while the object grows, so the set knows them by their places.
+    struct Hash {
+        using is_transparent = void;
+        const Members& members;
+        std::size_t operator()(std::string_view key) const {
+            return std::hash<std::string_view>{}(key);
+        }
+        std::size_t operator()(std::size_t place) const { return (*this)(members[place].key); }
+    };
+    struct Equal {
+        using is_transparent = void;
+        const Members& members;
+        bool operator()(std::size_t one, std::size_t other) const { return one == other; }
+        bool operator()(std::string_view key, std::size_t place) const {
+            return members[place].key == key;
+        }
+        bool operator()(std::size_t place, std::string_view key) const {
+            return members[place].key == key;
+        }
+    };
+
+    const Members& members_;
+    std::size_t hashed_ = 0;
+    std::unordered_set<std::size_t, Hash, Equal> places_{0, Hash{members_}, Equal{members_}};
+};
+
+class Parser {
+ public:
+    explicit Parser(std::string_view text) : text_{text}, isValidUTF8_{UTF8::isValid(text)} {}
+
+    JSONNode parseDocument() {
+        if (text_.starts_with("\xEF\xBB\xBF")) throw error("Byte-order mark is not valid JSON", 0);
+        skipWhitespace();
+        JSONNode root = parseValue(0);
+        skipWhitespace();
+        if (!isAtEnd()) throw error("Unexpected content after the top-level value", position_);
+        return root;
+    }
+
+ private:
+    struct Text {
+        std::string decoded;
+        std::string raw;
+    };
+
+    static constexpr int maxDepth = 256;
+
+    bool isAtEnd() const { return position_ == text_.size(); }
+    bool isAt(char c) const { return !isAtEnd() && text_[position_] == c; }
+
+    bool consume(char c) {
+        if (!isAt(c)) return false;
+        ++position_;
+        return true;
+    }
+
+    void skipWhitespace() {
+        while (isAt(' ') || isAt('\t') || isAt('\n') || isAt('\r')) ++position_;
+    }
+
+    JSONNode parseValue(int depth) {
+        if (depth >= maxDepth) throw error("Nesting too deep", position_);
+        if (isAtEnd()) throw error("Unexpected end of input", position_);
+        switch (text_[position_]) {
+            case '"': {
+                Text text = parseString();
+                return {JSONNode::String{std::move(text.decoded), std::move(text.raw)}};
+            }
+            case '{':
+                return parseObject(depth);
+            case '[':
+                return parseArray(depth);
+            case 't':
+                expectLiteral("true");
+                return JSONNode::bool_(true);
+            case 'f':
+                expectLiteral("false");
+                return JSONNode::bool_(false);
+            case 'n':
+                expectLiteral("null");
+                return JSONNode::null();
+            default:
+                break;
+        }
+        if (text_[position_] == '-' || isDigit(text_[position_])) return parseNumber();
+        throw error("Unexpected character", position_);
+    }
+
+    JSONNode parseObject(int depth) {
+        ++position_;
+        Members members;
+        KeySet keys{members};
+        skipWhitespace();
+        if (consume('}')) return JSONNode::object({});
+        do {
+            skipWhitespace();
+            if (!isAt('"')) throw error("Expected a string key", position_);
+            Text key = parseString();
+            if (keys.contains(key.decoded))
+                throw error("Duplicate key \"" + key.decoded + "\"", position_);
+            skipWhitespace();
+            if (!consume(':')) throw error("Expected ':'", position_);
+            skipWhitespace();
+            JSONNode value = parseValue(depth + 1);
+            members.push_back({std::move(key.decoded), std::move(key.raw), std::move(value)});
+            skipWhitespace();
+        } while (consume(','));
+        if (!consume('}')) throw error("Expected ',' or '}'", position_);
+        return JSONNode::object(std::move(members));
+    }
+
+    JSONNode parseArray(int depth) {
+        ++position_;
+        std::vector<JSONNode> elements;
+        skipWhitespace();
+        if (consume(']')) return JSONNode::array({});
+        do {
+            skipWhitespace();
+            elements.push_back(parseValue(depth + 1));
+            skipWhitespace();
+        } while (consume(','));
+        if (!consume(']')) throw error("Expected ',' or ']'", position_);
+        return JSONNode::array(std::move(elements));
+    }
+
+    void expectLiteral(std::string_view literal) {
+        if (!text_.substr(position_).starts_with(literal))
+            throw error("Invalid literal", position_);
+        position_ += literal.size();
+    }
+
+    JSONNode parseNumber() {
+        const auto start = position_;
+        consume('-');
+        if (!consume('0')) parseDigits();
+        if (consume('.')) parseDigits();
+        if (consume('e') || consume('E')) {
+            if (!consume('+')) consume('-');
+            parseDigits();
+        }
+        return JSONNode::number(std::string{text_.substr(start, position_ - start)});
+    }
+
+    // One digit at least.
+    void parseDigits() {
+        if (isAtEnd() || !isDigit(text_[position_])) throw error("Invalid number", position_);
+        while (!isAtEnd() && isDigit(text_[position_])) ++position_;
+    }
+
+    Text parseString() {
+        const auto start = ++position_;
+        skipPlainBytes();
+        if (isAt('"')) {
+            Text text;
+            text.raw = repaired(text_.substr(start, position_++ - start));
+            text.decoded = text.raw;
+            return text;
+        }
+        return parseStringWithEscapes(start);
+    }
+
+    // The position is on the first byte behind `start` that stands for something else.
+    Text parseStringWithEscapes(std::size_t start) {
+        std::string decoded{text_.substr(start, position_ - start)};
+        std::optional<std::uint32_t> pendingHigh;
+        while (!isAtEnd()) {
+            const char byte = text_[position_];
+            if (isControlCharacter(byte))
+                throw error("Unescaped control character in string", position_);
+            if (byte == '\\') {
+                parseEscape(decoded, pendingHigh);
+                continue;
+            }
+            if (pendingHigh) throw error("Unpaired surrogate", position_);
+            if (byte == '"') {
+                const auto raw = text_.substr(start, position_++ - start);
+                return {repaired(decoded), repaired(raw)};
+            }
+            const auto run = position_;
+            skipPlainBytes();
+            decoded += text_.substr(run, position_ - run);
+        }
+        throw error("Unterminated string", position_);
+    }
+
+    void skipPlainBytes() {
+        while (!isAtEnd() && isPlain(text_[position_])) ++position_;
+    }
+
+    void parseEscape(std::string& decoded, std::optional<std::uint32_t>& pendingHigh) {
+        const auto backslash = position_++;
+        if (isAtEnd()) throw error("Unterminated escape", position_);
+        if (consume('u')) {
+            const std::uint32_t unit = parseHex4();
+            if (isLowSurrogate(unit) != pendingHigh.has_value())
+                throw error("Unpaired surrogate", backslash);
+            if (isHighSurrogate(unit)) {
+                pendingHigh = unit;
+            } else if (pendingHigh) {
+                appendScalar(((*pendingHigh - firstHighSurrogate) << 10) + 0x10000 +
+                                 (unit - firstLowSurrogate),
+                             decoded);
+                pendingHigh.reset();
+            } else {
+                appendScalar(unit, decoded);
+            }
+            return;
+        }
+        const auto letter = escapeLetters.find(text_[position_]);
+        if (letter == std::string_view::npos) throw error("Invalid escape", position_);
+        if (pendingHigh) throw error("Unpaired surrogate", backslash);
+        decoded += escapeMeanings[letter];
+        ++position_;
+    }
+
+    std::uint32_t parseHex4() {
+        constexpr std::size_t digits = 4;
+        if (text_.size() - position_ < digits) throw error("Truncated \\u escape", position_);
+        std::uint32_t unit = 0;
+        for (std::size_t i = 0; i < digits; ++i, ++position_) {
+            const auto digit = hexDigit(text_[position_]);
+            if (!digit) throw error("Invalid \\u escape", position_);
+            unit = unit << 4 | *digit;
+        }
+        return unit;
+    }
+
+    void appendScalar(std::uint32_t scalar, std::string& bytes) const {
+        const auto append = [&](std::uint32_t byte) { bytes += static_cast<char>(byte); };
+        const auto appendContinuation = [&](int shift) { append(0x80 | (scalar >> shift & 0x3F)); };
+        if (scalar > 0x10FFFF || (scalar >= firstHighSurrogate && scalar <= lastLowSurrogate))
+            throw error("Invalid code point", position_);
+        if (scalar < 0x80) {
+            append(scalar);
+        } else if (scalar < 0x800) {
+            append(0xC0 | scalar >> 6);
+            appendContinuation(0);
+        } else if (scalar < 0x10000) {
+            append(0xE0 | scalar >> 12);
+            appendContinuation(6);
+            appendContinuation(0);
+        } else {
+            append(0xF0 | scalar >> 18);
+            appendContinuation(12);
+            appendContinuation(6);
+            appendContinuation(0);
+        }
+    }
+
+    std::string repaired(std::string_view bytes) const {
+        return isValidUTF8_ ? std::string{bytes} : UTF8::replacingInvalid(bytes);
+    }
+
+    JSONParseError error(std::string message, std::size_t position) const {
+        const auto before = text_.substr(0, position);
+        const auto lineFeeds = std::ranges::count(before, '\n');
+        const auto lineStart = before.rfind('\n') + 1;  // 0 where there is none
+        return {static_cast<int>(lineFeeds) + 1, static_cast<int>(position - lineStart) + 1,
+                std::move(message)};
+    }
+
+    std::string_view text_;
+    bool isValidUTF8_;
+    std::size_t position_ = 0;
+};
+
+class Writer {
+ public:
+    Writer(std::string_view indent, std::string& text) : indent_{indent}, text_{text} {}
+
+    void write(const JSONNode& node, int level) {
+        std::visit([&](const auto& payload) { write(payload, level); }, node.value);
+    }
+
+ private:
+    void write(const JSONNode::Null&, int) { text_ += "null"; }
+    void write(const JSONNode::Bool& node, int) { text_ += node.value ? "true" : "false"; }
+    void write(const JSONNode::Number& node, int) { text_ += node.text; }
+    void write(const JSONNode::String& node, int) { writeQuoted(node.value, node.rawText); }
+
+    void write(const JSONNode::Array& node, int level) {
+        writeItems('[', node.elements, ']', level,
+                   [&](const JSONNode& element) { write(element, level + 1); });
+    }
+
+    void write(const JSONNode::Object& node, int level) {
+        writeItems('{', node.members, '}', level, [&](const JSONMember& member) {
+            writeQuoted(member.key, member.rawKey);
+            text_ += ": ";
+            write(member.value, level + 1);
+        });
+    }
+
+    void writeItems(char open, const auto& items, char close, int level, auto writeItem) {
+        text_ += open;
+        bool isFirst = true;
+        for (const auto& item : items) {
+            text_ += isFirst ? "\n" : ",\n";
+            isFirst = false;
+            writeIndent(level + 1);
+            writeItem(item);
+        }
+        if (!isFirst) {
+            text_ += '\n';
+            writeIndent(level);
+        }
+        text_ += close;
+    }
+
+    void writeQuoted(std::string_view value, const std::optional<std::string>& rawText) {
+        text_ += '"';
+        if (rawText)
+            text_ += *rawText;
+        else
+            text_ += OrderedJSON::escape(value);
+        text_ += '"';
+    }
+
+    void writeIndent(int level) {
+        for (int i = 0; i < level; ++i) text_ += indent_;
+    }
+
+    std::string_view indent_;
+    std::string& text_;
+};
+
+template <typename Payload>
+auto* payload(auto& node) {
+    return std::get_if<Payload>(&node.value);
+}
+
+}  // namespace
+
+bool JSONNode::Object::operator==(const Object&) const = default;
+bool JSONNode::Array::operator==(const Array&) const = default;
+
+JSONNode JSONNode::object(std::vector<JSONMember> members) { return {Object{std::move(members)}}; }
+JSONNode JSONNode::array(std::vector<JSONNode> elements) { return {Array{std::move(elements)}}; }
+JSONNode JSONNode::string(std::string value) { return {String{std::move(value), std::nullopt}}; }
+JSONNode JSONNode::number(std::string text) { return {Number{std::move(text)}}; }
+JSONNode JSONNode::bool_(bool value) { return {Bool{value}}; }
+JSONNode JSONNode::null() { return {}; }
+
+const std::vector<JSONMember>* JSONNode::objectMembers() const {
+    const auto* object = payload<Object>(*this);
+    return object ? &object->members : nullptr;
+}
+
+std::vector<JSONMember>* JSONNode::objectMembers() {
+    auto* object = payload<Object>(*this);
+    return object ? &object->members : nullptr;
+}
+
+const std::vector<JSONNode>* JSONNode::arrayElements() const {
+    const auto* array = payload<Array>(*this);
+    return array ? &array->elements : nullptr;
+}
+
+std::vector<JSONNode>* JSONNode::arrayElements() {
+    auto* array = payload<Array>(*this);
+    return array ? &array->elements : nullptr;
+}
+
+const std::string* JSONNode::stringValue() const {
+    const auto* string = payload<String>(*this);
+    return string ? &string->value : nullptr;
+}
+
+const JSONNode* value(const std::vector<JSONMember>& members, std::string_view key) {
+    const auto member = std::ranges::find(members, key, &JSONMember::key);
+    return member == members.end() ? nullptr : &member->value;
+}
+
+JSONNode* value(std::vector<JSONMember>& members, std::string_view key) {
+    return const_cast<JSONNode*>(value(std::as_const(members), key));
+}
+
+std::string JSONParseError::description() const {
+    return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + message;
+}
+
+std::expected<JSONNode, JSONParseError> OrderedJSON::parse(std::string_view text) {
+    try {
+        return Parser{text}.parseDocument();
+    } catch (JSONParseError& error) {
+        return std::unexpected(std::move(error));
+    }
+}
+
+std::string OrderedJSON::serialize(const JSONNode& node, std::string_view indent) {
+    std::string text;
+    Writer{indent, text}.write(node, 0);
+    return text;
+}
+
+std::string OrderedJSON::escape(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+        // A slash needs no escape, though one is read.
+        if (const auto escape = escapeMeanings.find(c);
+            c != '/' && escape != std::string_view::npos) {
+            escaped += '\\';
+            escaped += escapeLetters[escape];
+        } else if (isControlCharacter(c)) {
+            constexpr std::string_view hexDigits = "0123456789abcdef";
+            escaped += "\\u00";
+            escaped += hexDigits[static_cast<unsigned char>(c) >> 4];
+            escaped += hexDigits[static_cast<unsigned char>(c) & 0xF];
+        } else {
+            escaped += c;
+        }
+    }
+    return escaped;
+}
+
+}  // namespace tallowbrook
