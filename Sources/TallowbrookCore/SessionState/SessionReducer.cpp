@@ -24,24 +24,28 @@ std::string_view orEmpty(const std::optional<std::string>& text) {
 
 // What two copies of one event have in common, whatever their ids and times.
 std::string signature(const AgentEvent& event) {
-    const std::array<std::string_view, 10> parts{
-        rawValue(event.channel),
-        event.eventType,
-        rawValue(event.category),
-        event.attention ? rawValue(*event.attention) : std::string_view{},
-        orEmpty(event.turnID),
-        orEmpty(event.detail.notificationType),
-        orEmpty(event.detail.toolName),
-        orEmpty(event.detail.sessionSource),
-        orEmpty(event.detail.endReason),
-        orEmpty(event.detail.errorType),
-    };
+    std::array<std::string_view, 10> parts;
+    std::size_t count = 0;
     std::size_t size = parts.size() - 1;
-    for (const auto part : parts) size += part.size();
+    // Summed up here, since reading the sizes back right after they were written stalls.
+    const auto add = [&](std::string_view part) {
+        parts[count++] = part;
+        size += part.size();
+    };
+    add(rawValue(event.channel));
+    add(event.eventType);
+    add(rawValue(event.category));
+    add(event.attention ? rawValue(*event.attention) : std::string_view{});
+    add(orEmpty(event.turnID));
+    add(orEmpty(event.detail.notificationType));
+    add(orEmpty(event.detail.toolName));
+    add(orEmpty(event.detail.sessionSource));
+    add(orEmpty(event.detail.endReason));
+    add(orEmpty(event.detail.errorType));
 
     std::string text(size, '|');
     char* position = text.data();
-    for (const auto part : parts) position += part.copy(position, part.size()) + 1;
+    for (const auto part : parts) position = std::copy(part.begin(), part.end(), position) + 1;
     return text;
 }
 
@@ -238,8 +242,9 @@ ReductionResult SessionReducer::reduce(const std::optional<SessionSnapshot>& sto
 
 ReductionResult SessionReducer::reduce(std::optional<SessionSnapshot>&& stored,
                                        const AgentEvent& event) const {
-    ReductionResult result;
-    result.previous = std::move(stored);
+    ReductionResult result{EventEffect::noSession, std::move(stored), std::nullopt};
+    // Whoever stores the new snapshot in its place does so faster over nothing.
+    stored.reset();
     advance(result, event, duplicateWindow);
     return result;
 }
