@@ -19,6 +19,10 @@ namespace {
 constexpr std::chrono::milliseconds busyTimeout{5000};
 constexpr const char* preferencesKey = "notificationPreferences";
 
+std::string healthKey(Provider provider) {
+    return "integrationHealth." + std::string{rawValue(provider)};
+}
+
 // SQLite gives its companion files the mode of the database, so that one must be right first.
 std::expected<void, FileError> makeOwnerOnlyFile(const std::filesystem::path& path) {
     const FileDescriptor file{::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
@@ -170,6 +174,19 @@ void EventStore::updateSession(std::int64_t number, const SessionSnapshot& snaps
     update->exec();
 }
 
+void EventStore::removeSession(const SessionKey& key) {
+    auto transaction = beginWriting();
+    if (const auto stored = session(key)) {
+        for (const char* sql :
+             {"DELETE FROM events WHERE session = ?", "DELETE FROM sessions WHERE number = ?"}) {
+            const auto remove = prepared(sql);
+            remove->bind(1, stored->number);
+            remove->exec();
+        }
+    }
+    transaction.commit();
+}
+
 void EventStore::addNotification(const NotificationContent& content, Instant observedAt,
                                  Instant decidedAt) {
     const auto insert = prepared(
@@ -252,20 +269,40 @@ std::optional<Instant> EventStore::lastDelivered(const std::string& dedupeKey) {
     return instantOf(query->getColumn(0));
 }
 
-std::optional<NotificationPreferences> EventStore::preferences() {
+std::optional<std::string> EventStore::setting(const std::string& key) {
     const auto query = prepared("SELECT value FROM settings WHERE key = ?");
-    query->bind(1, preferencesKey);
+    query->bind(1, key);
     if (!query->executeStep()) return std::nullopt;
-    auto decoded = NotificationPreferencesCoding::decode(query->getColumn(0).getString());
+    return query->getColumn(0).getString();
+}
+
+void EventStore::setSetting(const std::string& key, const std::string& value) {
+    const auto insert = prepared("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)");
+    insert->bind(1, key);
+    insert->bind(2, value);
+    insert->exec();
+}
+
+std::optional<NotificationPreferences> EventStore::preferences() {
+    const auto stored = setting(preferencesKey);
+    if (!stored) return std::nullopt;
+    auto decoded = NotificationPreferencesCoding::decode(*stored);
     if (!decoded) return std::nullopt;
     return *decoded;
 }
 
 void EventStore::setPreferences(const NotificationPreferences& preferences) {
-    const auto insert = prepared("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)");
-    insert->bind(1, preferencesKey);
-    insert->bind(2, NotificationPreferencesCoding::encode(preferences));
-    insert->exec();
+    setSetting(preferencesKey, NotificationPreferencesCoding::encode(preferences));
+}
+
+IntegrationHealthRecord EventStore::integrationHealth(Provider provider) {
+    const auto stored = setting(healthKey(provider));
+    if (!stored) return {};
+    return IntegrationHealthCoding::decode(*stored).value_or(IntegrationHealthRecord{});
+}
+
+void EventStore::setIntegrationHealth(Provider provider, const IntegrationHealthRecord& record) {
+    setSetting(healthKey(provider), IntegrationHealthCoding::encode(record));
 }
 
 }  // namespace tallowbrook::host

@@ -19,6 +19,7 @@
 
 #include "Domain/AgentEvent.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "Integrations/IntegrationHealth.h"
 #include "Notifications/NotificationPolicy.h"
 #include "Notifications/NotificationPreferences.h"
 #include "SessionState/SessionReducer.h"
@@ -50,7 +51,7 @@ class EventStore {
     // A transaction that writes; gives up after 5 s when another process holds the database.
     SQLite::Transaction beginWriting();
 
-    // False when an event with this id is there already; it is then left as it is.
+    // False when this event, by its id and time, is there already; it is then left as it is.
     bool addEvent(const AgentEvent& event, std::optional<std::int64_t> session, EventEffect effect);
     std::int64_t eventCount();
 
@@ -58,6 +59,8 @@ class EventStore {
     std::vector<SessionSnapshot> sessions();
     std::int64_t addSession(const SessionSnapshot& snapshot);
     void updateSession(std::int64_t number, const SessionSnapshot& snapshot);
+    // With its events; its notifications stay. Does nothing where there is no such session.
+    void removeSession(const SessionKey& key);
 
     void addNotification(const NotificationContent& content, Instant observedAt, Instant decidedAt);
     std::vector<StoredNotification> pendingNotifications();
@@ -75,6 +78,10 @@ class EventStore {
     std::optional<NotificationPreferences> preferences();
     void setPreferences(const NotificationPreferences& preferences);
 
+    // Empty until something is stored, and when what is stored cannot be read.
+    IntegrationHealthRecord integrationHealth(Provider provider);
+    void setIntegrationHealth(Provider provider, const IntegrationHealthRecord& record);
+
  private:
     explicit EventStore(std::unique_ptr<SQLite::Database> database);
 
@@ -83,6 +90,9 @@ class EventStore {
         void operator()(SQLite::Statement* statement) const;
     };
     using StatementUse = std::unique_ptr<SQLite::Statement, ReleaseStatement>;
+
+    std::optional<std::string> setting(const std::string& key);
+    void setSetting(const std::string& key, const std::string& value);
 
     // Compiles a statement once; `sql` lives as long as the store.
     StatementUse prepared(const char* sql);

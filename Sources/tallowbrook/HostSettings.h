@@ -15,6 +15,9 @@ inline constexpr Seconds duplicateWindow{2.0};
 // Sessions not heard of for longer are left out of lists, unless all are asked for.
 inline constexpr Seconds listedFor{24 * 60 * 60.0};
 
+// An agent that was set up and of which nothing came for so long is called silent.
+inline constexpr Seconds healthGracePeriod{10 * 60.0};
+
 // Until the user chooses: everything is told, at any hour. The dedupe interval is shorter than the
 // time a person takes to answer one permission request and be asked the next.
 NotificationPreferences defaultPreferences();

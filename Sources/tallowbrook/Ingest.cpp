@@ -1,5 +1,7 @@
 #include "Ingest.h"
 
+#include <algorithm>
+#include <map>
 #include <unordered_map>
 
 #include "HostSettings.h"
@@ -44,7 +46,10 @@ class SegmentIngest {
 
     // Tells whether the event was new.
     bool add(const AgentEvent& event) {
-        if (!event.sessionID) return store_.addEvent(event, std::nullopt, EventEffect::noSession);
+        if (!event.sessionID) {
+            noteLive(event);
+            return store_.addEvent(event, std::nullopt, EventEffect::noSession);
+        }
         auto& session = sessions_.entry({event.provider, *event.sessionID});
         auto result = reducer_.reduce(std::move(session.snapshot), event);
         if (!session.number) session.number = store_.addSession(*result.current);
@@ -53,11 +58,20 @@ class SegmentIngest {
             return false;
         }
         decide(event, result);
+        noteLive(event);
         session.snapshot = std::move(result.current);
         return true;
     }
 
-    void finish() { sessions_.writeBack(); }
+    void finish() {
+        sessions_.writeBack();
+        for (const auto& [provider, observedAt] : newestLive_) {
+            const auto stored = store_.integrationHealth(provider);
+            auto record = stored;
+            record.noteLiveEvent(observedAt);
+            if (record != stored) store_.setIntegrationHealth(provider, record);
+        }
+    }
 
  private:
     void decide(const AgentEvent& event, const ReductionResult& result) {
@@ -69,11 +83,18 @@ class SegmentIngest {
             store_.addNotification(deliver->content, event.observedAt, now_);
     }
 
+    void noteLive(const AgentEvent& event) {
+        if (event.origin != EventOrigin::live) return;
+        auto& newest = newestLive_.try_emplace(event.provider, event.observedAt).first->second;
+        newest = std::max(newest, event.observedAt);
+    }
+
     const Ingest& settings_;
     EventStore& store_;
     Instant now_;
     SessionReducer reducer_{duplicateWindow};
     SessionCache sessions_;
+    std::map<Provider, Instant> newestLive_;
 };
 
 std::string describe(const SpoolAccessError& error) {
