@@ -50,14 +50,18 @@ std::expected<path, ConfigFileError> makeBackup(std::string_view bytes, const pa
     };
     const auto uuid = randomUUID();
     if (!uuid) return failure(directory, uuid.error());
-    const auto name = file.filename().string() + "." + ConfigFileWriter::backupStamp(now) + "." +
-                      randomHex32(*uuid) + ".bak";
+    auto backup = directory / (file.filename().string() + "." + ConfigFileWriter::backupStamp(now) +
+                               "." + randomHex32(*uuid) + ".bak");
     if (auto made = TallowbrookPaths::ensureDirectory(directory); !made)
-        return failure(directory, made.error());
-    auto backup = directory / name;
+        return failure(backup, made.error());
     if (auto written = writeBackup(bytes, backup); !written)
         return failure(backup, written.error());
     return backup;
+}
+
+std::expected<void, FileError> ensureParent(const path& file) {
+    if (!file.has_parent_path()) return {};  // it lies in the current directory
+    return TallowbrookPaths::ensureDirectory(file.parent_path());
 }
 
 std::expected<void, ConfigFileError> replaceFile(std::string_view data, const path& target,
@@ -135,7 +139,9 @@ std::expected<path, FileError> ConfigFileWriter::resolve(const path& location) {
     for (int links = 0; links < maxLinks; ++links) {
         std::error_code error;
         const path target = std::filesystem::read_symlink(resolved, error);
-        if (error) return resolved;  // no link, or nothing at all
+        const bool isNoLink = error == std::errc::invalid_argument;
+        if (isNoLink || error == std::errc::no_such_file_or_directory) return resolved;
+        if (error) return std::unexpected(FileError{"readlink", error.value()});
         resolved = resolved.parent_path() / target;
     }
     return std::unexpected(FileError{"readlink", ELOOP});
@@ -157,6 +163,10 @@ std::expected<ConfigChangePlan, ConfigPlanError> ConfigFileWriter::plan(
     if (!original) return std::unexpected(ConfigPlanError{original.error()});
     auto proposed = transform(*original);
     if (!proposed) return std::unexpected(ConfigPlanError{proposed.error()});
+    // A path in it may have any bytes; written, it would make the file unreadable to its agent.
+    if (*proposed && !UTF8::isValid(**proposed))
+        return std::unexpected(ConfigPlanError{
+            ConfigFileError::writeFailed(fileURL, FileError{"encode", EILSEQ}.reason())});
     auto diff =
         LineDiff::unified(*original, *proposed, fileURL.string(), fileURL.string(), diffContext);
     return ConfigChangePlan{fileURL, std::move(*original), std::move(*proposed),
@@ -182,7 +192,7 @@ std::expected<std::optional<path>, ConfigFileError> ConfigFileWriter::apply(
         auto made = makeBackup(*plan.originalText, *target, backupDirectory, now);
         if (!made) return std::unexpected(made.error());
         backup = *made;
-    } else if (auto made = TallowbrookPaths::ensureDirectory(target->parent_path()); !made) {
+    } else if (auto made = ensureParent(*target); !made) {
         return std::unexpected(ConfigFileError::writeFailed(*target, made.error().reason()));
     }
     if (auto replaced = replaceFile(*plan.proposedText, *target, *target, isUnchanged); !replaced)

@@ -76,7 +76,7 @@ using Transform = std::function<std::expected<std::optional<std::string>, HookCo
     const std::optional<std::string>& text)>;
 
 // The location with every symbolic link at its end followed, also to a file that does not exist.
-// Fails with ELOOP after 40 links.
+// Fails with ELOOP after 40 links, and where a link cannot be read.
 [[nodiscard]] std::expected<std::filesystem::path, FileError> resolve(
     const std::filesystem::path& location);
 
@@ -84,7 +84,8 @@ using Transform = std::function<std::expected<std::optional<std::string>, HookCo
 [[nodiscard]] std::expected<std::optional<std::string>, ConfigFileError> readText(
     const std::filesystem::path& location);
 
-// Reads the file and writes nothing.
+// Reads the file and writes nothing. A proposed text that is no UTF-8 is refused with
+// `writeFailed`.
 [[nodiscard]] std::expected<ConfigChangePlan, ConfigPlanError> plan(
     const std::filesystem::path& fileURL, const Transform& transform);
 

@@ -243,13 +243,16 @@ Result<HookInstallState> HookConfigMerger::inspect(const std::optional<std::stri
     if (!hooks) return HookInstallState::notConfigured();
     const auto events = eventMembers(*hooks);
     if (!events) return std::unexpected(events.error());
+    // Every event before any group: of several surprises the outermost is told.
+    for (auto& event : **events) {
+        const auto groups = groupNodes(event);
+        if (!groups) return std::unexpected(groups.error());
+    }
 
     std::set<std::string> covered;
     int stale = 0;
     for (auto& event : **events) {
-        const auto groups = groupNodes(event);
-        if (!groups) return std::unexpected(groups.error());
-        for (auto& group : **groups) {
+        for (auto& group : *event.value.arrayElements()) {
             const auto handlers = handlerNodes(group, eventPath(event.key));
             if (!handlers) return std::unexpected(handlers.error());
             for (const auto& handler : all(*handlers)) {

@@ -21,6 +21,7 @@ namespace {
 
 using Members = std::vector<JSONMember>;
 
+constexpr std::uint32_t noSurrogate = 0;
 constexpr std::uint32_t firstHighSurrogate = 0xD800;
 constexpr std::uint32_t firstLowSurrogate = 0xDC00;
 constexpr std::uint32_t lastLowSurrogate = 0xDFFF;
@@ -228,7 +229,7 @@ class Parser {
     // The position is on the first byte behind `start` that stands for something else.
     Text parseStringWithEscapes(std::size_t start) {
         std::string decoded{text_.substr(start, position_ - start)};
-        std::optional<std::uint32_t> pendingHigh;
+        std::uint32_t pendingHigh = noSurrogate;
         while (!isAtEnd()) {
             const char byte = text_[position_];
             if (isControlCharacter(byte))
@@ -237,7 +238,7 @@ class Parser {
                 parseEscape(decoded, pendingHigh);
                 continue;
             }
-            if (pendingHigh) throw error("Unpaired surrogate", position_);
+            if (pendingHigh != noSurrogate) throw error("Unpaired surrogate", position_);
             if (byte == '"') {
                 const auto raw = text_.substr(start, position_++ - start);
                 return {repaired(decoded), repaired(raw)};
@@ -253,20 +254,20 @@ class Parser {
         while (!isAtEnd() && isPlain(text_[position_])) ++position_;
     }
 
-    void parseEscape(std::string& decoded, std::optional<std::uint32_t>& pendingHigh) {
+    void parseEscape(std::string& decoded, std::uint32_t& pendingHigh) {
         const auto backslash = position_++;
         if (isAtEnd()) throw error("Unterminated escape", position_);
         if (consume('u')) {
             const std::uint32_t unit = parseHex4();
-            if (isLowSurrogate(unit) != pendingHigh.has_value())
+            if (isLowSurrogate(unit) != isHighSurrogate(pendingHigh))
                 throw error("Unpaired surrogate", backslash);
             if (isHighSurrogate(unit)) {
                 pendingHigh = unit;
-            } else if (pendingHigh) {
-                appendScalar(((*pendingHigh - firstHighSurrogate) << 10) + 0x10000 +
+            } else if (pendingHigh != noSurrogate) {
+                appendScalar(((pendingHigh - firstHighSurrogate) << 10) + 0x10000 +
                                  (unit - firstLowSurrogate),
                              decoded);
-                pendingHigh.reset();
+                pendingHigh = noSurrogate;
             } else {
                 appendScalar(unit, decoded);
             }
@@ -274,7 +275,7 @@ class Parser {
         }
         const auto letter = escapeLetters.find(text_[position_]);
         if (letter == std::string_view::npos) throw error("Invalid escape", position_);
-        if (pendingHigh) throw error("Unpaired surrogate", backslash);
+        if (pendingHigh != noSurrogate) throw error("Unpaired surrogate", backslash);
         decoded += escapeMeanings[letter];
         ++position_;
     }
