@@ -4,11 +4,14 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <thread>
 
 #include "Domain/EventCoding.h"
+#include "Domain/RecordCoding.h"
 #include "EventBridge/FileDescriptor.h"
 #include "SessionState/SessionSnapshotCoding.h"
 #include "StoreSchema.h"
@@ -18,6 +21,8 @@ namespace {
 
 constexpr std::chrono::milliseconds busyTimeout{5000};
 constexpr const char* preferencesKey = "notificationPreferences";
+constexpr const char* reminderIntervalKey = "reminderIntervalMinutes";
+constexpr const char* waitingCycleKey = "waitingCycle";
 
 std::string healthKey(Provider provider) {
     return "integrationHealth." + std::string{rawValue(provider)};
@@ -138,6 +143,30 @@ bool EventStore::addEvent(const AgentEvent& event, std::optional<std::int64_t> s
 std::int64_t EventStore::eventCount() {
     const auto query = prepared("SELECT count(*) FROM events");
     return query->executeStep() ? query->getColumn(0).getInt64() : 0;
+}
+
+std::optional<Instant> EventStore::newestEventAt() {
+    const auto query = prepared("SELECT max(observed_at) FROM events");
+    if (!query->executeStep() || query->getColumn(0).isNull()) return std::nullopt;
+    return instantOf(query->getColumn(0));
+}
+
+std::vector<StoredEvent> EventStore::latestEvents(const SessionKey& key, int atMost) {
+    std::vector<StoredEvent> events;
+    const auto stored = session(key);
+    if (!stored) return events;
+    const auto query = prepared(
+        "SELECT record, effect FROM events WHERE session = ?"
+        " ORDER BY observed_at DESC, number DESC LIMIT ?");
+    query->bind(1, stored->number);
+    query->bind(2, atMost);
+    while (query->executeStep()) {
+        auto event = EventCoding::decodeLine(query->getColumn(0).getString());
+        const auto effect = fromRawValue<EventEffect>(query->getColumn(1).getString());
+        if (event && effect) events.push_back({std::move(*event), *effect});
+    }
+    std::ranges::reverse(events);
+    return events;
 }
 
 std::optional<StoredSession> EventStore::session(const SessionKey& key) {
@@ -269,6 +298,26 @@ std::optional<Instant> EventStore::lastDelivered(const std::string& dedupeKey) {
     return instantOf(query->getColumn(0));
 }
 
+std::optional<ReminderCount> EventStore::reminderCount(const SessionKey& key) {
+    const auto query =
+        prepared("SELECT waiting_since, sent, last_sent_at FROM reminders WHERE session = ?");
+    query->bind(1, key.storageID());
+    if (!query->executeStep()) return std::nullopt;
+    return ReminderCount{instantOf(query->getColumn(0)), query->getColumn(1).getInt(),
+                         instantOf(query->getColumn(2))};
+}
+
+void EventStore::setReminderCount(const SessionKey& key, const ReminderCount& count) {
+    const auto insert = prepared(
+        "INSERT OR REPLACE INTO reminders (session, waiting_since, sent, last_sent_at)"
+        " VALUES (?, ?, ?, ?)");
+    insert->bind(1, key.storageID());
+    insert->bind(2, micros(count.waitingSince));
+    insert->bind(3, count.sent);
+    insert->bind(4, micros(count.lastSentAt));
+    insert->exec();
+}
+
 std::optional<std::string> EventStore::setting(const std::string& key) {
     const auto query = prepared("SELECT value FROM settings WHERE key = ?");
     query->bind(1, key);
@@ -293,6 +342,38 @@ std::optional<NotificationPreferences> EventStore::preferences() {
 
 void EventStore::setPreferences(const NotificationPreferences& preferences) {
     setSetting(preferencesKey, NotificationPreferencesCoding::encode(preferences));
+}
+
+std::optional<std::chrono::minutes> EventStore::reminderInterval() {
+    const auto stored = setting(reminderIntervalKey);
+    if (!stored) return std::nullopt;
+    int minutes = 0;
+    const auto [end, error] =
+        std::from_chars(stored->data(), stored->data() + stored->size(), minutes);
+    if (error != std::errc{} || end != stored->data() + stored->size()) return std::nullopt;
+    return std::chrono::minutes{minutes};
+}
+
+void EventStore::setReminderInterval(std::chrono::minutes interval) {
+    setSetting(reminderIntervalKey, std::to_string(interval.count()));
+}
+
+WaitingCycle EventStore::waitingCycle() {
+    const auto stored = setting(waitingCycleKey);
+    auto decoder = RecordDecoder::parse(stored.value_or(""));
+    if (!decoder) return {};
+    WaitingCycle::Pick pick{decoder->text("id"), decoder->date("at")};
+    if (decoder->failure()) return {};
+    return {std::move(pick)};
+}
+
+void EventStore::setWaitingCycle(const WaitingCycle& cycle) {
+    RecordEncoder encoder;
+    if (cycle.last) {
+        encoder.encode("id", cycle.last->id);
+        encoder.encode("at", cycle.last->at);
+    }
+    setSetting(waitingCycleKey, encoder.text());
 }
 
 IntegrationHealthRecord EventStore::integrationHealth(Provider provider) {

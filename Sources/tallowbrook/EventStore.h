@@ -23,6 +23,7 @@
 #include "Notifications/NotificationPolicy.h"
 #include "Notifications/NotificationPreferences.h"
 #include "SessionState/SessionReducer.h"
+#include "SessionState/WaitingCycle.h"
 
 namespace tallowbrook::host {
 
@@ -30,6 +31,19 @@ struct StoredSession {
     std::int64_t number = 0;
     // Absent when what is stored cannot be read: the session then starts anew, under its number.
     std::optional<SessionSnapshot> snapshot;
+};
+
+struct StoredEvent {
+    AgentEvent event;
+    EventEffect effect = EventEffect::noSession;
+};
+
+// The reminders of one waiting period of a session.
+struct ReminderCount {
+    Instant waitingSince{};
+    int sent = 0;
+    Instant lastSentAt = distantPast;
+    bool operator==(const ReminderCount&) const = default;
 };
 
 struct StoredNotification {
@@ -54,6 +68,9 @@ class EventStore {
     // False when this event, by its id and time, is there already; it is then left as it is.
     bool addEvent(const AgentEvent& event, std::optional<std::int64_t> session, EventEffect effect);
     std::int64_t eventCount();
+    std::optional<Instant> newestEventAt();
+    // The latest of a session, oldest first. What cannot be read is left out.
+    std::vector<StoredEvent> latestEvents(const SessionKey& key, int atMost);
 
     std::optional<StoredSession> session(const SessionKey& key);
     std::vector<SessionSnapshot> sessions();
@@ -74,9 +91,20 @@ class EventStore {
     std::vector<StoredNotification> toldNotifications(std::int64_t after);
     std::int64_t newestToldNotification();  // 0 for none
 
+    std::optional<ReminderCount> reminderCount(const SessionKey& key);
+    void setReminderCount(const SessionKey& key, const ReminderCount& count);
+
     // Absent until the user has stored some, and when what is stored cannot be read.
     std::optional<NotificationPreferences> preferences();
     void setPreferences(const NotificationPreferences& preferences);
+
+    // Zero: none. Absent until the user has chosen.
+    std::optional<std::chrono::minutes> reminderInterval();
+    void setReminderInterval(std::chrono::minutes interval);
+
+    // Where stepping through the waiting sessions has come to.
+    WaitingCycle waitingCycle();
+    void setWaitingCycle(const WaitingCycle& cycle);
 
     // Empty until something is stored, and when what is stored cannot be read.
     IntegrationHealthRecord integrationHealth(Provider provider);

@@ -6,8 +6,10 @@
 #include <array>
 #include <charconv>
 
-#include "EventStore.h"
+#include "ExitStatus.h"
 #include "HostSettings.h"
+#include "Notifications/ReminderPolicy.h"
+#include "StoreCommand.h"
 #include "TerminalOutput.h"
 
 namespace tallowbrook::host {
@@ -101,13 +103,49 @@ constexpr std::array rows{
     switchRow<&Preferences::playSound>("playSound", "with a sound"),
 };
 
+std::string row(std::string_view name, std::string_view value, std::string_view meaning) {
+    return fmt::format("{:<20} {:<12} {}\n", name, value, meaning);
+}
+
+std::string noSuchValue(std::string_view name, std::string_view value) {
+    return fmt::format("\"{}\" is no value for {}.", value, name);
+}
+
+// Absent, or a whole sentence for the user; nothing is changed then.
+std::optional<std::string> apply(const PreferenceChange& change, EventStore& store) {
+    if (change.name == reminderIntervalName) {
+        const auto interval = parseReminderInterval(change.value);
+        if (!interval) return interval.error();
+        store.setReminderInterval(*interval);
+        return std::nullopt;
+    }
+    const auto changed = setPreference(store.preferences().value_or(defaultPreferences()),
+                                       change.name, change.value);
+    if (!changed) return changed.error();
+    store.setPreferences(*changed);
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::string preferencesTable(const NotificationPreferences& preferences) {
     std::string text;
-    for (const auto& row : rows)
-        text += fmt::format("{:<20} {:<12} {}\n", row.name, row.show(preferences), row.meaning);
+    for (const auto& [name, meaning, show, change] : rows)
+        text += row(name, show(preferences), meaning);
     return text;
+}
+
+std::expected<std::chrono::minutes, std::string> parseReminderInterval(std::string_view value) {
+    if (value == "off") return std::chrono::minutes{0};
+    for (const int choice : ReminderPolicy::intervalChoices)
+        if (value == std::to_string(choice)) return std::chrono::minutes{choice};
+    return std::unexpected(noSuchValue(reminderIntervalName, value));
+}
+
+std::string reminderIntervalRow(std::chrono::minutes interval) {
+    return row(reminderIntervalName,
+               interval.count() > 0 ? std::to_string(interval.count()) : "off",
+               "minutes of waiting after which you are reminded: off, 5, 10, 15 or 30");
 }
 
 std::expected<NotificationPreferences, std::string> setPreference(
@@ -115,33 +153,22 @@ std::expected<NotificationPreferences, std::string> setPreference(
     const auto* row = std::ranges::find(rows, name, &Row::name);
     if (row == rows.end())
         return std::unexpected(fmt::format("There is no preference named \"{}\".", name));
-    if (!row->change(preferences, value))
-        return std::unexpected(fmt::format("\"{}\" is no value for {}.", value, name));
+    if (!row->change(preferences, value)) return std::unexpected(noSuchValue(name, value));
     return preferences;
 }
 
 int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceChange>& change) {
-    auto store = EventStore::open(paths);
-    if (!store) {
-        TerminalOutput::complain(store.error());
-        return 1;
-    }
-    try {
-        auto current = store->preferences().value_or(defaultPreferences());
+    return withStore(paths, [&](EventStore& store) {
         if (change) {
-            const auto changed = setPreference(current, change->name, change->value);
-            if (!changed) {
-                TerminalOutput::complain(changed.error() + " Nothing was changed.");
-                return 2;
+            if (const auto refusal = apply(*change, store)) {
+                TerminalOutput::complain(*refusal + " Nothing was changed.");
+                return ExitStatus::wrongUsage;
             }
-            current = *changed;
-            store->setPreferences(current);
         }
-        return TerminalOutput::showAsResult(preferencesTable(current));
-    } catch (const SQLite::Exception& error) {
-        TerminalOutput::complain(fmt::format("The database failed: {}.", error.what()));
-        return 1;
-    }
+        return TerminalOutput::showAsResult(
+            preferencesTable(store.preferences().value_or(defaultPreferences())) +
+            reminderIntervalRow(store.reminderInterval().value_or(defaultReminderInterval)));
+    });
 }
 
 }  // namespace tallowbrook::host

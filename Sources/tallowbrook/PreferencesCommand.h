@@ -1,6 +1,7 @@
 // `tallowbrook preferences`: shows and changes what the user wants to be told.
 #pragma once
 
+#include <chrono>
 #include <expected>
 #include <optional>
 #include <string>
@@ -18,6 +19,16 @@ std::string preferencesTable(const NotificationPreferences& preferences);
 // seconds from 0 to 31536000. The error is a whole sentence for the user.
 [[nodiscard]] std::expected<NotificationPreferences, std::string> setPreference(
     NotificationPreferences preferences, std::string_view name, std::string_view value);
+
+// The one preference that concerns the host alone: minutes from one reminder to the next, zero for
+// none.
+inline constexpr std::string_view reminderIntervalName = "reminderInterval";
+
+// Values: "off" or one of `ReminderPolicy::intervalChoices`. The error is a whole sentence.
+[[nodiscard]] std::expected<std::chrono::minutes, std::string> parseReminderInterval(
+    std::string_view value);
+
+std::string reminderIntervalRow(std::chrono::minutes interval);
 
 struct PreferenceChange {
     std::string name;

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <charconv>
 #include <tuple>
 
 #include "Domain/EventCoding.h"
@@ -57,16 +58,55 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
     return list;
 }
 
+std::size_t SessionList::shortIDLength() const {
+    constexpr std::size_t leastLength = 8;
+    std::vector<std::string_view> ids;
+    for (const auto& session : sessions) ids.push_back(session.snapshot.key.sessionID);
+    std::ranges::sort(ids);
+    std::size_t length = leastLength;
+    for (std::size_t i = 1; i < ids.size(); ++i) {
+        const auto differing = std::ranges::mismatch(ids[i - 1], ids[i]);
+        // Two agents may have a session of the same id; more of it would tell nothing.
+        if (differing.in2 == ids[i].end()) continue;
+        const auto shared = static_cast<std::size_t>(differing.in2 - ids[i].begin());
+        length = std::max(length, shared + 1);
+    }
+    return length;
+}
+
+std::expected<ListedSession, std::string> SessionList::find(std::string_view word) const {
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+    const bool isNumber = error == std::errc{} && end == word.data() + word.size();
+    if (isNumber && number >= 1 && number <= sessions.size()) return sessions[number - 1];
+
+    std::vector<const ListedSession*> found;
+    for (const auto& session : sessions) {
+        const auto& id = session.snapshot.key.sessionID;
+        if (id == word) return session;
+        if (!word.empty() && id.starts_with(word)) found.push_back(&session);
+    }
+    if (found.size() == 1) return *found.front();
+    return std::unexpected(
+        found.empty()
+            ? fmt::format("There is no session \"{}\". \"tallowbrook sessions\" lists them.", word)
+            : fmt::format("{} sessions begin with \"{}\". Give more of the id.", found.size(),
+                          word));
+}
+
 std::string SessionList::table(Instant now) const {
     std::string text;
     if (sessions.empty()) text = "No sessions to show.\n";
-    const auto addRow = [&text](std::string_view number, std::string_view status,
-                                std::string_view agent, std::string_view project,
-                                std::string_view session, std::string_view heard) {
-        text += fmt::format("{:>3}  {}  {}  {}  {}  {}\n", number, TerminalText::padded(status, 16),
-                            TerminalText::padded(agent, 11),
-                            TerminalText::padded(TerminalText::printable(project), 24),
-                            TerminalText::padded(TerminalText::printable(session), 9), heard);
+    const auto idLength = shortIDLength();
+    const auto addRow = [&](std::string_view number, std::string_view status,
+                            std::string_view agent, std::string_view project,
+                            std::string_view session, std::string_view heard) {
+        text += fmt::format(
+            "{:>3}  {}  {}  {}  {}  {}\n", number, TerminalText::padded(status, 16),
+            TerminalText::padded(agent, 11),
+            TerminalText::padded(TerminalText::printable(project), 24),
+            TerminalText::padded(TerminalText::printable(session.substr(0, idLength)), idLength),
+            heard);
     };
     if (!sessions.empty()) addRow("#", "STATUS", "AGENT", "PROJECT", "SESSION", "LAST HEARD OF");
     for (std::size_t i = 0; i < sessions.size(); ++i) {

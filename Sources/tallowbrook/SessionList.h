@@ -1,7 +1,10 @@
 // The list of sessions as the user sees it.
 #pragma once
 
+#include <cstddef>
+#include <expected>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "SessionState/SessionSnapshot.h"
@@ -21,6 +24,13 @@ struct SessionList {
 
     // Leaves out the setup's own sessions, always.
     static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now);
+
+    // The session that the user means by a number of the table, or by the beginning of an id that
+    // no other session here shares. The error is a whole sentence for the user.
+    [[nodiscard]] std::expected<ListedSession, std::string> find(std::string_view word) const;
+
+    // How much of each id, at least 8 characters, tells it from all others here.
+    std::size_t shortIDLength() const;
 
     // A table for a terminal, a line each, with a line feed at its end.
     std::string table(Instant now) const;

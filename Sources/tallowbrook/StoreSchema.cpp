@@ -66,6 +66,12 @@ constexpr std::array steps{
         DROP TABLE events;
         ALTER TABLE timed_events RENAME TO events;
         CREATE INDEX events_by_session ON events (session) WHERE session IS NOT NULL;
+        CREATE TABLE reminders (
+            session TEXT PRIMARY KEY,
+            waiting_since INTEGER NOT NULL,
+            sent INTEGER NOT NULL,
+            last_sent_at INTEGER NOT NULL
+        ) WITHOUT ROWID;
     )sql",
 };
 

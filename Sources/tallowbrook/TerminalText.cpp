@@ -68,6 +68,17 @@ std::string TerminalText::printable(std::string_view text) {
     return result;
 }
 
+std::string TerminalText::printableLines(std::string_view text) {
+    std::string result;
+    while (true) {
+        const auto end = text.find('\n');
+        result += printable(text.substr(0, end));
+        if (end == std::string_view::npos) return result;
+        result += '\n';
+        text.remove_prefix(end + 1);
+    }
+}
+
 std::string TerminalText::printableJSON(std::string_view json) {
     std::string result;
     for (std::string_view rest = json; !rest.empty();) {

@@ -14,6 +14,9 @@ namespace tallowbrook::host::TerminalText {
 // become U+FFFD, so that no text can move the cursor or pose as another.
 std::string printable(std::string_view text);
 
+// The same for each line; the line feeds stay.
+std::string printableLines(std::string_view text);
+
 // A JSON text (RFC 8259) of the same value, in which such characters stand as escapes.
 std::string printableJSON(std::string_view json);
 

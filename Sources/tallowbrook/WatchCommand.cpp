@@ -10,6 +10,7 @@
 #include "HostSettings.h"
 #include "Ingest.h"
 #include "Notifier.h"
+#include "Reminders.h"
 #include "SessionList.h"
 #include "TerminalOutput.h"
 #include "WakeUp.h"
@@ -20,6 +21,8 @@ namespace {
 constexpr std::chrono::milliseconds timerInterval{2000};
 // Those who watch another host see no signal when it has stored what a signal announced.
 constexpr std::chrono::milliseconds lookingInterval{500};
+// Looking for them reads every session.
+constexpr std::chrono::seconds remindersEvery{15};
 constexpr std::int64_t maxLogBytes = 262144;
 constexpr std::string_view notTold =
     "Standard output cannot be written. What is to be told is kept for the next try.";
@@ -84,13 +87,20 @@ class Watcher {
     void drainAndTell(std::set<std::string>& troubles) {
         const auto preferences = store_.preferences().value_or(defaultPreferences());
         const Ingest ingest{{paths_}, preferences, Calendar::current()};
-        const auto report = ingest.run(store_, currentInstant());
+        const Instant now = currentInstant();
+        const auto report = ingest.run(store_, now);
         troubles.insert(report.troubles.begin(), report.troubles.end());
         if (report.invalidLines > 0)
             say(fmt::format("{} of the spool held no event and {} skipped.",
                             report.invalidLines == 1 ? "One line"
                                                      : fmt::format("{} lines", report.invalidLines),
                             report.invalidLines == 1 ? "was" : "were"));
+        if (now - remindersRunAt_ >= remindersEvery) {
+            remindersRunAt_ = now;
+            Reminders{store_.reminderInterval().value_or(defaultReminderInterval), preferences,
+                      Calendar::current()}
+                .run(store_, now);
+        }
         if (!deliverPending(store_, Notifier::printing(), preferences.maxEventAge,
                             currentInstant()))
             troubles.insert(std::string{notTold});
@@ -106,6 +116,7 @@ class Watcher {
     EventStore store_;
     std::optional<HostLock> lock_;
     std::int64_t lastShown_ = 0;
+    Instant remindersRunAt_ = distantPast;
     std::set<std::string> standingTroubles_;
 };
 

@@ -2,12 +2,21 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <optional>
 #include <string>
 
+#include "BackupsCommand.h"
+#include "DemoCommand.h"
+#include "DoctorCommand.h"
 #include "EventIngestion/PayloadNormalizer.h"
+#include "ExitStatus.h"
+#include "ExplainCommand.h"
+#include "FocusCommand.h"
+#include "HealthCommand.h"
 #include "PreferencesCommand.h"
 #include "SessionsCommand.h"
+#include "SetupCommand.h"
 #include "WatchCommand.h"
 
 namespace {
@@ -15,80 +24,195 @@ namespace {
 using namespace tallowbrook;
 using namespace tallowbrook::host;
 
-constexpr int failure = 1;
-constexpr int usageError = 2;
-
-constexpr auto footer =
+const std::string footer =
     "Every command takes --home DIR, before or after its name.\n"
     "Exit status: 0 done, 1 failed (the reason is on standard error), 2 wrong usage.";
+const std::string changeFooter =
+    footer +
+    "\n3: a question was answered with no; that file was left as it is.\n"
+    "A file is changed only after a yes or with --yes, and what was there is kept as a backup.\n"
+    "Without a terminal to ask on and without --yes, nothing is changed and the status is 1.";
+const std::string healthFooter =
+    footer +
+    "\n3: an agent's state is partial, needs repair, silent or unreadable.\n"
+    "States: not set up, partial, needs repair, waiting (for the first event since the setup), "
+    "silent\n(for more than ten minutes after it), receiving, unreadable.";
 
-struct CommandLine {
-    std::string home;
-    bool once = false;
-    bool json = false;
-    bool all = false;
-    PreferenceChange change;
+const std::string focusFooter =
+    footer + "\n3: the window itself was not found, but something that helps was done instead.";
 
-    CLI::App app{"Tells you which of your coding agents waits for you, has finished or failed."};
-    CLI::App* watch = nullptr;
-    CLI::App* sessions = nullptr;
-    CLI::App* preferences = nullptr;
-    CLI::Option* changedName = nullptr;
-    CLI::Option* homeOption = nullptr;
-
+class CommandLine {
+ public:
     CommandLine() {
-        app.name("tallowbrook");
-        app.footer(footer);
-        app.set_version_flag("--version",
-                             "tallowbrook " + std::string{PayloadNormalizer::adapterVersion});
-        app.require_subcommand(0, 1);
+        app_.name("tallowbrook");
+        app_.footer(footer);
+        app_.set_version_flag("--version",
+                              "tallowbrook " + std::string{PayloadNormalizer::adapterVersion});
+        app_.require_subcommand(0, 1);
         // With this, "--home" may also stand behind the command word.
-        app.fallthrough();
-        homeOption = app.add_option("--home", home, "The data directory to work on")
-                         ->type_name("DIR")
-                         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-
-        watch = app.add_subcommand("watch", "Read what the agents report and tell the user");
-        watch->add_flag("--once", once, "Read what is there, list the sessions, and end");
-        sessions = app.add_subcommand("sessions", "List the sessions");
-        sessions->add_flag("--json", json, "As a JSON array, for programs");
-        sessions->add_flag("--all", all, "Also those not heard of for more than a day");
-        preferences = app.add_subcommand("preferences", "Show or change what you are told");
-        changedName = preferences->add_option("NAME", change.name, "The preference to change");
-        auto* value = preferences->add_option("VALUE", change.value, "Its new value");
-        changedName->needs(value);
-        for (auto* command : app.get_subcommands({})) command->footer(footer);
+        app_.fallthrough();
+        homeOption_ = app_.add_option("--home", home_, "The data directory to work on")
+                          ->type_name("DIR")
+                          ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        addWatching();
+        addSessions();
+        addPreferences();
+        addSetup();
+        addBackups();
+        addHealth();
+        addHelp();
     }
+
+    // Gives an exit status.
+    int run(int argc, char** argv) {
+        try {
+            app_.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return app_.exit(error) == 0 ? 0 : ExitStatus::wrongUsage;
+        }
+        return action_();
+    }
+
+ private:
+    CLI::App* add(const char* name, const char* description, std::function<int()> action,
+                  const std::string& ending = footer) {
+        auto* command = app_.add_subcommand(name, description);
+        command->footer(ending);
+        command->callback([this, action = std::move(action)] { action_ = action; });
+        return command;
+    }
+
+    void addAgents(CLI::App* command, const char* whenUnnamed) {
+        command->add_option("AGENT", choice_.names, whenUnnamed)
+            ->check(CLI::IsMember(agentNames()));
+        addConfigFile(command);
+    }
+
+    void addConfigFile(CLI::App* command) {
+        command->add_option("--config", choice_.configFile, "The configuration file to work on")
+            ->type_name("FILE");
+    }
+
+    void addReview(CLI::App* command) {
+        auto* dryRun = command->add_flag("--dry-run", review_.dryRun,
+                                         "Show what would change, and write nothing");
+        command->add_flag("--yes,-y", review_.assumeYes, "Agree to every change beforehand")
+            ->excludes(dryRun);
+    }
+
+    void addWatching() {
+        add("watch", "Read what the agents report and tell the user", [this] {
+            return host::watch(paths(), once_ ? WatchMode::once : WatchMode::stay);
+        })->add_flag("--once", once_, "Read what is there, list the sessions, and end");
+    }
+
+    void addSessions() {
+        auto* sessions = add("sessions", "List the sessions", [this] {
+            return listSessions(paths(), all_ ? ListScope::all : ListScope::recent, format());
+        });
+        sessions->add_flag("--json", json_, "As a JSON array, for programs");
+        sessions->add_flag("--all", all_, "Also those not heard of for more than a day");
+
+        addSession(add("explain", "Tell why a session has its status, and its last events",
+                       [this] { return explain(paths(), session_); }));
+        addSession(add(
+            "focus", "Bring the window of a session to the front",
+            [this] { return focus(paths(), session_); }, focusFooter));
+        add(
+            "next", "Focus the next session that waits for you",
+            [this] { return focusNext(paths()); }, focusFooter);
+    }
+
+    void addPreferences() {
+        auto* preferences = add("preferences", "Show or change what you are told", [this] {
+            return host::preferences(paths(),
+                                     *changedName_ ? std::optional{change_} : std::nullopt);
+        });
+        changedName_ = preferences->add_option("NAME", change_.name, "The preference to change");
+        changedName_->needs(preferences->add_option("VALUE", change_.value, "Its new value"));
+    }
+
+    void addSetup() {
+        auto* setUp = add(
+            "setup", "Let the agents report to tallowbrook",
+            [this] { return host::setup(paths(), choice_, review_); }, changeFooter);
+        addAgents(setUp, "claude-code or codex; without names, those that are there");
+        addReview(setUp);
+        auto* remove = add(
+            "remove", "Take the hooks out of the agents' configuration again",
+            [this] { return removeSetup(paths(), choice_, review_); }, changeFooter);
+        addAgents(remove, "claude-code or codex; without names, those that are there");
+        addReview(remove);
+    }
+
+    void addBackups() {
+        auto* backups = add("backups", "List what was in the configuration files before",
+                            [this] { return listBackups(paths(), choice_); });
+        addAgents(backups, "claude-code or codex; without names, both");
+        auto* restore = add(
+            "restore", "Put a backup of a configuration file back",
+            [this] { return restoreBackup(paths(), choice_, backup_, review_); }, changeFooter);
+        restore->add_option("BACKUP", backup_,
+                            "Its number in the list, its name or its path; without, the newest");
+        restore->add_option("--agent", choice_.names, "Only backups of claude-code or codex")
+            ->check(CLI::IsMember(agentNames()));
+        addConfigFile(restore);
+        addReview(restore);
+    }
+
+    void addHealth() {
+        auto* health = add(
+            "health", "Tell whether the agents' events arrive",
+            [this] { return showHealth(paths(), choice_, format()); }, healthFooter);
+        addAgents(health, "claude-code or codex; without names, both");
+        health->add_flag("--json", json_, "As a JSON object, for programs");
+    }
+
+    void addHelp() {
+        add("doctor", "Report what is installed and stored, for a request for help",
+            [this] { return doctor(paths()); });
+        add("demo", "Show what the lists look like, with made-up sessions", [] { return demo(); });
+    }
+
+    void addSession(CLI::App* command) {
+        command
+            ->add_option("SESSION", session_, "Its number in the list, or the beginning of its id")
+            ->required();
+    }
+
+    ListFormat format() const { return json_ ? ListFormat::json : ListFormat::table; }
 
     TallowbrookPaths paths() const {
-        return *homeOption ? TallowbrookPaths{home} : TallowbrookPaths::standard();
+        if (!*homeOption_) return TallowbrookPaths::standard();
+        return {home_.empty() ? home_ : std::filesystem::absolute(home_)};
     }
 
-    int run() const {
-        if (*watch) return host::watch(paths(), once ? WatchMode::once : WatchMode::stay);
-        if (*sessions)
-            return listSessions(paths(), all ? ListScope::all : ListScope::recent,
-                                json ? ListFormat::json : ListFormat::table);
-        if (*preferences)
-            return host::preferences(paths(), *changedName ? std::optional{change} : std::nullopt);
-        std::cout << app.help();
+    std::filesystem::path home_;
+    bool once_ = false;
+    bool json_ = false;
+    bool all_ = false;
+    PreferenceChange change_;
+    AgentChoice choice_;
+    ReviewOptions review_;
+    std::optional<std::string> backup_;
+    std::string session_;
+
+    CLI::App app_{"Tells you which of your coding agents waits for you, has finished or failed."};
+    CLI::Option* changedName_ = nullptr;
+    CLI::Option* homeOption_ = nullptr;
+    std::function<int()> action_ = [this] {
+        std::cout << app_.help();
         return 0;
-    }
+    };
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
-        CommandLine commandLine;
-        try {
-            commandLine.app.parse(argc, argv);
-        } catch (const CLI::ParseError& error) {
-            return commandLine.app.exit(error) == 0 ? 0 : usageError;
-        }
-        return commandLine.run();
+        return CommandLine{}.run(argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tallowbrook: Unexpected failure: %s.\n", error.what());
-        return failure;
+        return ExitStatus::failed;
     }
 }

@@ -25,8 +25,8 @@ TEST(StoreSchema, isMadeFromNothing) {
     EXPECT_EQ(StoreSchema::version(database), 0);
     StoreSchema::migrate(database);
     EXPECT_EQ(StoreSchema::version(database), StoreSchema::currentVersion());
-    EXPECT_EQ(tables(database),
-              (std::set<std::string>{"events", "notifications", "sessions", "settings"}));
+    EXPECT_EQ(tables(database), (std::set<std::string>{"events", "notifications", "reminders",
+                                                       "sessions", "settings"}));
 }
 
 TEST(StoreSchema, thatIsCurrentIsLeftAlone) {

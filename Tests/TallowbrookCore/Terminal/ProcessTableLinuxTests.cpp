@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "PseudoTerminal.h"
+#include "Support/PseudoTerminal.h"
 #include "Terminal/ProcessTable.h"
 #include "WaitingChild.h"
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <set>
 
-#include "PseudoTerminal.h"
+#include "Support/PseudoTerminal.h"
 #include "WaitingChild.h"
 
 namespace tallowbrook {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "PseudoTerminal.h"
+#include "Support/PseudoTerminal.h"
 #include "Terminal/TerminalHost.h"
 #include "Terminal/TerminalLocation.h"
 #include "WaitingChild.h"

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <string_view>
 
 namespace tallowbrook {
 
@@ -34,6 +35,11 @@ class PseudoTerminal {
 
     PseudoTerminal(const PseudoTerminal&) = delete;
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+    // As if the user had typed it.
+    bool type(std::string_view text) const {
+        return write(primary, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    }
 
     std::string path;  // of the side that programs run on; empty when the system gave none
     dev_t device = 0;

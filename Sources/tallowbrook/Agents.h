@@ -1,0 +1,47 @@
+// The agents of this machine and their configuration files.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Domain/AgentEvent.h"
+#include "EventBridge/TallowbrookPaths.h"
+
+namespace tallowbrook::host {
+
+struct Agent {
+    Provider provider = Provider::claudeCode;
+    std::filesystem::path configFile;  // absolute; need not exist
+    bool isThere = false;              // installed, or has a configuration directory
+    bool operator==(const Agent&) const = default;
+
+    // Where backups of the configuration file are kept: a directory of its own for each directory
+    // they come from, since an agent may have several, with files of the same name.
+    std::filesystem::path backupDirectory(const TallowbrookPaths& paths) const;
+};
+
+// What the user says about agents on the command line.
+struct AgentChoice {
+    std::vector<std::string> names;                   // such as "claude-code"
+    std::optional<std::filesystem::path> configFile;  // instead of the agent's own
+};
+
+// "claude-code" and "codex", as the user names them.
+std::vector<std::string> agentNames();
+
+// Both agents, in the order of `Provider`. Each one's configuration lies where its own environment
+// variable says, CLAUDE_CONFIG_DIR or CODEX_HOME, else below the user's home directory.
+std::vector<Agent> allAgents();
+
+// Who is meant when the user names nobody.
+enum class Unnamed { thoseThere, all };
+
+// Each agent that the choice means, once. The error is a whole sentence for the user.
+[[nodiscard]] std::expected<std::vector<Agent>, std::string> chosenAgents(const AgentChoice& choice,
+                                                                          Unnamed unnamed);
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,97 @@
+#include "BackupsCommand.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "ExitStatus.h"
+#include "Integrations/IntegrationSetup.h"
+#include "TerminalOutput.h"
+#include "TerminalText.h"
+
+namespace tallowbrook::host {
+namespace {
+
+struct AgentBackup {
+    Agent agent;
+    ConfigBackup backup;
+};
+
+std::expected<std::vector<AgentBackup>, std::string> find(const TallowbrookPaths& paths,
+                                                          const AgentChoice& choice) {
+    const auto agents = chosenAgents(choice, Unnamed::all);
+    if (!agents) return std::unexpected(agents.error());
+    std::vector<AgentBackup> found;
+    for (const auto& agent : *agents)
+        for (auto& backup :
+             IntegrationSetup::backups(agent.configFile, agent.backupDirectory(paths)))
+            found.push_back({agent, std::move(backup)});
+    std::ranges::stable_sort(found, std::ranges::greater{},
+                             [](const AgentBackup& entry) { return entry.backup.createdAt; });
+    return found;
+}
+
+bool isMeant(const AgentBackup& entry, std::size_t number, const std::string& word) {
+    const auto& file = entry.backup.url;
+    return std::to_string(number) == word || file.filename() == word || file == word;
+}
+
+const AgentBackup* select(const std::vector<AgentBackup>& backups,
+                          const std::optional<std::string>& word) {
+    for (std::size_t i = 0; i < backups.size(); ++i)
+        if (!word || isMeant(backups[i], i + 1, *word)) return &backups[i];
+    return nullptr;
+}
+
+int fail(std::string_view sentence, int status = ExitStatus::failed) {
+    TerminalOutput::complain(sentence);
+    return status;
+}
+
+}  // namespace
+
+int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice) {
+    const auto backups = find(paths, choice);
+    if (!backups) return fail(backups.error());
+    if (backups->empty()) return TerminalOutput::showAsResult("There are no backups.\n");
+    const Instant now = currentInstant();
+    std::string text;
+    for (std::size_t i = 0; i < backups->size(); ++i) {
+        const auto& [agent, backup] = (*backups)[i];
+        text += fmt::format(
+            "{:>3}  {:<13}  {:<11}  {}\n", i + 1, TerminalText::shortTime(backup.createdAt, now),
+            displayName(agent.provider), TerminalText::printable(backup.url.string()));
+    }
+    return TerminalOutput::showAsResult(text);
+}
+
+int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
+                  const std::optional<std::string>& backup, const ReviewOptions& options) {
+    const auto backups = find(paths, choice);
+    if (!backups) return fail(backups.error());
+    const auto* selected = select(*backups, backup);
+    if (selected == nullptr && !backup) return fail("There are no backups.");
+    if (selected == nullptr)
+        return fail(
+            fmt::format("There is no backup \"{}\". \"tallowbrook backups\" lists them.", *backup),
+            ExitStatus::wrongUsage);
+    const auto planner = [=]() -> std::expected<ConfigChangePlan, std::string> {
+        auto plan = IntegrationSetup::planRestore(selected->backup, selected->agent.configFile);
+        if (plan) return std::move(*plan);
+        return std::unexpected(plan.error().description());
+    };
+    auto change = ConfigChange::prepare(planner, selected->agent.backupDirectory(paths));
+    if (!change) return fail(change.error() + " Nothing was changed.");
+    if (!canAsk(options)) return 1;
+    const auto outcome = [&] {
+        static_cast<void>(TerminalOutput::show(fmt::format(
+            "{}: {}\nBackup: {}\n", displayName(selected->agent.provider),
+            announcement(change->plan), TerminalText::printable(selected->backup.url.string()))));
+        return change->review(options);
+    }();
+    if (outcome == ReviewOutcome::applied)
+        static_cast<void>(TerminalOutput::show("The backup was put back.\n"));
+    return exitStatus(outcome);
+}
+
+}  // namespace tallowbrook::host

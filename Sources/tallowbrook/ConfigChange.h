@@ -1,0 +1,56 @@
+// A change to one configuration file, reviewed by the user and carried out.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Integrations/ConfigFileWriter.h"
+
+namespace tallowbrook::host {
+
+struct ReviewOptions {
+    bool dryRun = false;     // show what would change, and write nothing
+    bool assumeYes = false;  // the user has agreed beforehand
+};
+
+enum class ReviewOutcome {
+    unchanged,  // there was nothing to do
+    applied,
+    previewed,  // a dry run
+    declined,
+    failed,  // the reason is on standard error, and the file is as it was
+};
+
+// `notInOrder` where the user said no.
+int exitStatus(ReviewOutcome outcome);
+
+// Of several outcomes the one that matters: a failure before a refusal before all else.
+int worse(int status, int other);
+
+// False when the user must be asked and cannot be, because standard input is no terminal; says so.
+bool canAsk(const ReviewOptions& options);
+
+struct ConfigChange {
+    // The error is a whole sentence for the user.
+    using Planner = std::function<std::expected<ConfigChangePlan, std::string>()>;
+
+    Planner makePlan;
+    ConfigChangePlan plan;  // as first made
+    std::filesystem::path backupDirectory;
+
+    [[nodiscard]] static std::expected<ConfigChange, std::string> prepare(
+        Planner makePlan, std::filesystem::path backupDirectory);
+
+    // Shows the difference and asks, unless there is none; applies the plan after a yes and names
+    // the backup. When the file has changed while the user was asked, shows the new difference and
+    // asks again.
+    ReviewOutcome review(const ReviewOptions& options);
+};
+
+// "/home/u/.claude/settings.json (to be created)", the line that announces a change.
+std::string announcement(const ConfigChangePlan& plan);
+
+}  // namespace tallowbrook::host

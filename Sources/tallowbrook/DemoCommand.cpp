@@ -1,0 +1,27 @@
+#include "DemoCommand.h"
+
+#include <fmt/core.h>
+
+#include "HostSettings.h"
+#include "SessionList.h"
+#include "SessionState/DemoData.h"
+#include "TerminalOutput.h"
+#include "TerminalText.h"
+#include "Timeline.h"
+
+namespace tallowbrook::host {
+
+int demo() {
+    const Instant now = currentInstant();
+    const auto data = DemoData::make(now, staleAfter);
+    std::string text = "A demonstration: none of these sessions is real.\n\n" +
+                       SessionList::make(data.sessions, ListScope::all, now).table(now) + "\n";
+    for (const auto& entry : data.entries) {
+        const auto directory = entry.event.cwd.value_or("");
+        const auto project = directory.substr(directory.rfind('/') + 1);
+        text += TerminalText::padded(project, 16) + timelineRow(entry.event, entry.effect, now);
+    }
+    return TerminalOutput::showAsResult(text);
+}
+
+}  // namespace tallowbrook::host

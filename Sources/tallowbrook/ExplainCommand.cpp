@@ -1,0 +1,44 @@
+#include "ExplainCommand.h"
+
+#include <fmt/core.h>
+
+#include "ExitStatus.h"
+#include "HostSettings.h"
+#include "SessionChoice.h"
+#include "StoreCommand.h"
+#include "TerminalOutput.h"
+#include "TerminalText.h"
+#include "Timeline.h"
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr int shownEvents = 10;
+
+std::string explanationOf(const SessionSnapshot& session, EventStore& store, Instant now) {
+    const auto formatTime = [now](Instant time) { return TerminalText::shortTime(time, now); };
+    auto text = fmt::format(
+        "{}, {}, session {}\n{}\n", TerminalText::printable(session.projectLabel()),
+        displayName(session.key.provider), TerminalText::printable(session.key.sessionID),
+        TerminalText::printable(session.explanation(now, staleAfter, formatTime)));
+    const auto events = store.latestEvents(session.key, shownEvents);
+    text += fmt::format("\nThe last {} of {} events:\n", events.size(), session.eventCount);
+    for (const auto& [event, effect] : events) text += timelineRow(event, effect, now);
+    return text;
+}
+
+}  // namespace
+
+int explain(const TallowbrookPaths& paths, const std::string& session) {
+    return withExistingStore(paths, [&](EventStore& store) {
+        const Instant now = currentInstant();
+        const auto chosen = chooseSession(store, session, now);
+        if (!chosen) {
+            TerminalOutput::complain(chosen.error());
+            return ExitStatus::wrongUsage;
+        }
+        return TerminalOutput::showAsResult(explanationOf(chosen->snapshot, store, now));
+    });
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,14 @@
+// `tallowbrook explain`: why a session has its status.
+#pragma once
+
+#include <string>
+
+#include "EventBridge/TallowbrookPaths.h"
+
+namespace tallowbrook::host {
+
+// A paragraph, and the session's last events. Gives the exit status: 0, 1 when the database cannot
+// be read, 2 when the word names no session or several.
+int explain(const TallowbrookPaths& paths, const std::string& session);
+
+}  // namespace tallowbrook::host

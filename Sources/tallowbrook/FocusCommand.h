@@ -1,0 +1,18 @@
+// `tallowbrook focus` and `tallowbrook next`: to the window of a session.
+#pragma once
+
+#include <string>
+
+#include "EventBridge/TallowbrookPaths.h"
+
+namespace tallowbrook::host {
+
+// Says what was done. Gives the exit status: 0, 1 when nothing could be done, 2 when the word names
+// no session or several, 3 when something else was done instead.
+int focus(const TallowbrookPaths& paths, const std::string& session);
+
+// Focuses the first session that waits for the user, and with each repetition within ten seconds
+// the one behind it. The statuses of `focus`; 0 when nobody waits.
+int focusNext(const TallowbrookPaths& paths);
+
+}  // namespace tallowbrook::host

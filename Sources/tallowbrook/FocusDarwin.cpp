@@ -1,0 +1,13 @@
+#include "Focus.h"
+#include "TerminalFocus.h"
+
+namespace tallowbrook::host {
+
+FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
+                          const FocusOperations& operations) {
+    if (session.tty) return TerminalFocus{paths, operations}.focus(*session.tty);
+    return FocusOutcome::nothing(
+        "The session reported no terminal, so its window cannot be found.");
+}
+
+}  // namespace tallowbrook::host

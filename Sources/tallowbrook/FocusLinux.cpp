@@ -1,0 +1,39 @@
+#include <algorithm>
+#include <array>
+
+#include "DirectoryFocus.h"
+#include "Focus.h"
+#include "Terminal/ProcessTable.h"
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr std::array<std::string_view, 2> agentPrograms{"claude", "codex"};
+
+bool agentRunsOn(const std::string& tty) {
+    const auto device = ProcessTable::terminalDevice(tty.substr(std::string_view{"/dev/"}.size()));
+    if (!device) return false;
+    return std::ranges::any_of(ProcessTable::processesOnDevice(*device), [](const auto& process) {
+        return std::ranges::find(agentPrograms, process.name) != agentPrograms.end();
+    });
+}
+
+}  // namespace
+
+FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
+                          const FocusOperations& operations) {
+    if (!session.cwd)
+        return FocusOutcome::nothing(
+            "The session's working directory is not known, so its window cannot be found.");
+    const auto open = [&](const EditorWindow& window, const std::string& target) {
+        const auto opener = operations.findProgram("xdg-open");
+        if (!opener) return false;
+        const auto url = std::string{editorNamed(window.appName).urlScheme} + "://file" + target;
+        const auto result = operations.run(*opener, {url});
+        return result && result->status == 0;
+    };
+    const DirectoryFocus focus{operations, EditorFocus{paths, operations, open}, agentRunsOn};
+    return focus.focus(*session.cwd);
+}
+
+}  // namespace tallowbrook::host
