@@ -14,6 +14,7 @@
 #include "Domain/EventCoding.h"
 #include "HostSettings.h"
 #include "Ingest.h"
+#include "MedianReporter.h"
 #include "SampleSegment.h"
 
 namespace {
@@ -187,23 +188,6 @@ BENCHMARK(ingestIntoFilledStore)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(4)
     ->UseRealTime();
-
-// Keeps the medians for the claims, beside the usual output.
-class MedianReporter : public benchmark::ConsoleReporter {
- public:
-    std::map<std::string, double> medians;
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& run : runs)
-            if (run.aggregate_name == "median")
-                medians[run.run_name.function_name + run.run_name.args] = run.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    double ratio(const std::string& of, const std::string& to) const {
-        return medians.at(of) / medians.at(to);
-    }
-};
 
 }  // namespace
 
