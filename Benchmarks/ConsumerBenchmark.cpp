@@ -14,6 +14,7 @@
 #include "Domain/EventCoding.h"
 #include "HostSettings.h"
 #include "Ingest.h"
+#include "MedianReporter.h"
 #include "SampleSegment.h"
 
 namespace {
@@ -190,29 +191,6 @@ BENCHMARK(ingestIntoFilledStore)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(4)
     ->UseRealTime();
-
-// Keeps the medians for the claims, beside the usual output.
-class MedianReporter : public benchmark::ConsoleReporter {
- public:
-    std::map<std::string, double> medians;
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& run : runs)
-            if (run.aggregate_name == "median")
-                medians[run.run_name.function_name + run.run_name.args] =
-                    isTimedByTheClock(run) ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    // What waits for the disk is; what only computes is not, so that other programs do not count.
-    static bool isTimedByTheClock(const Run& run) {
-        return run.run_name.time_type.find("real_time") != std::string::npos;
-    }
-
-    double ratio(const std::string& of, const std::string& to) const {
-        return medians.at(of) / medians.at(to);
-    }
-};
 
 }  // namespace
 

@@ -220,12 +220,12 @@ HookConfigError HookConfigError::unexpectedStructure(std::string path, std::stri
 
 std::string HookConfigError::description() const {
     struct Text {
-        std::string operator()(const MalformedJSON& reason) const {
-            return "The file is not valid JSON (" + reason.error.description() +
+        std::string operator()(const MalformedJSON& malformed) const {
+            return "The file is not valid JSON (" + malformed.error.description() +
                    "). It was not modified.";
         }
-        std::string operator()(const UnexpectedStructure& reason) const {
-            return "Unexpected structure at " + reason.path + " (expected " + reason.expectedKind +
+        std::string operator()(const UnexpectedStructure& place) const {
+            return "Unexpected structure at " + place.path + " (expected " + place.expectedKind +
                    "). The merge is ambiguous, so the file was not modified.";
         }
         std::string operator()(const RootNotObject&) const {

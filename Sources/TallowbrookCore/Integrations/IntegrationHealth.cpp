@@ -13,14 +13,14 @@ std::string isoText(Instant instant) {
 
 std::optional<std::string> IntegrationHealth::diagnosticDescription() const {
     struct Text {
-        std::optional<std::string> operator()(const Waiting& state) const {
-            return "waiting for the first event since setup at " + isoText(state.since);
+        std::optional<std::string> operator()(const Waiting& health) const {
+            return "waiting for the first event since setup at " + isoText(health.since);
         }
-        std::optional<std::string> operator()(const Silent& state) const {
-            return "no event since setup at " + isoText(state.since);
+        std::optional<std::string> operator()(const Silent& health) const {
+            return "no event since setup at " + isoText(health.since);
         }
-        std::optional<std::string> operator()(const Receiving& state) const {
-            return "last live event " + isoText(state.lastEventAt);
+        std::optional<std::string> operator()(const Receiving& health) const {
+            return "last live event " + isoText(health.lastEventAt);
         }
         std::optional<std::string> operator()(const NotApplicable&) const { return std::nullopt; }
     };

@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
+#include <functional>
+#include <map>
 
 #include "Domain/RecordCoding.h"
 #include "Domain/UUID.h"
@@ -156,14 +156,16 @@ std::expected<ConfigChangePlan, RestorePlanError> IntegrationSetup::planRestore(
 
 std::vector<ConfigBackup> IntegrationSetup::backups(const path& configURL, const path& directory) {
     const auto name = resolved(configURL).filename().string();
-    std::vector<ConfigBackup> backups;
+    // Equal times stay in the order of the directory.
+    std::multimap<Instant, path, std::greater<>> newestFirst;
     std::error_code error;
     for (auto entry = std::filesystem::directory_iterator{directory, error};
          !error && entry != std::filesystem::directory_iterator{}; entry.increment(error)) {
         if (const auto time = backupTime(entry->path().filename().string(), name))
-            backups.push_back({entry->path(), *time});
+            newestFirst.emplace(*time, entry->path());
     }
-    std::ranges::stable_sort(backups, std::ranges::greater{}, &ConfigBackup::createdAt);
+    std::vector<ConfigBackup> backups;
+    for (const auto& [time, url] : newestFirst) backups.push_back({url, time});
     return backups;
 }
 

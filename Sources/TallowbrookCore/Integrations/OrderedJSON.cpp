@@ -406,7 +406,7 @@ JSONNode JSONNode::array(std::vector<JSONNode> elements) { return {Array{std::mo
 JSONNode JSONNode::string(std::string value) { return {String{std::move(value), std::nullopt}}; }
 JSONNode JSONNode::number(std::string text) { return {Number{std::move(text)}}; }
 JSONNode JSONNode::bool_(bool value) { return {Bool{value}}; }
-JSONNode JSONNode::null() { return {}; }
+JSONNode JSONNode::null() { return {Null{}}; }
 
 const std::vector<JSONMember>* JSONNode::objectMembers() const {
     const auto* object = payload<Object>(*this);

@@ -45,7 +45,7 @@ struct JSONNode {
     struct Null {
         bool operator==(const Null&) const = default;
     };
-    std::variant<Object, Array, String, Number, Bool, Null> value = Null{};
+    std::variant<Object, Array, String, Number, Bool, Null> value;
 
     // Every payload counts, raw texts too.
     bool operator==(const JSONNode&) const = default;
