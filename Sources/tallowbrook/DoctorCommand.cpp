@@ -70,14 +70,13 @@ void addAgents(DiagnosticsReport& report, std::optional<EventStore>& store, Inst
 
 int doctor(const TallowbrookPaths& paths) {
     const Instant now = currentInstant();
-    DiagnosticsReport report{
-        .appVersion = std::string{PayloadNormalizer::adapterVersion},
-        .helperVersion = std::string{PayloadNormalizer::adapterVersion},
-        .paths = paths,
-        .notificationAuthorization = "not needed, printed in the terminal",
-        .pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount(),
-        .helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines),
-    };
+    DiagnosticsReport report;
+    report.appVersion = PayloadNormalizer::adapterVersion;
+    report.helperVersion = PayloadNormalizer::adapterVersion;
+    report.paths = paths;
+    report.notificationAuthorization = "not needed, printed in the terminal";
+    report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
+    report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
     auto store = openToLook(paths);
     if (store) addStored(report, *store, now);
     addAgents(report, store, now);
