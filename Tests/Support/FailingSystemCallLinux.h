@@ -5,7 +5,9 @@
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -33,6 +35,16 @@ inline bool failSystemCalls(const std::vector<long>& numbers, int errorNumber) {
 
 // What a child gives back where `failSystemCalls` is false, and the reason to skip its test.
 inline constexpr const char* noFilter = "the kernel takes no system call filter here";
+
+// From now on the system gives no random bytes: asking for them fails with EIO. For child processes
+// only. False where the kernel takes no filter, or the C library does not ask the kernel.
+inline bool refuseRandomBytes() {
+    char byte = 0;
+    return failSystemCalls({SYS_getrandom}, EIO) && getentropy(&byte, 1) != 0;
+}
+
+// What a child gives back where `refuseRandomBytes` is false, and the reason to skip its test.
+inline constexpr const char* notRefused = "random bytes cannot be refused here";
 
 // The numbers behind rename(3); some processors lack the older ones.
 inline std::vector<long> renameCalls() {

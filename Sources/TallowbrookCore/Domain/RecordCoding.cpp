@@ -3,13 +3,27 @@
 #include <algorithm>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
+#include <boost/json/value_from.hpp>
 #include <cmath>
+#include <utility>
 
 namespace tallowbrook {
 
 namespace {
 
 bool needsEscape(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\'; }
+
+std::optional<std::string> asText(const boost::json::value& value) {
+    const auto* string = value.if_string();
+    if (string == nullptr) return std::nullopt;
+    return std::string{string->data(), string->size()};
+}
+
+std::optional<std::int32_t> asInteger32(const boost::json::value& value) {
+    const auto* integer = value.if_int64();
+    if (integer == nullptr || !std::in_range<std::int32_t>(*integer)) return std::nullopt;
+    return static_cast<std::int32_t>(*integer);
+}
 
 }  // namespace
 
@@ -54,6 +68,14 @@ void RecordEncoder::encode(std::string_view key, Instant value) {
 
 void RecordEncoder::encode(std::string_view key, const RecordEncoder& nested) {
     encodeRaw(key, nested.text());
+}
+
+void RecordEncoder::encode(std::string_view key, const std::vector<std::string>& values) {
+    encodeRaw(key, boost::json::serialize(boost::json::value_from(values)));
+}
+
+void RecordEncoder::encode(std::string_view key, const std::vector<std::int32_t>& values) {
+    encodeRaw(key, boost::json::serialize(boost::json::value_from(values)));
 }
 
 std::string RecordEncoder::text() const {
@@ -102,7 +124,7 @@ void RecordDecoder::adopt(const RecordDecoder& nested) {
 std::string RecordDecoder::text(std::string_view key) {
     const auto* value = find(key);
     if (value == nullptr) return {};
-    if (const auto* string = value->if_string()) return {string->data(), string->size()};
+    if (auto string = asText(*value)) return std::move(*string);
     fail(key, "is not a string");
     return {};
 }
@@ -112,6 +134,14 @@ std::int64_t RecordDecoder::integer(std::string_view key) {
     if (value == nullptr) return 0;
     if (const auto* integer = value->if_int64()) return *integer;
     fail(key, "is not a signed 64-bit integer");
+    return 0;
+}
+
+std::int32_t RecordDecoder::integer32(std::string_view key) {
+    const auto* value = find(key);
+    if (value == nullptr) return 0;
+    if (const auto integer = asInteger32(*value)) return *integer;
+    fail(key, "is not a signed 32-bit integer");
     return 0;
 }
 
@@ -150,6 +180,30 @@ RecordDecoder RecordDecoder::record(std::string_view key) {
     else
         fail(key, "is not an object");
     return nested;
+}
+
+template <typename Element>
+std::vector<Element> RecordDecoder::elements(
+    std::string_view key, std::optional<Element> (*read)(const boost::json::value&),
+    std::string_view rule) {
+    const auto* value = find(key);
+    if (value == nullptr) return {};
+    std::vector<Element> found;
+    const auto* array = value->if_array();
+    if (array != nullptr)
+        for (const auto& item : *array)
+            if (auto element = read(item)) found.push_back(std::move(*element));
+    if (array != nullptr && found.size() == array->size()) return found;
+    fail(key, rule);
+    return {};
+}
+
+std::vector<std::string> RecordDecoder::texts(std::string_view key) {
+    return elements(key, asText, "is not an array of strings");
+}
+
+std::vector<std::int32_t> RecordDecoder::integers32(std::string_view key) {
+    return elements(key, asInteger32, "is not an array of signed 32-bit integers");
 }
 
 }  // namespace tallowbrook

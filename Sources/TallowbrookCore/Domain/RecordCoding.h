@@ -33,6 +33,8 @@ class RecordEncoder {
     void encode(std::string_view key, bool value);
     void encode(std::string_view key, Instant value);
     void encode(std::string_view key, const RecordEncoder& nested);
+    void encode(std::string_view key, const std::vector<std::string>& values);
+    void encode(std::string_view key, const std::vector<std::int32_t>& values);
 
     // A value that is JSON text already, such as another record's `text`.
     void encodeRaw(std::string_view key, std::string_view json);
@@ -74,10 +76,13 @@ class RecordDecoder {
 
     std::string text(std::string_view key);
     std::int64_t integer(std::string_view key);
+    std::int32_t integer32(std::string_view key);
     double number(std::string_view key);
     bool boolean(std::string_view key);
     Instant date(std::string_view key);
     RecordDecoder record(std::string_view key);  // its failures stay with it: see `adopt`
+    std::vector<std::string> texts(std::string_view key);
+    std::vector<std::int32_t> integers32(std::string_view key);
 
     template <typename Enum>
     Enum enumeration(std::string_view key) {
@@ -105,6 +110,11 @@ class RecordDecoder {
     const std::optional<DecodingError>& failure() const { return failure_; }
 
  private:
+    template <typename Element>
+    std::vector<Element> elements(std::string_view key,
+                                  std::optional<Element> (*read)(const boost::json::value&),
+                                  std::string_view rule);
+
     const boost::json::value* find(std::string_view key);
     void fail(std::string_view key, std::string_view rule);
 

@@ -8,6 +8,8 @@
 #include <system_error>
 #include <tuple>
 
+#include "EventBridge/DirectoryListing.h"
+
 namespace tallowbrook {
 namespace {
 
@@ -60,11 +62,8 @@ std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::
 std::vector<SpoolFileName::Entry> SpoolFileName::pendingFiles(
     const std::filesystem::path& directory) {
     std::vector<Entry> entries;
-    std::error_code error;
-    std::filesystem::directory_iterator listing{directory, error};
-    for (; !error && listing != std::filesystem::directory_iterator{}; listing.increment(error))
-        if (auto entry = parse(listing->path())) entries.push_back(std::move(*entry));
-    if (error) return {};
+    for (const auto& file : listDirectory(directory))
+        if (auto entry = parse(file)) entries.push_back(std::move(*entry));
     std::ranges::sort(entries, {}, [](const Entry& entry) {
         return std::tie(entry.micros, entry.prefix, entry.url.native());
     });

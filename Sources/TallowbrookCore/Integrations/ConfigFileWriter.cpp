@@ -10,9 +10,9 @@
 #include "Domain/UTF8.h"
 #include "Domain/UUID.h"
 #include "EventBridge/FileContents.h"
+#include "EventBridge/ReplacementFile.h"
 #include "EventBridge/TallowbrookPaths.h"
 #include "Integrations/LineDiff.h"
-#include "Integrations/ReplacementFile.h"
 
 namespace tallowbrook {
 namespace {

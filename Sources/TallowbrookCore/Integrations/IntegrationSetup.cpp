@@ -9,7 +9,7 @@
 #include "Domain/RecordCoding.h"
 #include "Domain/UUID.h"
 #include "EventBridge/FileContents.h"
-#include "Integrations/ReplacementFile.h"
+#include "EventBridge/ReplacementFile.h"
 
 namespace tallowbrook {
 namespace {

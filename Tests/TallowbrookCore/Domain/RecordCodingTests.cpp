@@ -1,15 +1,20 @@
 #include "Domain/RecordCoding.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "Domain/AgentEvent.h"
 #include "Domain/EventCoding.h"
 
 namespace tallowbrook {
 namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 RecordDecoder decoderOf(std::string_view text) {
     auto decoder = EventCoding::makeDecoder(text);
@@ -59,6 +64,15 @@ TEST(RecordEncoder, takesAValueThatIsJSONAlready) {
     EXPECT_EQ(encoder.text(), R"({"a":"x","b":[1,2],"c":null})") << "asked twice";
 }
 
+TEST(RecordEncoder, writesLists) {
+    RecordEncoder encoder;
+    encoder.encode("none", std::vector<std::string>{});
+    encoder.encode("numbers", std::vector<std::int32_t>{-2147483647 - 1, 0, 2147483647});
+    encoder.encode("texts", std::vector<std::string>{"", "a/b", "\"\n"});
+    EXPECT_EQ(encoder.text(), R"({"none":[],"numbers":[-2147483648,0,2147483647],)"
+                              R"("texts":["","a/b","\"\n"]})");
+}
+
 TEST(RecordDecoder, readsEachKindOfValue) {
     auto decoder = decoderOf(
         R"({"boolean":true,"date":"1970-01-01T00:00:00.001Z","enumeration":"turnFailed",)"
@@ -106,6 +120,50 @@ TEST(RecordDecoder, remembersAMemberOfAnotherType) {
         EXPECT_FALSE(other.boolean("on")) << value;
         EXPECT_NE(failureOf(other), "") << value;
     }
+}
+
+TEST(RecordDecoder, readsIntegersOf32Bits) {
+    for (const auto& [value, read] : {std::pair{"-2147483648", -2147483647 - 1},
+                                      std::pair{"2147483647", 2147483647}, std::pair{"0", 0}}) {
+        auto decoder = decoderOf("{\"pid\":" + std::string{value} + "}");
+        EXPECT_EQ(decoder.integer32("pid"), read);
+        EXPECT_EQ(failureOf(decoder), "");
+    }
+    for (const char* value : {"2147483648", "-2147483649", "18446744073709551615", "1.0", R"("1")",
+                              "true", "null", "[]"}) {
+        auto decoder = decoderOf("{\"pid\":" + std::string{value} + "}");
+        EXPECT_EQ(decoder.integer32("pid"), 0) << value;
+        EXPECT_EQ(failureOf(decoder), "pid is not a signed 32-bit integer") << value;
+    }
+    auto decoder = decoderOf("{}");
+    EXPECT_EQ(decoder.integer32("pid"), 0);
+    EXPECT_EQ(failureOf(decoder), "pid is missing");
+}
+
+TEST(RecordDecoder, readsLists) {
+    auto decoder = decoderOf(R"({"none":[],"numbers":[3,-1,3],"texts":["b","","a\n"]})");
+    EXPECT_THAT(decoder.texts("texts"), ElementsAre("b", "", "a\n"));
+    EXPECT_THAT(decoder.integers32("numbers"), ElementsAre(3, -1, 3));
+    EXPECT_THAT(decoder.texts("none"), IsEmpty());
+    EXPECT_THAT(decoder.integers32("none"), IsEmpty());
+    EXPECT_EQ(failureOf(decoder), "");
+}
+
+TEST(RecordDecoder, refusesAListWithOneBadElementWhole) {
+    for (const char* value :
+         {R"(["a",1])", R"([null,"a"])", R"(["a",["b"]])", R"("a")", "{}", "null"}) {
+        auto decoder = decoderOf("{\"list\":" + std::string{value} + "}");
+        EXPECT_THAT(decoder.texts("list"), IsEmpty()) << value;
+        EXPECT_EQ(failureOf(decoder), "list is not an array of strings") << value;
+    }
+    for (const char* value : {R"([1,"2"])", "[1,2147483648]", "[1.5]", "[null]", "1", "null"}) {
+        auto decoder = decoderOf("{\"list\":" + std::string{value} + "}");
+        EXPECT_THAT(decoder.integers32("list"), IsEmpty()) << value;
+        EXPECT_EQ(failureOf(decoder), "list is not an array of signed 32-bit integers") << value;
+    }
+    auto decoder = decoderOf("{}");
+    EXPECT_THAT(decoder.texts("list"), IsEmpty());
+    EXPECT_EQ(failureOf(decoder), "list is missing");
 }
 
 TEST(RecordDecoder, saysWhenADateIsWrong) {

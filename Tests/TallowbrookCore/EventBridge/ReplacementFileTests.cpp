@@ -1,4 +1,4 @@
-#include "Integrations/ReplacementFile.h"
+#include "EventBridge/ReplacementFile.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "Integrations/ReplacementFile.h"
+#include "EventBridge/ReplacementFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

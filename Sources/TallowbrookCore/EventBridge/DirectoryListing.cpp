@@ -1,0 +1,17 @@
+#include "EventBridge/DirectoryListing.h"
+
+#include <system_error>
+
+namespace tallowbrook {
+
+std::vector<std::filesystem::path> listDirectory(const std::filesystem::path& directory) {
+    std::vector<std::filesystem::path> entries;
+    std::error_code error;
+    std::filesystem::directory_iterator listing{directory, error};
+    for (; !error && listing != std::filesystem::directory_iterator{}; listing.increment(error))
+        entries.push_back(listing->path());
+    if (error) return {};
+    return entries;
+}
+
+}  // namespace tallowbrook

@@ -1,0 +1,98 @@
+#include "Terminal/EditorBridge.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <set>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "Domain/UUID.h"
+#include "EventBridge/DirectoryListing.h"
+#include "EventBridge/FileContents.h"
+#include "EventBridge/ReplacementFile.h"
+#include "EventBridge/TallowbrookPaths.h"
+
+namespace tallowbrook {
+
+namespace {
+
+constexpr std::string_view recordPrefix = "window-";
+constexpr std::string_view extension = ".json";
+
+bool isWindowRecord(const std::filesystem::path& file) {
+    return file.filename().string().starts_with(recordPrefix) && file.extension() == extension;
+}
+
+// Absent when it cannot be told.
+std::optional<Instant> modificationTime(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto time = std::filesystem::last_write_time(file, error);
+    if (error) return std::nullopt;
+    return std::chrono::floor<Instant::duration>(
+        std::filesystem::file_time_type::clock::to_sys(time));
+}
+
+bool isExpired(const std::filesystem::path& request, Instant now) {
+    const auto modified = modificationTime(request);
+    return !modified || Seconds{now - *modified} > EditorBridge::requestLifetime;
+}
+
+// Under its name the file is there whole or not at all.
+std::expected<void, FileError> writeAtomically(const std::filesystem::path& path,
+                                               std::string_view text) {
+    auto file = ReplacementFile::create(path.string() + ".unfinished");
+    if (!file) return std::unexpected(file.error());
+    if (auto written = file->write(text); !written) return written;
+    return file->replace(path);
+}
+
+}  // namespace
+
+bool EditorBridge::processIsRunning(pid_t pid) {
+    if (pid < 2) return false;
+    return kill(pid, 0) == 0 || errno == EPERM;
+}
+
+std::vector<EditorWindow> EditorBridge::windows(const std::filesystem::path& directory,
+                                                const std::function<bool(pid_t)>& isRunning) {
+    std::vector<EditorWindow> found;
+    for (const auto& file : listDirectory(directory)) {
+        if (!isWindowRecord(file)) continue;
+        const auto text = FileContents::read(file);
+        if (!text) continue;
+        auto window = EditorWindowCoding::decode(*text);
+        if (window && isRunning(window->hostPid)) found.push_back(std::move(*window));
+    }
+    return found;
+}
+
+std::optional<EditorBridge::Owner> EditorBridge::owner(const std::vector<pid_t>& processes,
+                                                       const std::vector<EditorWindow>& windows) {
+    const std::set<pid_t> wanted{processes.begin(), processes.end()};
+    for (const EditorWindow& window : windows)
+        for (const pid_t shell : window.shellPids)
+            if (wanted.contains(shell)) return Owner{window, shell};
+    return std::nullopt;
+}
+
+std::expected<void, FileError> EditorBridge::requestTerminal(pid_t shellPid,
+                                                             const std::filesystem::path& directory,
+                                                             Instant now) {
+    if (auto made = TallowbrookPaths::ensureDirectory(directory); !made) return made;
+    removeExpiredRequests(directory, now);
+    const auto id = randomUUID();
+    if (!id) return std::unexpected(id.error());
+    const std::string text = "{\"shellPid\":" + std::to_string(shellPid) + "}";
+    return writeAtomically(directory / UUIDText::text(*id).append(extension), text);
+}
+
+void EditorBridge::removeExpiredRequests(const std::filesystem::path& directory, Instant now) {
+    for (const auto& file : listDirectory(directory))
+        if (file.extension() == extension && isExpired(file, now)) unlink(file.c_str());
+}
+
+}  // namespace tallowbrook

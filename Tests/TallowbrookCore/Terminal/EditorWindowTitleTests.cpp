@@ -1,0 +1,146 @@
+#include "Terminal/EditorWindowTitle.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Support/EnvironmentVariable.h"
+
+namespace tallowbrook {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* home = "/Users/x";
+
+std::vector<std::string> namesOf(const char* folder) {
+    return EditorWindowTitle::candidateNames(folder, home);
+}
+
+TEST(EditorWindowTitle, namesAFolderAndItsAncestorsBelowTheHome) {
+    EXPECT_THAT(namesOf("/Users/x/work/app/src"), ElementsAre("src", "app", "work"));
+    EXPECT_THAT(namesOf("/Users/x/app"), ElementsAre("app"));
+}
+
+TEST(EditorWindowTitle, namesTheAncestorsOfAFolderElsewhereBelowTheRoot) {
+    EXPECT_THAT(namesOf("/opt/work/app"), ElementsAre("app", "work", "opt"));
+    EXPECT_THAT(namesOf("/Users/y/app"), ElementsAre("app", "y", "Users"));
+    EXPECT_THAT(namesOf("/Users/xy/app"), ElementsAre("app", "xy", "Users"));
+    EXPECT_THAT(namesOf("/opt"), ElementsAre("opt"));
+}
+
+TEST(EditorWindowTitle, namesTheHomeItselfWhenThatIsTheFolder) {
+    EXPECT_THAT(namesOf("/Users/x"), ElementsAre("x", "Users"));
+}
+
+TEST(EditorWindowTitle, hasNoNameForTheRoot) {
+    for (const char* folder : {"/", "//", "/.", "/..", "/a/.."})
+        EXPECT_THAT(namesOf(folder), IsEmpty()) << folder;
+}
+
+TEST(EditorWindowTitle, hasNoNameForAPathThatIsNotAbsolute) {
+    for (const char* folder : {"", "app", "./app", "../app", "~/app"})
+        EXPECT_THAT(namesOf(folder), IsEmpty()) << folder;
+}
+
+TEST(EditorWindowTitle, standardizesPaths) {
+    for (const char* folder : {"/Users/x/work/app/", "/Users/x/work/app//", "/Users/x//work/./app",
+                               "/Users/x/work/app/.", "/Users/x/work/app/src/..",
+                               "/Users/../Users/x/work/app", "//Users/x/work/app"})
+        EXPECT_THAT(namesOf(folder), ElementsAre("app", "work")) << folder;
+    for (const char* written : {"/Users/x/", "/Users//x", "/Users/./x/.", "/Users/y/../x"})
+        EXPECT_THAT(EditorWindowTitle::candidateNames("/Users/x/app", written), ElementsAre("app"))
+            << written;
+}
+
+TEST(EditorWindowTitle, goesUpToTheRootWhereTheHomeIsUnknown) {
+    EXPECT_THAT(EditorWindowTitle::candidateNames("/Users/x/app", std::nullopt),
+                ElementsAre("app", "x", "Users"));
+    EXPECT_THAT(EditorWindowTitle::candidateNames("/Users/x/app", "/"),
+                ElementsAre("app", "x", "Users"));
+    EXPECT_THAT(EditorWindowTitle::candidateNames("/Users/x/app", ""),
+                ElementsAre("app", "x", "Users"));
+}
+
+TEST(EditorWindowTitle, takesTheUsersOwnHomeUnlessTold) {
+    const EnvironmentVariable variable{"HOME", "/srv/people/u"};
+    EXPECT_THAT(EditorWindowTitle::candidateNames("/srv/people/u/app"), ElementsAre("app"));
+    EXPECT_EQ(EditorWindowTitle::bestMatch({"people"}, "/srv/people/u/app"), std::nullopt);
+    EXPECT_EQ(EditorWindowTitle::bestMatch({"people"}, "/srv/people/w/app"), "people");
+}
+
+TEST(EditorWindowTitle, matchesANameThatIsOneOfItsPartsOrTheWhole) {
+    struct Row {
+        const char* why;
+        const char* title;
+        const char* name;
+        bool isMatch;
+    };
+    for (const auto& [why, title, name, isMatch] : {
+             Row{"the whole title", "app", "app", true},
+             Row{"the first part", "app \u2014 VS Code", "app", true},
+             Row{"the last part", "main.cpp \u2014 app", "app", true},
+             Row{"a part in the middle", "main.cpp \u2014 app \u2014 VS Code", "app", true},
+             Row{"between hyphens", "main.cpp - app - VS Code", "app", true},
+             Row{"between both dashes", "main.cpp - app \u2014 VS Code", "app", true},
+             Row{"and the other way round", "main.cpp \u2014 app - VS Code", "app", true},
+             Row{"blanks and tabs around a part", "main.cpp \u2014 \t app\t  - VS Code", "app",
+                 true},
+             Row{"blanks around the whole", "  app ", "app", true},
+             Row{"a part with a blank inside", "main.cpp - my app", "my app", true},
+             Row{"a name with a dash in the whole", "a - b", "a - b", true},
+             Row{"a name with a dash as a part", "main.cpp \u2014 a - b", "a - b", false},
+             Row{"another letter case", "App \u2014 VS Code", "app", false},
+             Row{"only a piece of a part", "my app \u2014 VS Code", "app", false},
+             Row{"a hyphen without blanks", "my-app", "app", false},
+             Row{"a hyphen with one blank", "my -app", "app", false},
+             Row{"an em dash without blanks", "main.cpp\u2014app", "app", false},
+             Row{"an en dash", "main.cpp \u2013 app", "app", false},
+             Row{"a tab in place of a blank", "main.cpp\t-\tapp", "app", false},
+             Row{"a line feed around a part", "main.cpp - app\n", "app", false},
+             Row{"an empty name and an empty title", "", "", false},
+             Row{"an empty name and an empty part", "a -  - b", "", false},
+             Row{"an empty title", "", "app", false},
+             Row{"dashes alone", " - ", "app", false},
+             Row{"dashes alone as the name", " - ", " - ", true},
+             Row{"a name in other letters", "main.cpp - r\u00E9sum\u00E9", "r\u00E9sum\u00E9",
+                 true},
+             Row{"the same letters composed otherwise", "r\u00E9sum\u00E9", "re\u0301sume\u0301",
+                 false},
+         })
+        EXPECT_EQ(EditorWindowTitle::matches(title, name), isMatch) << why;
+}
+
+TEST(EditorWindowTitle, cutsAtEachDashFromTheLeft) {
+    EXPECT_TRUE(EditorWindowTitle::matches("a - - b", "a"));
+    EXPECT_TRUE(EditorWindowTitle::matches("a - - b", "- b"));
+    EXPECT_FALSE(EditorWindowTitle::matches("a - - b", "b"));
+    EXPECT_TRUE(EditorWindowTitle::matches("a \u2014  \u2014 b", "b"));
+}
+
+std::optional<std::string> best(const std::vector<std::string>& titles,
+                                const char* folder = "/Users/x/work/app/src") {
+    return EditorWindowTitle::bestMatch(titles, folder, home);
+}
+
+TEST(EditorWindowTitle, findsTheFirstTitleThatMatchesTheFolder) {
+    EXPECT_EQ(best({"other \u2014 VS Code", "a.cpp \u2014 src", "b.cpp \u2014 src"}),
+              "a.cpp \u2014 src");
+}
+
+TEST(EditorWindowTitle, prefersTheNearerNameToTheEarlierTitle) {
+    EXPECT_EQ(best({"a.cpp \u2014 work", "b.cpp \u2014 app", "c.cpp \u2014 src"}),
+              "c.cpp \u2014 src");
+    EXPECT_EQ(best({"a.cpp \u2014 work", "b.cpp \u2014 app"}), "b.cpp \u2014 app");
+    EXPECT_EQ(best({"a.cpp \u2014 work", "b.cpp"}), "a.cpp \u2014 work");
+}
+
+TEST(EditorWindowTitle, findsNothingWhereNoTitleMatches) {
+    EXPECT_EQ(best({}), std::nullopt);
+    EXPECT_EQ(best({"", "a.cpp", "a.cpp \u2014 lib"}), std::nullopt);
+    EXPECT_EQ(best({"x", "Users"}), std::nullopt) << "the home and what lies above";
+    EXPECT_EQ(best({"", "/", "app"}, "/"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace tallowbrook
