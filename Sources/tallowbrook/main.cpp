@@ -1,5 +1,6 @@
 // tallowbrook: the host program. Every command is one function; this file only parses its words.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <optional>
@@ -79,6 +80,8 @@ struct CommandLine {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A limit to the size of files is then an ordinary write error, which can be said.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         CommandLine commandLine;
         try {
