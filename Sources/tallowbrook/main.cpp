@@ -1,5 +1,6 @@
 // tallowbrook: the host program. Every command is one function; this file only parses its words.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <functional>
@@ -209,6 +210,8 @@ class CommandLine {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A limit to the size of files is then an ordinary write error, which can be said.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         return CommandLine{}.run(argc, argv);
     } catch (const std::exception& error) {

@@ -1,6 +1,7 @@
 // `watch` where something is in its way: it says so, loses nothing and overwrites nothing.
 #include <SQLiteCpp/Database.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -169,6 +170,23 @@ TEST(WatchTrouble, aSpoolDirectoryThatIsAFileIsSaid) {
               "tallowbrook: The spool could not be claimed: stat failed: Not a directory. Its "
               "events are kept.\n");
     EXPECT_EQ(contentsOf(home.paths.spoolDirectory()), "in the way");
+}
+
+TEST(WatchTrouble, aFileSizeLimitIsSaidAndTheSpoolKept) {
+    const TestHome home;
+    home.claude("Stop");
+    ProgramCall call = home.hostCall({"watch", "--once"});
+    call.prepare = [] {
+        const rlimit limit{4000, 4000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    };
+    const ProgramResult result = run(call);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(contains(result.errors, "tallowbrook: The database ")) << result.errors;
+    EXPECT_EQ(home.spooled().size(), 1U);
+
+    EXPECT_EQ(home.host({"watch", "--once"}).status, 0);
+    EXPECT_EQ(home.rows("events"), 1);
 }
 
 TEST(WatchTrouble, isWrittenToTheHostsLogToo) {

@@ -200,7 +200,7 @@ TEST_F(HelperFaultsTest, theWatchdogEndsACallThatIsInterruptedForEver) {
     const auto calls = ownCalls(oneMoreEvent);
     struct Attempt {
         TestHome home;
-        std::unique_ptr<RunningProgram> helper;
+        std::optional<FaultyProgram> helper;
     };
     std::vector<std::unique_ptr<Attempt>> attempts;
     for (const char* name : {"read", "getrandom", "write"}) {
@@ -209,12 +209,11 @@ TEST_F(HelperFaultsTest, theWatchdogEndsACallThatIsInterruptedForEver) {
         attempts.push_back(std::make_unique<Attempt>());
         const TestHome& home = attempts.back()->home;
         const Fault fault{name, first->occurrence, "error=EINTR", true};
-        attempts.back()->helper = std::make_unique<RunningProgram>(
-            Strace::prepared(fault, callOn(home, oneMoreEvent), "/dev/null"));
+        attempts.back()->helper.emplace(callOn(home, oneMoreEvent), fault);
     }
     for (const auto& attempt : attempts) {
         // It would never end by itself.
-        const ProgramResult result = attempt->helper->wait();
+        const ProgramResult result = attempt->helper->wait().result;
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.output + result.errors, "");
         EXPECT_EQ(attempt->home.logged(), std::vector<std::string>{});

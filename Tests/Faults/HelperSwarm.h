@@ -41,7 +41,6 @@ class HelperSwarm {
 
  private:
     [[noreturn]] void become(const ProgramCall& call, int input) const noexcept;
-    void collect(pid_t pid, int status);
 
     const TestHome& home_;
     std::string output_;

@@ -1,6 +1,7 @@
 // A limit on the size of files, and too few descriptors, for the helper and for the host.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <functional>
 
@@ -16,6 +17,8 @@ namespace {
 
 ProgramCall limited(ProgramCall call, decltype(RLIMIT_FSIZE) resource, rlim_t most) {
     call.prepare = [resource, most] {
+        // A descriptor that the test itself was started with would count as well.
+        close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
         const rlimit limit{most, most};
         setrlimit(resource, &limit);
     };

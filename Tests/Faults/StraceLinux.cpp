@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <map>
 #include <set>
 
 #include "Support/FileContents.h"
-#include "Support/TemporaryDirectory.h"
 #include "TestBuild.h"
 
 namespace tallowbrook {
@@ -84,28 +84,33 @@ std::vector<SystemCall> Strace::callsOf(const ProgramCall& call) {
     return parse(contentsOf(file));
 }
 
-ProgramCall Strace::prepared(const Fault& fault, const ProgramCall& call,
-                             const std::string& traceFile) {
-    return traced(call, {"-f", "-qq", "-o", traceFile, "-e", "trace=" + fault.call, "-e",
-                         "inject=" + fault.text()});
+FaultyRun Strace::runWith(const Fault& fault, const ProgramCall& call) {
+    return FaultyProgram{call, fault}.wait();
 }
 
-FaultyRun Strace::runWith(const Fault& fault, const ProgramCall& call) {
-    const TemporaryDirectory directory;
-    const std::string file = directory.path / "trace";
+FaultyProgram::FaultyProgram(const ProgramCall& call, Fault fault)
+    : fault_{std::move(fault)},
+      program_{traced(call, {"-f", "-qq", "-o", traceFile_, "-e", "trace=" + fault_.call, "-e",
+                             "inject=" + fault_.text()})} {}
+
+FaultyRun FaultyProgram::wait() {
     FaultyRun faulty;
-    faulty.result = run(prepared(fault, call, file));
-    faulty.wasInjected = wasInjected(fault, faulty.result, contentsOf(file));
+    faulty.result = program_.wait();
+    faulty.wasInjected = wasInjected(fault_, faulty.result, contentsOf(traceFile_));
     return faulty;
 }
 
-std::vector<SystemCall> firstMiddleAndLast(
-    const std::vector<SystemCall>& calls,
+std::vector<SystemCall> evenlySpread(
+    const std::vector<SystemCall>& calls, std::size_t ofAName,
     const std::function<bool(const SystemCall& call)>& isImportant) {
     std::map<std::string, std::vector<std::size_t>> places;
     for (std::size_t i = 0; i < calls.size(); ++i) places[calls[i].name].push_back(i);
     std::set<std::size_t> chosen;
-    for (const auto& [name, of] : places) chosen.insert({of.front(), of[of.size() / 2], of.back()});
+    for (const auto& [name, of] : places) {
+        const std::size_t count = std::min(ofAName, of.size());
+        for (std::size_t i = 0; i < count; ++i)
+            chosen.insert(of[count == 1 ? 0 : i * (of.size() - 1) / (count - 1)]);
+    }
     std::vector<SystemCall> result;
     for (std::size_t i = 0; i < calls.size(); ++i)
         if (chosen.contains(i) || isImportant(calls[i])) result.push_back(calls[i]);

@@ -2,6 +2,8 @@
 // sees the error; or the program is killed at the door of the call.
 #pragma once
 
+#include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -9,6 +11,7 @@
 #include <vector>
 
 #include "EndToEnd/RunProgram.h"
+#include "Support/TemporaryDirectory.h"
 
 namespace tallowbrook {
 
@@ -48,14 +51,27 @@ std::vector<SystemCall> parse(std::string_view trace);
 
 FaultyRun runWith(const Fault& fault, const ProgramCall& call);
 
-// A run that is not waited for yet. `traceFile` says later what was injected.
-ProgramCall prepared(const Fault& fault, const ProgramCall& call, const std::string& traceFile);
-
 }  // namespace Strace
 
-// A choice: of each name the first, the middle and the last call, and those that are important.
-std::vector<SystemCall> firstMiddleAndLast(
-    const std::vector<SystemCall>& calls,
+// A run with a fault that goes on while the test does something else.
+class FaultyProgram {
+ public:
+    FaultyProgram(const ProgramCall& call, Fault fault);
+
+    // Waits for its end.
+    FaultyRun wait();
+
+ private:
+    Fault fault_;
+    TemporaryDirectory directory_;
+    std::filesystem::path traceFile_ = directory_.path / "trace";
+    RunningProgram program_;
+};
+
+// A choice: of each name at most `ofAName` calls, the first and the last among them, and those that
+// are important.
+std::vector<SystemCall> evenlySpread(
+    const std::vector<SystemCall>& calls, std::size_t ofAName,
     const std::function<bool(const SystemCall& call)>& isImportant);
 
 // The faults that a call of this name can really meet, the likeliest first. Empty for those that

@@ -21,7 +21,10 @@ bool holdsAnything(const std::filesystem::path& file) {
 }
 
 std::expected<void, SpoolError> claimActiveFile(const TallowbrookPaths& paths) {
-    if (!holdsAnything(paths.activeSpoolFile())) return {};
+    struct stat status{};
+    if (stat(paths.activeSpoolFile().c_str(), &status) != 0 && errno != ENOENT)
+        return std::unexpected(SpoolError::io("claim", errno));
+    if (status.st_size == 0) return {};
     const auto segment = paths.spoolDirectory() /
                          SpoolFileName::make(SpoolFileName::Prefix::ingest, currentInstant());
     if (std::rename(paths.activeSpoolFile().c_str(), segment.c_str()) == 0) return {};
@@ -41,9 +44,10 @@ SpoolDrainer::claimPendingFiles() const {
             return std::unexpected(claimed.error());
     }
     // Nobody writes to a segment once it is named, so the listing needs no lock.
+    auto entries = SpoolFileName::listPendingFiles(paths.spoolDirectory());
+    if (!entries) return std::unexpected(entries.error());
     std::vector<std::filesystem::path> files;
-    for (auto& entry : SpoolFileName::pendingFiles(paths.spoolDirectory()))
-        files.push_back(std::move(entry.url));
+    for (auto& entry : *entries) files.push_back(std::move(entry.url));
     return files;
 }
 

@@ -26,8 +26,8 @@ struct SpoolDrainer {
     Seconds lockTimeout{0.5};  // how long `claimPendingFiles` may block
 
     // Renames the active file, where it holds anything, to an ingest segment, and gives all
-    // segments in processing order. Creates the spool directory if need be. After an error nothing
-    // was renamed and writers go on as before.
+    // segments in processing order. Creates the spool directory if need be. After an error no event
+    // is lost and writers go on as before; what was renamed by then is given the next time.
     [[nodiscard]] std::expected<std::vector<std::filesystem::path>, SpoolAccessError>
     claimPendingFiles() const;
 

@@ -8,7 +8,6 @@
 #include <system_error>
 #include <tuple>
 
-#include "EventBridge/DirectoryListing.h"
 
 namespace tallowbrook {
 namespace {
@@ -59,15 +58,23 @@ std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::
     return Entry{file, *prefix, *micros};
 }
 
-std::vector<SpoolFileName::Entry> SpoolFileName::pendingFiles(
+std::expected<std::vector<SpoolFileName::Entry>, FileError> SpoolFileName::listPendingFiles(
     const std::filesystem::path& directory) {
     std::vector<Entry> entries;
-    for (const auto& file : listDirectory(directory))
-        if (auto entry = parse(file)) entries.push_back(std::move(*entry));
+    std::error_code error;
+    std::filesystem::directory_iterator listing{directory, error};
+    for (; !error && listing != std::filesystem::directory_iterator{}; listing.increment(error))
+        if (auto entry = parse(listing->path())) entries.push_back(std::move(*entry));
+    if (error) return std::unexpected(FileError{"list", error.value()});
     std::ranges::sort(entries, {}, [](const Entry& entry) {
         return std::tie(entry.micros, entry.prefix, entry.url.native());
     });
     return entries;
+}
+
+std::vector<SpoolFileName::Entry> SpoolFileName::pendingFiles(
+    const std::filesystem::path& directory) {
+    return listPendingFiles(directory).value_or(std::vector<Entry>{});
 }
 
 }  // namespace tallowbrook

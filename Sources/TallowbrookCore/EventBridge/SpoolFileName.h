@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <expected>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "Domain/EnumNames.h"
+#include "Domain/FileError.h"
 #include "Domain/Instant.h"
 
 namespace tallowbrook::SpoolFileName {
@@ -40,7 +42,12 @@ std::string make(Prefix prefix, Instant date);
 std::optional<Entry> parse(const std::filesystem::path& file);
 
 // The segments of a directory, oldest first; of the same time by prefix, then by name in ascending
-// byte order. Other files are passed over. Empty when the directory cannot be listed.
+// byte order. Other files are passed over. Fails with the step "list" when the directory cannot be
+// listed to its end.
+[[nodiscard]] std::expected<std::vector<Entry>, FileError> listPendingFiles(
+    const std::filesystem::path& directory);
+
+// The same for those to whom a directory that cannot be listed is as good as an empty one.
 std::vector<Entry> pendingFiles(const std::filesystem::path& directory);
 
 }  // namespace tallowbrook::SpoolFileName

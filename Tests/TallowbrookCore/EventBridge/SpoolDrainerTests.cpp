@@ -121,6 +121,12 @@ TEST_F(SpoolDrainerTest, renamesNothingWithoutTheLock) {
     EXPECT_EQ(claim().size(), 1U);
 }
 
+TEST_F(SpoolDrainerTest, saysWhenTheActiveFileCannotBeLookedAt) {
+    fs::create_directories(paths.spoolDirectory());
+    fs::create_symlink(paths.activeSpoolFile().filename(), paths.activeSpoolFile());
+    EXPECT_EQ(outcomeOf(drainer.claimPendingFiles()), ioCode("claim", ELOOP));
+}
+
 TEST_F(SpoolDrainerTest, saysWhenTheSpoolCannotBeMadeOrLocked) {
     writeContents(paths.home, "a file");
     EXPECT_EQ(outcomeOf(drainer.claimPendingFiles()), "stat-errno" + std::to_string(ENOTDIR));

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <random>
 #include <regex>
 #include <set>
@@ -154,6 +155,14 @@ TEST(PendingFiles, ofADirectoryThatCannotBeListedAreNone) {
     EXPECT_TRUE(pendingFiles(temporary.path / "missing").empty());
     writeContents(temporary.path / "file", "");
     EXPECT_TRUE(pendingFiles(temporary.path / "file").empty());
+}
+
+TEST(PendingFiles, ofADirectoryThatCannotBeListedHaveAReason) {
+    const TemporaryDirectory temporary;
+    EXPECT_TRUE(SpoolFileName::listPendingFiles(temporary.path));
+    const auto missing = SpoolFileName::listPendingFiles(temporary.path / "missing");
+    ASSERT_FALSE(missing);
+    EXPECT_EQ(missing.error(), (FileError{"list", ENOENT}));
 }
 
 }  // namespace
