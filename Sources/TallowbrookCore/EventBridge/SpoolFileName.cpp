@@ -8,6 +8,7 @@
 #include <system_error>
 #include <tuple>
 
+#include "EventBridge/DirectoryListing.h"
 
 namespace tallowbrook {
 namespace {
@@ -61,11 +62,10 @@ std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::
 std::expected<std::vector<SpoolFileName::Entry>, FileError> SpoolFileName::listPendingFiles(
     const std::filesystem::path& directory) {
     std::vector<Entry> entries;
-    std::error_code error;
-    std::filesystem::directory_iterator listing{directory, error};
-    for (; !error && listing != std::filesystem::directory_iterator{}; listing.increment(error))
-        if (auto entry = parse(listing->path())) entries.push_back(std::move(*entry));
-    if (error) return std::unexpected(FileError{"list", error.value()});
+    const auto files = entriesOf(directory);
+    if (!files) return std::unexpected(files.error());
+    for (const auto& file : *files)
+        if (auto entry = parse(file)) entries.push_back(std::move(*entry));
     std::ranges::sort(entries, {}, [](const Entry& entry) {
         return std::tie(entry.micros, entry.prefix, entry.url.native());
     });

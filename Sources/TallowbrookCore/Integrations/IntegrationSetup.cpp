@@ -8,6 +8,7 @@
 
 #include "Domain/RecordCoding.h"
 #include "Domain/UUID.h"
+#include "EventBridge/DirectoryListing.h"
 #include "EventBridge/FileContents.h"
 #include "EventBridge/ReplacementFile.h"
 
