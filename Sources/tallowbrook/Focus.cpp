@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <thread>
+
+#include "EventBridge/DirectoryListing.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -25,11 +28,9 @@ std::optional<std::string> findOnPath(std::string_view name) {
 }
 
 bool holdsRequest(const std::filesystem::path& directory) {
-    std::error_code error;
-    for (auto entry = std::filesystem::directory_iterator{directory, error};
-         !error && entry != std::filesystem::directory_iterator{}; entry.increment(error))
-        if (entry->path().extension() == ".json") return true;
-    return false;
+    return std::ranges::any_of(listDirectory(directory), [](const std::filesystem::path& file) {
+        return file.extension() == ".json";
+    });
 }
 
 bool waitUntilTaken(const std::filesystem::path& directory) {

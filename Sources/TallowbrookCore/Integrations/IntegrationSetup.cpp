@@ -159,12 +159,9 @@ std::vector<ConfigBackup> IntegrationSetup::backups(const path& configURL, const
     const auto name = resolved(configURL).filename().string();
     // Equal times stay in the order of the directory.
     std::multimap<Instant, path, std::greater<>> newestFirst;
-    std::error_code error;
-    for (auto entry = std::filesystem::directory_iterator{directory, error};
-         !error && entry != std::filesystem::directory_iterator{}; entry.increment(error)) {
-        if (const auto time = backupTime(entry->path().filename().string(), name))
-            newestFirst.emplace(*time, entry->path());
-    }
+    for (const auto& file : listDirectory(directory))
+        if (const auto time = backupTime(file.filename().string(), name))
+            newestFirst.emplace(*time, file);
     std::vector<ConfigBackup> backups;
     for (const auto& [time, url] : newestFirst) backups.push_back({url, time});
     return backups;
