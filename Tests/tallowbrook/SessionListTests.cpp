@@ -201,5 +201,39 @@ TEST(SessionList, asJSONHoldsTheSnapshotAndHowItIsShown) {
     EXPECT_EQ(first.size(), 5U);
 }
 
+SessionList listOf(const Names& ids) {
+    std::vector<SessionSnapshot> snapshots;
+    for (const auto& id : ids) snapshots.push_back(session(id, SessionStatus::completed));
+    return SessionList::make(std::move(snapshots), ListScope::all, sampleTime);
+}
+
+TEST(SessionList, findsASessionByItsNumber) {
+    const auto list = listOf({"aaaa", "bbbb"});
+    EXPECT_EQ(list.find("2")->snapshot.key.sessionID, "bbbb");
+    EXPECT_FALSE(list.find("0"));
+    EXPECT_FALSE(list.find("3"));
+}
+
+TEST(SessionList, findsASessionByABeginningThatNoOtherShares) {
+    const auto list = listOf({"0199e8a2-41c7", "0199e8a2-0b3f", "9e2d7c41"});
+    EXPECT_EQ(list.find("9")->snapshot.key.sessionID, "9e2d7c41");
+    EXPECT_EQ(list.find("0199e8a2-4")->snapshot.key.sessionID, "0199e8a2-41c7");
+    EXPECT_EQ(list.find("0199").error(), "2 sessions begin with \"0199\". Give more of the id.");
+    EXPECT_EQ(list.find("x").error(),
+              "There is no session \"x\". \"tallowbrook sessions\" lists them.");
+    EXPECT_FALSE(list.find(""));
+}
+
+TEST(SessionList, takesAWholeIdThoughItBeginsAnother) {
+    EXPECT_EQ(listOf({"abc", "abcd"}).find("abc")->snapshot.key.sessionID, "abc");
+}
+
+TEST(SessionList, showsAsMuchOfEachIdAsTellsItFromTheOthers) {
+    EXPECT_EQ(listOf({}).shortIDLength(), 8U);
+    EXPECT_EQ(listOf({"abcdefghij"}).shortIDLength(), 8U);
+    EXPECT_EQ(listOf({"0199e8a2-41c7-1", "0199e8a2-41d0-2"}).shortIDLength(), 12U);
+    EXPECT_EQ(listOf({"same", "same"}).shortIDLength(), 8U);
+}
+
 }  // namespace
 }  // namespace tallowbrook::host
