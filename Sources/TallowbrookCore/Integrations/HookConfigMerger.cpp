@@ -275,7 +275,7 @@ Result<HookInstallState> HookConfigMerger::inspect(const std::optional<std::stri
 
 Result<std::string> HookConfigMerger::install(const std::optional<std::string>& text,
                                               const HookInstallSpec& spec) {
-    const std::string original = text.value_or("");
+    std::string original = text.value_or("");
     auto root = parseRoot(original);
     if (!root) return std::unexpected(root.error());
 
