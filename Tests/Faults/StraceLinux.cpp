@@ -35,10 +35,13 @@ std::optional<SystemCall> parseLine(std::string_view line) {
 }
 
 // The mark stands at the call that was asked for, and of once only there.
-bool wasInjected(const Fault& fault, const ProgramResult& result, std::string_view trace) {
+bool wasInjected(const Fault& fault, const ProgramResult& result,
+                 const std::filesystem::path& traceFile) {
     if (fault.effect == "signal=KILL") return result.status == -1;
+    // The trace of a program that had to be ended may be endless as well.
+    if (result.status == -1) return false;
     bool wasMet = false;
-    for (const auto& call : Strace::parse(trace)) {
+    for (const auto& call : Strace::parse(contentsOf(traceFile))) {
         const bool isMarked = call.text.find("(INJECTED)") != std::string::npos;
         const bool isMeant = call.occurrence == fault.occurrence ||
                              (fault.forEver && call.occurrence > fault.occurrence);
@@ -96,7 +99,7 @@ FaultyProgram::FaultyProgram(const ProgramCall& call, Fault fault)
 FaultyRun FaultyProgram::wait() {
     FaultyRun faulty;
     faulty.result = program_.wait();
-    faulty.wasInjected = wasInjected(fault_, faulty.result, contentsOf(traceFile_));
+    faulty.wasInjected = wasInjected(fault_, faulty.result, traceFile_);
     return faulty;
 }
 
