@@ -1,0 +1,109 @@
+#include "Diagnostics/DiagnosticsReport.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+#include "Diagnostics/DiagnosticLog.h"
+#include "Diagnostics/OperatingSystem.h"
+#include "Domain/UTF8.h"
+#include "EventBridge/FileContents.h"
+#include "SessionState/SessionSnapshot.h"
+
+namespace tallowbrook {
+namespace {
+
+constexpr std::size_t maxLogLines = 10;
+
+constexpr std::array statusLabels{
+    std::pair{SessionStatus::working, std::string_view{"Working"}},
+    std::pair{SessionStatus::needsAttention, std::string_view{"Needs Attention"}},
+    std::pair{SessionStatus::completed, std::string_view{"Completed"}},
+    std::pair{SessionStatus::failed, std::string_view{"Failed"}},
+    std::pair{SessionStatus::interrupted, std::string_view{"Interrupted"}},
+    std::pair{SessionStatus::stale, std::string_view{"Stale"}},
+    std::pair{SessionStatus::unknown, std::string_view{"Unknown"}},
+};
+static_assert(statusLabels.size() == sessionStatusNames.size());
+
+// A text of whatever length that comes from outside.
+std::string shown(std::string_view text) {
+    return DiagnosticLog::sanitize(text, std::numeric_limits<std::size_t>::max());
+}
+
+std::string sessionSummary(const std::map<std::string, std::int64_t>& counts) {
+    std::string summary;
+    for (const auto& [status, label] : statusLabels) {
+        const auto count = counts.find(std::string{rawValue(status)});
+        if (count == counts.end()) continue;
+        if (!summary.empty()) summary += ", ";
+        summary.append(label).append("=").append(std::to_string(count->second));
+    }
+    return summary.empty() ? "none" : summary;
+}
+
+std::string detectionLine(const DiagnosticsReport& report, const ProviderDetection& detection) {
+    const Provider provider = detection.provider;
+    std::string line{displayName(provider)};
+    line.append(": ").append(rawValue(detection.state));
+    if (detection.version) line += " · " + shown(*detection.version);
+    if (detection.executablePath) line += " · " + shown(*detection.executablePath);
+    line += " · hooks file " + shown(detection.hookConfigPath);
+    if (const auto state = report.integrationStates.find(provider);
+        state != report.integrationStates.end())
+        line += " · integration " + shown(state->second);
+    if (const auto health = report.integrationHealth.find(provider);
+        health != report.integrationHealth.end())
+        line += " · " + shown(health->second);
+    return line;
+}
+
+// The last `count` of the elements, or all where there are fewer.
+template <typename Element>
+void keepLast(std::vector<Element>& elements, std::size_t count) {
+    const auto surplus = elements.size() - std::min(elements.size(), count);
+    elements.erase(elements.begin(), elements.begin() + static_cast<std::ptrdiff_t>(surplus));
+}
+
+}  // namespace
+
+std::string DiagnosticsReport::render() const {
+    std::string text = "Tallowbrook diagnostics (sanitized)";
+    const auto add = [&](const std::string& line) { text.append("\n").append(line); };
+
+    add("App " + shown(appVersion) + " · helper/adapter " + shown(helperVersion) + " · " +
+        shown(OperatingSystem::description()));
+    add("Data directory: " + shown(paths.home.string()));
+    add("Notification permission: " + shown(notificationAuthorization));
+    add("Stored events: " + (storedEventCount ? std::to_string(*storedEventCount) : "unavailable") +
+        " · pending spool segments: " + std::to_string(pendingSpoolFiles));
+    add("Sessions: " + sessionSummary(sessionCountsByStatus));
+    add("Last event: " + (lastEventAt ? EventDate::text(*lastEventAt) : "never"));
+    for (const auto& detection : detections) add(detectionLine(*this, detection));
+
+    auto logLines = helperLogTail;
+    keepLast(logLines, maxLogLines);
+    if (!logLines.empty()) add("Recent helper diagnostics:");
+    for (const auto& line : logLines)
+        add("  " + DiagnosticLog::sanitize(line, DiagnosticLog::maxMessageLength));
+    return text;
+}
+
+std::vector<std::string> DiagnosticsReport::tail(const std::filesystem::path& file,
+                                                 std::size_t lines) {
+    const auto text = FileContents::read(file);
+    if (!text || !UTF8::isValid(*text)) return {};
+    std::vector<std::string> tail;
+    std::string_view rest = *text;
+    while (!rest.empty()) {
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        if (!line.empty()) tail.emplace_back(line);
+    }
+    keepLast(tail, lines);
+    return tail;
+}
+
+}  // namespace tallowbrook

@@ -1,0 +1,38 @@
+#include "Diagnostics/OperatingSystem.h"
+
+#include <algorithm>
+
+namespace tallowbrook {
+namespace {
+
+// What a shell would make of the text behind the equals sign.
+std::string unquoted(std::string_view text) {
+    const char quote = text.empty() ? '\0' : text.front();
+    if (quote != '"' && quote != '\'') return std::string{text};
+    text.remove_prefix(1);
+    std::string value;
+    while (!text.empty() && text.front() != quote) {
+        if (quote == '"' && text.front() == '\\' && text.size() > 1) text.remove_prefix(1);
+        value += text.front();
+        text.remove_prefix(1);
+    }
+    return value;
+}
+
+}  // namespace
+
+std::optional<std::string> OperatingSystem::releaseVariable(std::string_view releaseFile,
+                                                            std::string_view name) {
+    std::optional<std::string> value;
+    while (!releaseFile.empty()) {
+        std::string_view line = releaseFile.substr(0, releaseFile.find('\n'));
+        releaseFile.remove_prefix(std::min(line.size() + 1, releaseFile.size()));
+        if (!line.starts_with(name)) continue;
+        line.remove_prefix(name.size());
+        // A variable assigned twice has the last value.
+        if (line.starts_with('=')) value = unquoted(line.substr(1));
+    }
+    return value;
+}
+
+}  // namespace tallowbrook

@@ -1,0 +1,45 @@
+// Starting a child process, and learning of its exit: what `ProcessRunner` asks of the system.
+//
+// Stateless; safe from any thread.
+#pragma once
+
+#include <spawn.h>
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "EventBridge/FileDescriptor.h"
+
+namespace tallowbrook::ProcessLaunch {
+
+struct Pipe {
+    FileDescriptor reader;
+    FileDescriptor writer;
+};
+
+// A pipe that programs started meanwhile do not inherit, and whose ends are none of the standard
+// streams, even where those are closed. Absent when the system refuses.
+std::optional<Pipe> makePipe();
+
+// Starts the executable at exactly this path, with `output` as its standard output, the null device
+// as the other two standard streams, no further descriptor, no signal blocked and none ignored.
+// Returns once the program runs. Absent when the system refuses. Whoever starts a child must reap
+// it.
+std::optional<pid_t> start(const std::string& executablePath,
+                           const std::vector<std::string>& arguments, const FileDescriptor& output);
+
+// Waits until a child of this process has exited, and leaves it to be reaped. Returns early where
+// the system cannot wait so. One implementation per system.
+void awaitExit(pid_t child);
+
+// Both ends, closed in programs started meanwhile as well as the system can. One implementation per
+// system.
+std::optional<Pipe> makeSystemPipe();
+
+// Has all descriptors but the standard streams closed in the child, by an action that comes last or
+// by a flag. False when the system refuses. One implementation per system.
+bool closeOtherDescriptors(posix_spawn_file_actions_t& actions, short& flags);
+
+}  // namespace tallowbrook::ProcessLaunch

@@ -1,0 +1,303 @@
+#include "Diagnostics/DiagnosticsReport.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "Diagnostics/OperatingSystem.h"
+#include "Support/EnvironmentVariable.h"
+#include "Support/FileContents.h"
+#include "Support/SampleEvents.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace tallowbrook {
+namespace {
+
+using State = ProviderDetection::State;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines{""};
+    for (const char c : text) {
+        if (c == '\n')
+            lines.emplace_back();
+        else
+            lines.back() += c;
+    }
+    return lines;
+}
+
+class DiagnosticsReportTest : public testing::Test {
+ protected:
+    // A line of the report by its number from 0.
+    std::string line(std::size_t number) const { return linesOf(report.render()).at(number); }
+
+    // The lines below the heading of the log's tail; the report holds no detection.
+    std::vector<std::string> logLines() const {
+        auto lines = linesOf(report.render());
+        lines.erase(lines.begin(), lines.begin() + 8);
+        return lines;
+    }
+
+    EnvironmentVariable home{"HOME", "/Users/alice"};
+    DiagnosticsReport report{
+        .appVersion = "1.4.0",
+        .helperVersion = "0.1.0",
+        .paths = {"/Users/alice/Library/Application Support/Tallowbrook"},
+        .detections = {},
+        .integrationStates = {},
+        .integrationHealth = {},
+        .notificationAuthorization = "allowed",
+        .storedEventCount = {},
+        .sessionCountsByStatus = {},
+        .lastEventAt = {},
+        .pendingSpoolFiles = 0,
+        .helperLogTail = {},
+    };
+};
+
+TEST_F(DiagnosticsReportTest, showsWhatIsMissingAsMissing) {
+    EXPECT_EQ(report.render(),
+              "Tallowbrook diagnostics (sanitized)\n"
+              "App 1.4.0 · helper/adapter 0.1.0 · " +
+                  OperatingSystem::description() +
+                  "\n"
+                  "Data directory: ~/Library/Application Support/Tallowbrook\n"
+                  "Notification permission: allowed\n"
+                  "Stored events: unavailable · pending spool segments: 0\n"
+                  "Sessions: none\n"
+                  "Last event: never");
+}
+
+TEST_F(DiagnosticsReportTest, showsAllThatIsKnown) {
+    report.detections = {
+        {.provider = Provider::codexCLI,
+         .state = State::configOnly,
+         .executablePath = {},
+         .version = {},
+         .hookConfigPath = "/Users/alice/.codex/hooks.json",
+         .evidence = {"Config directory: /Users/alice/.codex"}},
+        {.provider = Provider::claudeCode,
+         .state = State::installed,
+         .executablePath = "/Users/alice/.local/bin/claude",
+         .version = "2.1.0 (Claude Code)",
+         .hookConfigPath = "/Users/alice/.claude/settings.json",
+         .evidence = {}},
+    };
+    report.integrationStates = {{Provider::claudeCode, "installed"}};
+    report.integrationHealth = {{Provider::claudeCode, "last live event 2026-11-15T03:30:55Z"},
+                                {Provider::codexCLI, "waiting"}};
+    report.storedEventCount = 12345678901;
+    report.sessionCountsByStatus = {{"failed", 1}, {"working", 2}};
+    report.lastEventAt = sampleTime;
+    report.pendingSpoolFiles = 3;
+    report.helperLogTail = {"2026-11-15T03:30:55.123Z lock-timeout"};
+    EXPECT_EQ(report.render(),
+              "Tallowbrook diagnostics (sanitized)\n"
+              "App 1.4.0 · helper/adapter 0.1.0 · " +
+                  OperatingSystem::description() +
+                  "\n"
+                  "Data directory: ~/Library/Application Support/Tallowbrook\n"
+                  "Notification permission: allowed\n"
+                  "Stored events: 12345678901 · pending spool segments: 3\n"
+                  "Sessions: Working=2, Failed=1\n"
+                  "Last event: 2026-11-15T03:30:55.123Z\n"
+                  "Codex CLI: configOnly · hooks file ~/.codex/hooks.json · waiting\n"
+                  "Claude Code: installed · 2.1.0 (Claude Code) · ~/.local/bin/claude"
+                  " · hooks file ~/.claude/settings.json · integration installed"
+                  " · last live event 2026-11-15T03:30:55Z\n"
+                  "Recent helper diagnostics:\n"
+                  "  2026-11-15T03:30:55.123Z lock-timeout");
+}
+
+TEST_F(DiagnosticsReportTest, tellsAnEmptyStoreFromOneThatCouldNotBeAsked) {
+    report.storedEventCount = 0;
+    EXPECT_EQ(line(4), "Stored events: 0 · pending spool segments: 0");
+}
+
+TEST_F(DiagnosticsReportTest, countsSessionsInTheOrderOfTheirStatuses) {
+    for (const char* status :
+         {"unknown", "stale", "interrupted", "failed", "completed", "needsAttention", "working"})
+        report.sessionCountsByStatus.emplace(status, report.sessionCountsByStatus.size());
+    EXPECT_EQ(line(5),
+              "Sessions: Working=6, Needs Attention=5, Completed=4, Failed=3, Interrupted=2, "
+              "Stale=1, Unknown=0");
+}
+
+TEST_F(DiagnosticsReportTest, passesOverStatusesThatAreNone) {
+    report.sessionCountsByStatus = {{"Working", 1}, {"paused", 2}, {"", 3}};
+    EXPECT_EQ(line(5), "Sessions: none");
+    report.sessionCountsByStatus.emplace("completed", 4);
+    EXPECT_EQ(line(5), "Sessions: Completed=4");
+}
+
+TEST_F(DiagnosticsReportTest, leavesOutOfADetectionWhatIsAbsent) {
+    ProviderDetection detection{.provider = Provider::claudeCode,
+                                .state = State::notDetected,
+                                .executablePath = {},
+                                .version = {},
+                                .hookConfigPath = "/etc/settings.json",
+                                .evidence = {}};
+    struct Row {
+        State state;
+        std::optional<std::string> version;
+        std::optional<std::string> executable;
+        std::map<Provider, std::string> states;
+        std::map<Provider, std::string> health;
+        const char* line;
+    };
+    for (const auto& [state, version, executable, states, health, expected] : {
+             Row{State::notDetected,
+                 {},
+                 {},
+                 {},
+                 {},
+                 "Claude Code: notDetected · hooks file /etc/settings.json"},
+             Row{State::installed,
+                 "1.0",
+                 {},
+                 {},
+                 {},
+                 "Claude Code: installed · 1.0 · hooks file /etc/settings.json"},
+             Row{State::installed,
+                 {},
+                 "/usr/bin/claude",
+                 {},
+                 {},
+                 "Claude Code: installed · /usr/bin/claude · hooks file /etc/settings.json"},
+             Row{State::configOnly,
+                 {},
+                 {},
+                 {{Provider::claudeCode, "S"}},
+                 {},
+                 "Claude Code: configOnly · hooks file /etc/settings.json · integration S"},
+             Row{State::configOnly,
+                 {},
+                 {},
+                 {},
+                 {{Provider::claudeCode, "H"}},
+                 "Claude Code: configOnly · hooks file /etc/settings.json · H"},
+             Row{State::configOnly,
+                 {},
+                 {},
+                 {{Provider::codexCLI, "S"}},
+                 {{Provider::codexCLI, "H"}},
+                 "Claude Code: configOnly · hooks file /etc/settings.json"},
+         }) {
+        detection.state = state;
+        detection.version = version;
+        detection.executablePath = executable;
+        report.detections = {detection};
+        report.integrationStates = states;
+        report.integrationHealth = health;
+        EXPECT_EQ(line(7), expected);
+    }
+}
+
+TEST_F(DiagnosticsReportTest, showsAPathOutsideTheHomeDirectoryAsItIs) {
+    report.paths = {"/srv/data"};
+    EXPECT_EQ(line(2), "Data directory: /srv/data");
+    report.paths = {"/Users/alice"};
+    EXPECT_EQ(line(2), "Data directory: ~");
+    report.paths = {"/Volumes/x/Users/alice/y"};
+    EXPECT_EQ(line(2), "Data directory: /Volumes/x~/y") << "wherever it stands";
+}
+
+TEST_F(DiagnosticsReportTest, neverShowsTheHomeDirectoryOrControlCharacters) {
+    const std::string text = "at /Users/alice/x\nforged: \x1B[2J\x7F";
+    report.appVersion = report.helperVersion = report.notificationAuthorization = text;
+    report.paths = {text};
+    report.detections = {{.provider = Provider::codexCLI,
+                          .state = State::installed,
+                          .executablePath = text,
+                          .version = text,
+                          .hookConfigPath = text,
+                          .evidence = {text}}};
+    report.integrationStates = report.integrationHealth = {{Provider::codexCLI, text}};
+    report.sessionCountsByStatus = {{text, 1}};
+    report.helperLogTail = {text};
+    const std::string rendered = report.render();
+    EXPECT_EQ(rendered.find("/Users/alice"), std::string::npos) << rendered;
+    EXPECT_EQ(rendered.find_first_of("\x1B\x7F"), std::string::npos) << rendered;
+    EXPECT_EQ(linesOf(rendered).size(), 10U) << rendered;
+    EXPECT_EQ(linesOf(rendered).back(), "  at ~/x forged:  [2J ");
+}
+
+TEST_F(DiagnosticsReportTest, showsLongPathsWhole) {
+    report.paths = {"/" + std::string(1000, 'x')};
+    EXPECT_EQ(line(2), "Data directory: /" + std::string(1000, 'x'));
+}
+
+TEST_F(DiagnosticsReportTest, showsTheLastTenLinesOfTheLog) {
+    for (const std::size_t count : {1U, 9U, 10U, 11U, 25U}) {
+        report.helperLogTail.clear();
+        for (std::size_t i = 1; i <= count; ++i) report.helperLogTail.push_back(std::to_string(i));
+        std::vector<std::string> expected;
+        for (std::size_t i = count > 10 ? count - 9 : 1; i <= count; ++i)
+            expected.push_back("  " + std::to_string(i));
+        EXPECT_EQ(line(7), "Recent helper diagnostics:");
+        EXPECT_EQ(logLines(), expected);
+    }
+}
+
+TEST_F(DiagnosticsReportTest, showsNoHeadingWithoutALog) {
+    EXPECT_EQ(linesOf(report.render()).size(), 7U);
+    EXPECT_FALSE(report.render().ends_with('\n'));
+}
+
+TEST_F(DiagnosticsReportTest, sanitizesTheLinesOfTheLog) {
+    report.helperLogTail = {"a\tb", std::string(400, 'x'), std::string(500, 'y'), "",
+                            "in /Users/alice/proj"};
+    EXPECT_THAT(logLines(), ElementsAre("  a b", "  " + std::string(400, 'x'),
+                                        "  " + std::string(400, 'y') + "…", "  ", "  in ~/proj"));
+}
+
+class DiagnosticsReportTailTest : public testing::Test {
+ protected:
+    std::vector<std::string> tailOf(const std::string& contents, std::size_t lines) const {
+        writeContents(file, contents);
+        return DiagnosticsReport::tail(file, lines);
+    }
+
+    TemporaryDirectory temporary;
+    std::filesystem::path file = temporary.path / "helper.log";
+};
+
+TEST_F(DiagnosticsReportTailTest, givesTheLastLinesInFileOrder) {
+    EXPECT_THAT(tailOf("a\nb\nc\n", 2), ElementsAre("b", "c"));
+    EXPECT_THAT(tailOf("a\nb\nc\n", 3), ElementsAre("a", "b", "c"));
+    EXPECT_THAT(tailOf("a\nb\nc\n", 4), ElementsAre("a", "b", "c"));
+    EXPECT_THAT(tailOf("a\nb\nc\n", 1), ElementsAre("c"));
+    EXPECT_THAT(tailOf("a\nb\nc\n", 0), IsEmpty());
+}
+
+TEST_F(DiagnosticsReportTailTest, countsNoEmptyLines) {
+    EXPECT_THAT(tailOf("\n\na\n\n\nb\n\n", 2), ElementsAre("a", "b"));
+    EXPECT_THAT(tailOf("\n\n", 2), IsEmpty());
+    EXPECT_THAT(tailOf("", 2), IsEmpty());
+    EXPECT_THAT(tailOf("a\n \n", 2), ElementsAre("a", " "));
+}
+
+TEST_F(DiagnosticsReportTailTest, takesALastLineWithoutItsLineFeed) {
+    EXPECT_THAT(tailOf("a\nb", 5), ElementsAre("a", "b"));
+}
+
+TEST_F(DiagnosticsReportTailTest, endsLinesAtLineFeedsAlone) {
+    EXPECT_THAT(tailOf("a\r\nb\u2028c\n", 5), ElementsAre("a\r", "b\u2028c"));
+}
+
+TEST_F(DiagnosticsReportTailTest, givesNothingOfAFileThatIsNotUTF8AsAWhole) {
+    EXPECT_THAT(tailOf("caf\xE9\nb\n", 1), IsEmpty());
+    EXPECT_THAT(tailOf("café\nb\n", 2), ElementsAre("café", "b"));
+}
+
+TEST_F(DiagnosticsReportTailTest, givesNothingWhereThereIsNothingToRead) {
+    EXPECT_THAT(DiagnosticsReport::tail(file, 5), IsEmpty());
+    EXPECT_THAT(DiagnosticsReport::tail(temporary.path, 5), IsEmpty());
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+    EXPECT_THAT(DiagnosticsReport::tail(file, 5), IsEmpty()) << "a pipe that nobody writes to";
+}
+
+}  // namespace
+}  // namespace tallowbrook

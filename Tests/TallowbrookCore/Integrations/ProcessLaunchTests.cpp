@@ -1,0 +1,70 @@
+#include "Integrations/ProcessLaunch.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+
+#include "Support/ChildProcess.h"
+
+namespace tallowbrook {
+namespace {
+
+TEST(ProcessLaunch, aPipeIsClosedInOtherPrograms) {
+    const auto pipe = ProcessLaunch::makePipe();
+    ASSERT_TRUE(pipe);
+    EXPECT_EQ(fcntl(pipe->reader.number(), F_GETFD), FD_CLOEXEC);
+    EXPECT_EQ(fcntl(pipe->writer.number(), F_GETFD), FD_CLOEXEC);
+}
+
+// What the caller prints would otherwise run into the pipe.
+TEST(ProcessLaunch, aPipeNeverStandsInForAStandardStreamThatIsClosed) {
+    for (const auto& closed : {std::array{0, 1, 2}, {0, 0, 0}, {0, 1, 1}, {1, 2, 2}, {0, 2, 2}})
+        EXPECT_EQ(inChildProcess([&]() -> std::string {
+                      for (const int stream : closed) close(stream);
+                      const auto pipe = ProcessLaunch::makePipe();
+                      if (!pipe) return "no pipe";
+                      for (const auto* end : {&pipe->reader, &pipe->writer})
+                          if (end->number() <= 2 || fcntl(end->number(), F_GETFD) != FD_CLOEXEC)
+                              return "end " + std::to_string(end->number());
+                      // Nor does anything else stand there now.
+                      const bool areClosed = std::ranges::all_of(
+                          closed, [](int stream) { return fcntl(stream, F_GETFD) < 0; });
+                      return areClosed ? "elsewhere" : "left behind";
+                  }),
+                  "elsewhere");
+}
+
+TEST(ProcessLaunch, anExitIsAwaitedAndLeftToBeReaped) {
+    const auto pipe = ProcessLaunch::makePipe();
+    ASSERT_TRUE(pipe);
+    const auto child = ProcessLaunch::start("/bin/sh", {"-c", "sleep 0.2; exit 7"}, pipe->writer);
+    ASSERT_TRUE(child);
+    int status = 0;
+    EXPECT_EQ(waitpid(*child, &status, WNOHANG), 0);
+    ProcessLaunch::awaitExit(*child);
+    ASSERT_EQ(waitpid(*child, &status, WNOHANG), *child);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+}
+
+TEST(ProcessLaunch, anExitIsAwaitedThoughTheChildWasStoppedBefore) {
+    const auto pipe = ProcessLaunch::makePipe();
+    ASSERT_TRUE(pipe);
+    const auto child = ProcessLaunch::start(
+        "/bin/sh", {"-c", "(sleep 0.2; kill -CONT $$) & kill -STOP $$; exit 8"}, pipe->writer);
+    ASSERT_TRUE(child);
+    ProcessLaunch::awaitExit(*child);
+    int status = 0;
+    ASSERT_EQ(waitpid(*child, &status, WNOHANG), *child);
+    EXPECT_EQ(WEXITSTATUS(status), 8);
+}
+
+TEST(ProcessLaunch, awaitingAProcessThatIsNoChildReturns) {
+    ProcessLaunch::awaitExit(getppid());
+    EXPECT_EQ(kill(getppid(), 0), 0);
+}
+
+}  // namespace
+}  // namespace tallowbrook
