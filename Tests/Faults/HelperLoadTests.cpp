@@ -19,6 +19,8 @@ namespace tallowbrook {
 namespace {
 
 constexpr int helperCount = isSanitized ? 100 : 1000;
+constexpr int enoughClaims = 3;
+constexpr int mostSwarms = 20;
 constexpr int rounds = 8;  // no more than a spool keeps overflow segments
 constexpr int helpersOfARound = isSanitized ? 20 : 100;
 constexpr const char* noRoom = "the system has no room for so many processes";
@@ -98,15 +100,21 @@ class HelperLoadTest : public testing::Test {
 };
 
 TEST_F(HelperLoadTest, ofHelpersAtOnceADrainerGetsEveryEventOnceAndWhole) {
-    HelperSwarm swarm{home};
-    if (!addHelpers(swarm, helperCount)) GTEST_SKIP() << noRoom;
-    swarm.letGo();
-    while (swarm.isRunning() && !HasFatalFailure()) takeAll();
-    takeAll();
-    EXPECT_EQ(swarm.failures, 0);
-    EXPECT_EQ(swarm.printed(), "");
-    expectAllTaken();
-    EXPECT_GT(claims, 2) << "too few claims meanwhile to prove anything";
+    // Among so many a drainer may get the lock once or twice only, which proves little.
+    int claimsMeanwhile = 0;
+    for (int swarms = 0; claimsMeanwhile < enoughClaims && swarms < mostSwarms; ++swarms) {
+        HelperSwarm swarm{home};
+        if (!addHelpers(swarm, helperCount)) GTEST_SKIP() << noRoom;
+        swarm.letGo();
+        const int before = claims;
+        while (swarm.isRunning() && !HasFatalFailure()) takeAll();
+        claimsMeanwhile += claims - before;
+        takeAll();
+        EXPECT_EQ(swarm.failures, 0);
+        EXPECT_EQ(swarm.printed(), "");
+        expectAllTaken();
+    }
+    EXPECT_GE(claimsMeanwhile, enoughClaims);
     EXPECT_EQ(SpoolDrainer{home.paths}.pendingSegmentCount(), 0);
     expectOwnerOnlyModes(home.paths);
 }

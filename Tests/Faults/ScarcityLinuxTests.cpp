@@ -47,7 +47,7 @@ void expectUnharmed(const TestHome& home, bool mayLog) {
 }
 
 TEST(HelperScarcity, aFileSizeLimitTearsNoLine) {
-    for (const std::size_t room : {0, 1, 2, 50, 100, 200, 250, 300, 350, 1000}) {
+    for (const std::size_t room : {0U, 1U, 2U, 50U, 100U, 200U, 250U, 300U, 350U, 1000U}) {
         SCOPED_TRACE(room);
         const TestHome home;
         home.claude("Stop", "earlier");
@@ -58,7 +58,7 @@ TEST(HelperScarcity, aFileSizeLimitTearsNoLine) {
 }
 
 TEST(HelperScarcity, aFileSizeLimitBelowWhatIsThereTakesNothing) {
-    for (const rlim_t most : {0, 1, 50}) {
+    for (const rlim_t most : {0U, 1U, 50U}) {
         SCOPED_TRACE(most);
         const TestHome home;
         home.claude("Stop", "earlier");
@@ -70,7 +70,7 @@ TEST(HelperScarcity, aFileSizeLimitBelowWhatIsThereTakesNothing) {
 
 TEST(HelperScarcity, tooFewDescriptorsAreBorneInSilence) {
     // With three all are taken by the standard streams, and the log needs one as well.
-    for (const rlim_t most : {0, 1, 2, 3, 4, 5, 6}) {
+    for (const rlim_t most : {0U, 1U, 2U, 3U, 4U, 5U, 6U}) {
         SCOPED_TRACE(most);
         const TestHome home;
         home.claude("Stop", "earlier");
