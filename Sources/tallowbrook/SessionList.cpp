@@ -101,12 +101,12 @@ std::string SessionList::table(Instant now) const {
     const auto addRow = [&](std::string_view number, std::string_view status,
                             std::string_view agent, std::string_view project,
                             std::string_view session, std::string_view heard) {
-        text += fmt::format(
-            "{:>3}  {}  {}  {}  {}  {}\n", number, TerminalText::padded(status, 16),
-            TerminalText::padded(agent, 11),
-            TerminalText::padded(TerminalText::printable(project), 24),
-            TerminalText::padded(TerminalText::printable(session.substr(0, idLength)), idLength),
-            heard);
+        text += fmt::format("{:>3}  {}  {}  {}  {}  {}\n", number, TerminalText::padded(status, 16),
+                            TerminalText::padded(agent, 11),
+                            TerminalText::padded(TerminalText::printable(project), 24),
+                            TerminalText::padded(
+                                TerminalText::printable(session.substr(0, idLength)), idLength + 1),
+                            heard);
     };
     if (!sessions.empty()) addRow("#", "STATUS", "AGENT", "PROJECT", "SESSION", "LAST HEARD OF");
     for (std::size_t i = 0; i < sessions.size(); ++i) {

@@ -13,20 +13,21 @@ using std::chrono::minutes;
 
 struct WaitingSession : testing::Test {
     StoreAtHome home;
-    EventStore store = home.open();
+    std::optional<EventStore> store = home.open();
     SessionSnapshot session = [] {
         SessionSnapshot waiting = minimalSnapshot();
         waiting.status = SessionStatus::needsAttention;
         waiting.attention = AttentionKind::permission;
         return waiting;
     }();
-    std::int64_t number = store.addSession(session);
+    std::int64_t number = store->addSession(session);
     Reminders reminders{minutes{10}, defaultPreferences(),
                         Calendar::fixed(std::chrono::minutes{0})};
 
     // How many reminders are in the outbox after looking at these minutes of waiting.
     int afterLookingAt(std::initializer_list<int> waited) {
-        for (const int minute : waited) reminders.run(store, session.statusSince + minutes{minute});
+        for (const int minute : waited)
+            reminders.run(*store, session.statusSince + minutes{minute});
         return home.rows("notifications");
     }
 };
@@ -41,6 +42,7 @@ TEST_F(WaitingSession, isRemindedOfEachTimeTheIntervalHasPassed) {
 
 TEST_F(WaitingSession, isNotRemindedOfAgainAfterARestart) {
     EXPECT_EQ(afterLookingAt({10}), 1);
+    store.reset();
     store = home.open();
     EXPECT_EQ(afterLookingAt({10, 12}), 1);
     EXPECT_EQ(afterLookingAt({20}), 2);
@@ -54,7 +56,7 @@ TEST_F(WaitingSession, thatWaitedWhileNoHostRanIsRemindedOfOnceAtATime) {
 TEST_F(WaitingSession, thatAsksAnewIsCountedAnew) {
     EXPECT_EQ(afterLookingAt({10, 20, 30, 40}), 3);
     session.statusSince += minutes{60};
-    store.updateSession(number, session);
+    store->updateSession(number, session);
     EXPECT_EQ(afterLookingAt({5}), 3);
     EXPECT_EQ(afterLookingAt({10}), 4);
 }
@@ -71,7 +73,7 @@ TEST_F(WaitingSession, isNotRemindedOfWhileTheUserWantsNone) {
 
 TEST_F(WaitingSession, ofTheSetupIsNobodysConcern) {
     session.key.sessionID = std::string{setupCheckPrefix} + "1";
-    store.addSession(session);
+    store->addSession(session);
     EXPECT_EQ(afterLookingAt({10}), 1);
 }
 
