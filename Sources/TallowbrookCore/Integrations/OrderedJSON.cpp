@@ -398,8 +398,9 @@ auto* payload(auto& node) {
 
 }  // namespace
 
-bool JSONNode::Object::operator==(const Object&) const = default;
-bool JSONNode::Array::operator==(const Array&) const = default;
+// Written out, since the compiler of the macOS build breaks on ones that are defaulted here.
+bool JSONNode::Object::operator==(const Object& other) const { return members == other.members; }
+bool JSONNode::Array::operator==(const Array& other) const { return elements == other.elements; }
 
 JSONNode JSONNode::object(std::vector<JSONMember> members) { return {Object{std::move(members)}}; }
 JSONNode JSONNode::array(std::vector<JSONNode> elements) { return {Array{std::move(elements)}}; }
