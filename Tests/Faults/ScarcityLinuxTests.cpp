@@ -58,7 +58,7 @@ TEST(HelperScarcity, aFileSizeLimitTearsNoLine) {
 }
 
 TEST(HelperScarcity, aFileSizeLimitBelowWhatIsThereTakesNothing) {
-    for (const rlim_t most : {0U, 1U, 50U}) {
+    for (const rlim_t most : {smallestFileSizeLimit, 1U, 50U}) {
         SCOPED_TRACE(most);
         const TestHome home;
         home.claude("Stop", "earlier");
@@ -113,7 +113,7 @@ class HostScarcity : public testing::TestWithParam<Preparation> {
 
 TEST_P(HostScarcity, aFileSizeLimitIsSaidAndTakesNoEvent) {
     int failures = 0;
-    rlim_t most = 0;
+    rlim_t most = smallestFileSizeLimit;
     for (; !expectPromisesKept(RLIMIT_FSIZE, most) && most < 1'000'000; most += 3000) ++failures;
     EXPECT_GT(failures, 0) << "the limit was never met";
     EXPECT_LT(most, 1'000'000U) << "no limit was high enough";
