@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "ExitStatus.h"
 #include "Integrations/IntegrationSetup.h"
@@ -26,8 +27,9 @@ std::expected<std::vector<AgentBackup>, std::string> find(const TallowbrookPaths
         for (auto& backup :
              IntegrationSetup::backups(agent.configFile, agent.backupDirectory(paths)))
             found.push_back({agent, std::move(backup)});
-    std::ranges::stable_sort(found, std::ranges::greater{},
-                             [](const AgentBackup& entry) { return entry.backup.createdAt; });
+    std::ranges::sort(found, std::ranges::greater{}, [](const AgentBackup& entry) {
+        return std::tie(entry.backup.createdAt, entry.backup.url);
+    });
     return found;
 }
 
