@@ -7,10 +7,11 @@
 #include <array>
 #include <compare>
 #include <cstdlib>
-#include <filesystem>
+#include <set>
 #include <span>
-#include <system_error>
+#include <utility>
 
+#include "EventBridge/DirectoryListing.h"
 #include "EventBridge/UserHome.h"
 #include "Integrations/ProcessRunner.h"
 #include "Integrations/ProviderLocations.h"
@@ -52,6 +53,12 @@ std::weak_ordering compareNumerically(std::string_view a, std::string_view b) {
     }
     return a.size() <=> b.size();
 }
+
+struct HighestVersionFirst {
+    bool operator()(std::string_view a, std::string_view b) const {
+        return compareNumerically(a, b) > 0;
+    }
+};
 
 std::vector<std::string> splitSearchPath(std::string_view text) {
     std::vector<std::string> directories;
@@ -99,11 +106,7 @@ bool isExistingDirectory(const std::string& path) {
 
 std::vector<std::string> namesInDirectory(const std::string& path) {
     std::vector<std::string> names;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry{path, error}, end; !error && entry != end;
-         entry.increment(error))
-        names.push_back(entry->path().filename().string());
-    if (error) return {};
+    for (const auto& entry : listDirectory(path)) names.push_back(entry.filename().string());
     return names;
 }
 
@@ -127,12 +130,11 @@ std::vector<std::string> extensionFolders(const ProviderDetector& detector,
     for (const auto editor : editorFolders) {
         const std::string extensions =
             detector.homeDirectory + "/" + std::string{editor} + "/extensions";
-        auto names = detector.contentsOfDirectory(extensions);
-        std::erase_if(names, [&](const std::string& name) { return !name.starts_with(prefix); });
-        std::ranges::stable_sort(names, [](const std::string& a, const std::string& b) {
-            return compareNumerically(a, b) > 0;
-        });
-        for (const auto& name : names) folders.push_back(extensions + "/" + name);
+        // Equal versions stay in the order of the directory.
+        std::multiset<std::string, HighestVersionFirst> names;
+        for (auto& name : detector.contentsOfDirectory(extensions))
+            if (name.starts_with(prefix)) names.insert(std::move(name));
+        for (const auto& name : names) folders.emplace_back(extensions).append("/").append(name);
     }
     return folders;
 }
