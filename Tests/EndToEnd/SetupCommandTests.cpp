@@ -188,6 +188,15 @@ TEST(Setup, worksOnTheFileThatTheUserNames) {
     EXPECT_THAT(unnamed.errors, HasSubstr("name the one agent whose file it is"));
 }
 
+TEST(Setup, saysWhenTheTestEventDoesNotArrive) {
+    const SetupHome home;
+    writeContents(home.paths.spoolDirectory(), "in the way");
+    const auto result = home.host({"setup", "claude-code", "--yes"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("The helper ran, but its test event did not arrive."));
+    EXPECT_THAT(result.output, Not(HasSubstr("is set up")));
+}
+
 TEST(Setup, refusesAnAgentThatItDoesNotKnow) {
     const SetupHome home;
     EXPECT_EQ(home.host({"setup", "somebody", "--yes"}).status, 2);

@@ -12,8 +12,8 @@
 #include "SpoolContents.h"
 #include "StoredState.h"
 #include "Support/SampleEvents.h"
+#include "Support/WaitUntil.h"
 #include "TestBuild.h"
-#include "WaitUntil.h"
 
 namespace tallowbrook {
 namespace {

@@ -21,8 +21,8 @@
 #include "StoredState.h"
 #include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
+#include "Support/WaitUntil.h"
 #include "TestBuild.h"
-#include "WaitUntil.h"
 
 namespace tallowbrook {
 namespace {

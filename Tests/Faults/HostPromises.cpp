@@ -15,7 +15,7 @@
 #include "HostOutput.h"
 #include "SpoolContents.h"
 #include "Support/FileContents.h"
-#include "WaitUntil.h"
+#include "Support/WaitUntil.h"
 
 namespace tallowbrook {
 namespace {

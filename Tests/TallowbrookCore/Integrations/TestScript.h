@@ -11,8 +11,8 @@
 #include <optional>
 #include <string>
 
-#include "Faults/WaitUntil.h"
 #include "Support/FileContents.h"
+#include "Support/WaitUntil.h"
 
 namespace tallowbrook {
 
