@@ -10,8 +10,6 @@ endfunction()
 
 add_header_only(boost boost/json.hpp)
 add_header_only(cli11 CLI/CLI.hpp)
-add_header_only(fmt fmt/core.h)
-target_compile_definitions(dependency_fmt INTERFACE FMT_HEADER_ONLY)
 
 find_path(UTF8PROC_INCLUDE_DIRECTORY utf8proc.h REQUIRED)
 # The archive first: the helper must not depend on a shared library.
@@ -21,6 +19,8 @@ target_include_directories(dependency_utf8proc SYSTEM INTERFACE ${UTF8PROC_INCLU
 target_compile_definitions(dependency_utf8proc INTERFACE UTF8PROC_STATIC)
 target_link_libraries(dependency_utf8proc INTERFACE ${UTF8PROC_LIBRARY})
 
+# As a library: compiled into each source by its headers alone, it doubles the time of a build.
+find_package(fmt REQUIRED)
 find_package(SQLiteCpp REQUIRED)
 if(TALLOWBROOK_TESTS)
     find_package(GTest REQUIRED)
