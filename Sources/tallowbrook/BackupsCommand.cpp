@@ -86,13 +86,12 @@ int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
     if (!change) return fail(change.error() + " Nothing was changed.");
     if (!canAsk(options)) return 1;
     const auto outcome = [&] {
-        static_cast<void>(TerminalOutput::show(fmt::format(
+        TerminalOutput::mention(fmt::format(
             "{}: {}\nBackup: {}\n", displayName(selected->agent.provider),
-            announcement(change->plan), TerminalText::printable(selected->backup.url.string()))));
+            announcement(change->plan), TerminalText::printable(selected->backup.url.string())));
         return change->review(options);
     }();
-    if (outcome == ReviewOutcome::applied)
-        static_cast<void>(TerminalOutput::show("The backup was put back.\n"));
+    if (outcome == ReviewOutcome::applied) TerminalOutput::mention("The backup was put back.\n");
     return exitStatus(outcome);
 }
 

@@ -20,7 +20,7 @@ bool agrees(const std::filesystem::path& file) {
     if (!TerminalOutput::show(question)) return false;
     std::string answer;
     if (!std::getline(std::cin, answer)) {
-        static_cast<void>(TerminalOutput::show("\n"));
+        TerminalOutput::mention("\n");
         return false;
     }
     return answer == "y" || answer == "Y" || answer == "yes";
@@ -86,7 +86,7 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
             const auto kept = *backup ? fmt::format("What was there is kept in {}.\n",
                                                     TerminalText::printable((*backup)->string()))
                                       : std::string{};
-            static_cast<void>(TerminalOutput::show(kept));
+            TerminalOutput::mention(kept);
             return ReviewOutcome::applied;
         }
         TerminalOutput::complain(backup.error().description());

@@ -57,6 +57,7 @@ int focusNext(const TallowbrookPaths& paths) {
             return session.status != SessionStatus::needsAttention;
         });
         std::vector<std::string> waiting;
+        waiting.reserve(list.sessions.size());
         for (const auto& session : list.sessions) waiting.push_back(session.snapshot.id());
 
         auto cycle = store.waitingCycle();
@@ -65,9 +66,8 @@ int focusNext(const TallowbrookPaths& paths) {
         if (!id) return TerminalOutput::showAsResult("No session waits for you.\n");
         const auto place = std::ranges::find(waiting, *id) - waiting.begin();
         const auto& session = list.sessions[static_cast<std::size_t>(place)].snapshot;
-        static_cast<void>(
-            TerminalOutput::show(fmt::format("{} of {}: {}\n", place + 1, waiting.size(),
-                                             TerminalText::printable(session.projectLabel()))));
+        TerminalOutput::mention(fmt::format("{} of {}: {}\n", place + 1, waiting.size(),
+                                            TerminalText::printable(session.projectLabel())));
         return focusOne(session, paths);
     });
 }

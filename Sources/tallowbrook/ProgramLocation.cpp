@@ -7,7 +7,7 @@ std::optional<std::filesystem::path> bundledHelper() {
     if (!program) return std::nullopt;
     const auto directory = program->parent_path();
     for (const auto& place : {directory, directory.parent_path() / "libexec" / "tallowbrook"}) {
-        const auto helper = place / "tallowbrook-hook";
+        auto helper = place / "tallowbrook-hook";
         std::error_code error;
         if (std::filesystem::is_regular_file(helper, error)) return helper;
     }

@@ -61,6 +61,7 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
 std::size_t SessionList::shortIDLength() const {
     constexpr std::size_t leastLength = 8;
     std::vector<std::string_view> ids;
+    ids.reserve(sessions.size());
     for (const auto& session : sessions) ids.push_back(session.snapshot.key.sessionID);
     std::ranges::sort(ids);
     std::size_t length = leastLength;

@@ -18,9 +18,6 @@ int fail(std::string_view sentence) {
     return ExitStatus::failed;
 }
 
-// What cannot be written here is no reason to leave a change half done.
-void say(std::string_view text) { static_cast<void>(TerminalOutput::show(text)); }
-
 std::string printable(const std::filesystem::path& path) {
     return TerminalText::printable(path.string());
 }
@@ -97,8 +94,8 @@ void noteSetUp(EventStore& store, Provider provider) {
 int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, EventStore& store) {
     if (isNew) noteSetUp(store, provider);
     if (auto tried = tryHelper(paths, provider, store); !tried) return fail(tried.error());
-    say("The test event has arrived.\n");
-    say(nextStep(provider));
+    TerminalOutput::mention("The test event has arrived.\n");
+    TerminalOutput::mention(nextStep(provider));
     return ExitStatus::done;
 }
 
@@ -109,7 +106,8 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
         const auto outcome = change.review(options);
         status = worse(status, exitStatus(outcome));
         if (outcome == ReviewOutcome::declined)
-            say(fmt::format("{} was left as it is.\n", printable(agent.configFile)));
+            TerminalOutput::mention(
+                fmt::format("{} was left as it is.\n", printable(agent.configFile)));
         if (outcome == ReviewOutcome::applied || outcome == ReviewOutcome::unchanged)
             status = worse(status, finishSetup(paths, agent.provider,
                                                outcome == ReviewOutcome::applied, store));
@@ -128,9 +126,9 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     if (!canAsk(options)) return ExitStatus::failed;
 
     const auto helper = IntegrationSetup::helperStatus(paths.installedHelper(), *source);
-    say(fmt::format("Helper: {} ({})\n", printable(paths.installedHelper()),
-                    whatHappensTo(helper)) +
-        announce(*changes, paths));
+    TerminalOutput::mention(fmt::format("Helper: {} ({})\n", printable(paths.installedHelper()),
+                                        whatHappensTo(helper)) +
+                            announce(*changes, paths));
     if (paths != TallowbrookPaths::standard())
         TerminalOutput::complain(fmt::format(
             "The agents report to {} and not to this home, which is only for trying out.",
@@ -153,17 +151,20 @@ int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
     auto changes = prepare(paths, choice, IntegrationSetup::planUninstall);
     if (!changes) return fail(changes.error() + " Nothing was changed.");
     if (!canAsk(options)) return ExitStatus::failed;
-    say(announce(*changes, paths));
+    TerminalOutput::mention(announce(*changes, paths));
     int status = ExitStatus::done;
     for (auto& [agent, change] : *changes) {
         const auto outcome = change.review(options);
         status = worse(status, exitStatus(outcome));
         if (outcome == ReviewOutcome::applied)
-            say(fmt::format("{} no longer calls tallowbrook.\n", displayName(agent.provider)));
+            TerminalOutput::mention(
+                fmt::format("{} no longer calls tallowbrook.\n", displayName(agent.provider)));
         else if (outcome == ReviewOutcome::unchanged)
-            say(fmt::format("{} does not call tallowbrook.\n", displayName(agent.provider)));
+            TerminalOutput::mention(
+                fmt::format("{} does not call tallowbrook.\n", displayName(agent.provider)));
         else if (outcome == ReviewOutcome::declined)
-            say(fmt::format("{} was left as it is.\n", printable(agent.configFile)));
+            TerminalOutput::mention(
+                fmt::format("{} was left as it is.\n", printable(agent.configFile)));
     }
     return status;
 }

@@ -17,6 +17,10 @@ std::expected<void, FileError> TerminalOutput::show(std::string_view text) {
     return std::unexpected(FileError{"write", error});
 }
 
+void TerminalOutput::mention(std::string_view text) {
+    [[maybe_unused]] const auto shown = show(text);
+}
+
 int TerminalOutput::showAsResult(std::string_view text) {
     const auto shown = show(text);
     if (shown) return 0;

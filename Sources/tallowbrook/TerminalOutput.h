@@ -11,6 +11,9 @@ namespace tallowbrook::host::TerminalOutput {
 // Writes the text to standard output as it is, at once.
 [[nodiscard]] std::expected<void, FileError> show(std::string_view text);
 
+// The same where a text that cannot be written is no reason to stop.
+void mention(std::string_view text);
+
 // The same for a command that has nothing else to do: gives its exit status, 0, or 1 with the
 // reason on standard error.
 int showAsResult(std::string_view text);

@@ -242,9 +242,9 @@ ReductionResult SessionReducer::reduce(const std::optional<SessionSnapshot>& sto
 
 ReductionResult SessionReducer::reduce(std::optional<SessionSnapshot>&& stored,
                                        const AgentEvent& event) const {
-    ReductionResult result{EventEffect::noSession, std::move(stored), std::nullopt};
-    // Whoever stores the new snapshot in its place does so faster over nothing.
-    stored.reset();
+    ReductionResult result;
+    // Not moved: whoever stores the new snapshot in its place does so faster over nothing.
+    result.previous.swap(stored);
     advance(result, event, duplicateWindow);
     return result;
 }
