@@ -3,8 +3,8 @@
 //
 // The file is JSON (RFC 8259). Its member "hooks" maps an event name to an array of groups, whose
 // own member "hooks" is an array of handlers. A handler of ours is one that runs the helper; it is
-// exact when it runs it just as the spec says, and stale otherwise. What has an unexpected shape is
-// never guessed at: the operation fails, and the caller leaves the file alone.
+// exact when it runs it just as it would be installed now, and stale otherwise. What has an
+// unexpected shape is never guessed at: the operation fails, and the caller leaves the file alone.
 //
 // Pure functions from text to text; safe from any thread.
 #pragma once
@@ -22,14 +22,14 @@
 namespace tallowbrook {
 
 struct HookInstallState {
-    struct NotConfigured {  // no exact handler for any event of the spec, and no stale one
+    struct NotConfigured {  // no exact handler for any wanted event, and no stale one
         bool operator==(const NotConfigured&) const = default;
     };
     struct Installed {  // every event has an exact handler, and none is stale
         bool operator==(const Installed&) const = default;
     };
     struct Partial {
-        std::vector<std::string> missingEvents;  // in the order of the spec
+        std::vector<std::string> missingEvents;  // in the order in which they are wanted
         bool operator==(const Partial&) const = default;
     };
     struct NeedsRepair {
@@ -75,7 +75,7 @@ namespace HookConfigMerger {
 [[nodiscard]] std::expected<HookInstallState, HookConfigError> inspect(
     const std::optional<std::string>& text, const HookInstallSpec& spec);
 
-// The text with an exact handler for every event of the spec and without stale ones. Where nothing
+// The text with an exact handler for every wanted event and without stale ones. Where nothing
 // had to change, the text that came in, byte for byte.
 [[nodiscard]] std::expected<std::string, HookConfigError> install(
     const std::optional<std::string>& text, const HookInstallSpec& spec);

@@ -18,7 +18,7 @@ std::string startWith(const std::string& handlers) {
     return configOf(eventOf("Start", groupOf(handlers)));
 }
 
-// Of a file with this one handler under an event of the spec.
+// Of a file with this one handler under a wanted event.
 State stateWith(const std::string& handler) {
     return inspected(startWith(handler)).value_or(State::installed());
 }
@@ -43,7 +43,7 @@ TEST(HookConfigInspection, tellsWhichEventsAreMissingInTheOrderOfTheSpec) {
     };
     EXPECT_EQ(with("Start"), State::partial({"Stop", "End"}));
     EXPECT_EQ(with("Stop"), State::partial({"Start", "End"}));
-    EXPECT_EQ(with("Other"), State::notConfigured()) << "no event of the spec has a handler";
+    EXPECT_EQ(with("Other"), State::notConfigured()) << "no wanted event has a handler";
     EXPECT_EQ(HookConfigMerger::inspect(installedConfig, spec), State::partial({"End"}));
     EXPECT_EQ(inspected(installedConfig), State::installed());
 }

@@ -126,7 +126,7 @@ TEST(HookInstallation, replacesStaleHandlersOfEveryEvent) {
     EXPECT_EQ(installed(configOf(eventOf("Unknown", groupOf(staleHandler)) + "," +
                                  installedConfig.substr(10, installedConfig.size() - 12))),
               laidOut(installedConfig))
-        << "also of events that the spec does not know";
+        << "also of events that are not wanted";
     EXPECT_EQ(installed(configOf(eventOf("Start", groupOf(staleHandler + "," + exactHandler + "," +
                                                           staleHandler)) +
                                  "," + eventOf("Stop", newStop))),

@@ -1,4 +1,4 @@
-// Configuration files with hooks, written briefly, and a spec with few events.
+// Configuration files with hooks, written briefly, and an installation of few events.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ inline HookInstallSpec sampleSpec() {
             {"Stop"}};
 }
 
-// As the spec has it, with and without a timeout.
+// Just as it is to be installed, with and without a timeout.
 inline const std::string exactHandler =
     R"({"type":"command","command":"/Users/x/bin/tallowbrook-hook","args":["claude-code"],"timeout":5})";
 inline const std::string exactHandlerWithoutTimeout =

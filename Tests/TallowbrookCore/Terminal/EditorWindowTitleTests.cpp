@@ -18,12 +18,12 @@ std::vector<std::string> namesOf(const char* folder) {
 }
 
 TEST(EditorWindowTitle, namesAFolderAndItsAncestorsBelowTheHome) {
-    EXPECT_THAT(namesOf("/Users/x/work/app/src"), ElementsAre("src", "app", "work"));
+    EXPECT_THAT(namesOf("/Users/x/code/app/src"), ElementsAre("src", "app", "code"));
     EXPECT_THAT(namesOf("/Users/x/app"), ElementsAre("app"));
 }
 
 TEST(EditorWindowTitle, namesTheAncestorsOfAFolderElsewhereBelowTheRoot) {
-    EXPECT_THAT(namesOf("/opt/work/app"), ElementsAre("app", "work", "opt"));
+    EXPECT_THAT(namesOf("/opt/code/app"), ElementsAre("app", "code", "opt"));
     EXPECT_THAT(namesOf("/Users/y/app"), ElementsAre("app", "y", "Users"));
     EXPECT_THAT(namesOf("/Users/xy/app"), ElementsAre("app", "xy", "Users"));
     EXPECT_THAT(namesOf("/opt"), ElementsAre("opt"));
@@ -44,10 +44,10 @@ TEST(EditorWindowTitle, hasNoNameForAPathThatIsNotAbsolute) {
 }
 
 TEST(EditorWindowTitle, standardizesPaths) {
-    for (const char* folder : {"/Users/x/work/app/", "/Users/x/work/app//", "/Users/x//work/./app",
-                               "/Users/x/work/app/.", "/Users/x/work/app/src/..",
-                               "/Users/../Users/x/work/app", "//Users/x/work/app"})
-        EXPECT_THAT(namesOf(folder), ElementsAre("app", "work")) << folder;
+    for (const char* folder : {"/Users/x/code/app/", "/Users/x/code/app//", "/Users/x//code/./app",
+                               "/Users/x/code/app/.", "/Users/x/code/app/src/..",
+                               "/Users/../Users/x/code/app", "//Users/x/code/app"})
+        EXPECT_THAT(namesOf(folder), ElementsAre("app", "code")) << folder;
     for (const char* written : {"/Users/x/", "/Users//x", "/Users/./x/.", "/Users/y/../x"})
         EXPECT_THAT(EditorWindowTitle::candidateNames("/Users/x/app", written), ElementsAre("app"))
             << written;
@@ -119,7 +119,7 @@ TEST(EditorWindowTitle, cutsAtEachDashFromTheLeft) {
 }
 
 std::optional<std::string> best(const std::vector<std::string>& titles,
-                                const char* folder = "/Users/x/work/app/src") {
+                                const char* folder = "/Users/x/code/app/src") {
     return EditorWindowTitle::bestMatch(titles, folder, home);
 }
 
@@ -129,10 +129,10 @@ TEST(EditorWindowTitle, findsTheFirstTitleThatMatchesTheFolder) {
 }
 
 TEST(EditorWindowTitle, prefersTheNearerNameToTheEarlierTitle) {
-    EXPECT_EQ(best({"a.cpp \u2014 work", "b.cpp \u2014 app", "c.cpp \u2014 src"}),
+    EXPECT_EQ(best({"a.cpp \u2014 code", "b.cpp \u2014 app", "c.cpp \u2014 src"}),
               "c.cpp \u2014 src");
-    EXPECT_EQ(best({"a.cpp \u2014 work", "b.cpp \u2014 app"}), "b.cpp \u2014 app");
-    EXPECT_EQ(best({"a.cpp \u2014 work", "b.cpp"}), "a.cpp \u2014 work");
+    EXPECT_EQ(best({"a.cpp \u2014 code", "b.cpp \u2014 app"}), "b.cpp \u2014 app");
+    EXPECT_EQ(best({"a.cpp \u2014 code", "b.cpp"}), "a.cpp \u2014 code");
 }
 
 TEST(EditorWindowTitle, findsNothingWhereNoTitleMatches) {
