@@ -1,7 +1,13 @@
 // Very many helpers at once, on one spool.
+//
+// A machine that does not let the holder of the spool's lock run for half a second makes others
+// give up, which they log. So every event has to be taken once or be refused in the log, and some
+// crowd has to come through whole.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <set>
 
 #include "EndToEnd/TestHome.h"
@@ -85,10 +91,17 @@ class HelperLoadTest : public testing::Test {
         ++sentFillers;
     }
 
-    void expectAllTaken() const {
-        EXPECT_EQ(taken, sent) << taken.size() << " of " << sent.size() << " events came";
+    // How many helpers said that they gave up; none may have said anything else.
+    std::size_t refused() const {
+        const auto lines = home.logged();
+        EXPECT_THAT(lines, testing::Each("helper: claude-code spool write failed: lock-timeout"));
+        return lines.size();
+    }
+
+    void expectAllTakenOrRefused() const {
+        EXPECT_TRUE(std::ranges::includes(sent, taken)) << "an event came twice, or was never sent";
+        EXPECT_EQ(taken.size() + refused(), sent.size());
         EXPECT_EQ(fillers, sentFillers);
-        EXPECT_EQ(home.logged(), std::vector<std::string>{});
     }
 
     TestHome home;
@@ -102,8 +115,11 @@ class HelperLoadTest : public testing::Test {
 TEST_F(HelperLoadTest, ofHelpersAtOnceADrainerGetsEveryEventOnceAndWhole) {
     // Among so many a drainer may get the lock once or twice only, which proves little.
     int claimsMeanwhile = 0;
-    for (int swarms = 0; claimsMeanwhile < enoughClaims && swarms < mostSwarms; ++swarms) {
+    int wholeSwarms = 0;
+    const auto isEnough = [&] { return claimsMeanwhile >= enoughClaims && wholeSwarms > 0; };
+    for (int swarms = 0; !isEnough() && swarms < mostSwarms; ++swarms) {
         HelperSwarm swarm{home};
+        const std::size_t refusedBefore = refused();
         if (!addHelpers(swarm, helperCount)) GTEST_SKIP() << noRoom;
         swarm.letGo();
         const int before = claims;
@@ -112,9 +128,11 @@ TEST_F(HelperLoadTest, ofHelpersAtOnceADrainerGetsEveryEventOnceAndWhole) {
         takeAll();
         EXPECT_EQ(swarm.failures, 0);
         EXPECT_EQ(swarm.printed(), "");
-        expectAllTaken();
+        expectAllTakenOrRefused();
+        if (refused() == refusedBefore) ++wholeSwarms;
     }
     EXPECT_GE(claimsMeanwhile, enoughClaims);
+    EXPECT_GT(wholeSwarms, 0) << "every crowd of " << helperCount << " lost an event";
     EXPECT_EQ(SpoolDrainer{home.paths}.pendingSegmentCount(), 0);
     expectOwnerOnlyModes(home.paths);
 }
@@ -136,7 +154,7 @@ TEST_F(HelperLoadTest, aFullSpoolIsMovedAsideOnceHoweverManyHelpersFindItFull) {
         }
     }
     takeAll();
-    expectAllTaken();
+    expectAllTakenOrRefused();
 }
 
 TEST_F(HelperLoadTest, aFullSpoolIsMovedAsideOrClaimedButNothingIsLost) {
@@ -152,7 +170,7 @@ TEST_F(HelperLoadTest, aFullSpoolIsMovedAsideOrClaimedButNothingIsLost) {
         EXPECT_EQ(swarm.printed(), "");
     }
     takeAll();
-    expectAllTaken();
+    expectAllTakenOrRefused();
 }
 
 TEST_F(HelperLoadTest, ofHelpersAtOnceAHostStoresAndTellsEveryEventOnce) {
@@ -166,19 +184,21 @@ TEST_F(HelperLoadTest, ofHelpersAtOnceAHostStoresAndTellsEveryEventOnce) {
     swarm.wait();
     EXPECT_EQ(swarm.failures, 0);
     EXPECT_EQ(swarm.printed(), "");
-    waitUntil([&] { return output.told().size() >= sent.size(); });
+    waitUntil([&] { return output.told().size() + refused() >= sent.size(); });
 
+    const auto told = output.told();
+    EXPECT_TRUE(std::ranges::includes(sent, told)) << "an event was told twice, or was never sent";
     const ProgramResult listed = home.host({"sessions", "--json", "--all"});
     EXPECT_EQ(listed.status, 0);
     EXPECT_EQ(listed.errors, "");
-    EXPECT_EQ(sessionsListed(listed.output), sent);
+    EXPECT_EQ(sessionsListed(listed.output), told);
     host.send(SIGTERM);
     const ProgramResult result = host.wait();
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
-    EXPECT_EQ(output.told(), sent);
-    EXPECT_EQ(StoredState::of(home.paths).events, sent);
-    EXPECT_EQ(home.logged(), std::vector<std::string>{});
+    EXPECT_EQ(output.told(), told);
+    EXPECT_EQ(told.size() + refused(), sent.size());
+    EXPECT_EQ(StoredState::of(home.paths).events, told);
     EXPECT_EQ(SpoolDrainer{home.paths}.pendingSegmentCount(), 0);
 }
 
