@@ -125,18 +125,19 @@ EventStore::StatementUse EventStore::prepared(const char* sql) {
     return StatementUse{&found->second};
 }
 
-bool EventStore::addEvent(const AgentEvent& event, std::optional<std::int64_t> session,
-                          EventEffect effect) {
+bool EventStore::addEvent(const AgentEvent& event, std::string_view line,
+                          std::optional<std::int64_t> session, EventEffect effect) {
+    // Both outlive their statement's use.
+    const std::string record{line};
+    const std::string effectName{rawValue(effect)};
     const auto insert = prepared(
         "INSERT OR IGNORE INTO events (id, session, observed_at, effect, record)"
         " VALUES (?, ?, ?, ?, ?)");
     bindID(*insert, 1, event.id);
     if (session) insert->bind(2, *session);
     insert->bind(3, micros(event.observedAt));
-    insert->bind(4, std::string{rawValue(effect)});
-    std::string record = EventCoding::encodeLine(event);
-    record.pop_back();
-    insert->bind(5, record);
+    insert->bindNoCopy(4, effectName);
+    insert->bindNoCopy(5, record);
     return insert->exec() > 0;
 }
 

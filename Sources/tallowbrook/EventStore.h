@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Domain/AgentEvent.h"
@@ -65,8 +66,10 @@ class EventStore {
     // A transaction that writes; gives up after 5 s when another process holds the database.
     SQLite::Transaction beginWriting();
 
-    // False when this event, by its id and time, is there already; it is then left as it is.
-    bool addEvent(const AgentEvent& event, std::optional<std::int64_t> session, EventEffect effect);
+    // `line` is the event's JSON text, without a line feed. False when this event, by its id and
+    // time, is there already; it is then left as it is.
+    bool addEvent(const AgentEvent& event, std::string_view line,
+                  std::optional<std::int64_t> session, EventEffect effect);
     std::int64_t eventCount();
     std::optional<Instant> newestEventAt();
     // The latest of a session, oldest first. What cannot be read is left out.

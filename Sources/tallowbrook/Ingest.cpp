@@ -45,15 +45,15 @@ class SegmentIngest {
         : settings_{settings}, store_{store}, now_{now}, sessions_{store} {}
 
     // Tells whether the event was new.
-    bool add(const AgentEvent& event) {
+    bool add(const AgentEvent& event, std::string_view line) {
         if (!event.sessionID) {
             noteLive(event);
-            return store_.addEvent(event, std::nullopt, EventEffect::noSession);
+            return store_.addEvent(event, line, std::nullopt, EventEffect::noSession);
         }
         auto& session = sessions_.entry({event.provider, *event.sessionID});
         auto result = reducer_.reduce(std::move(session.snapshot), event);
         if (!session.number) session.number = store_.addSession(*result.current);
-        if (!store_.addEvent(event, session.number, result.effect)) {
+        if (!store_.addEvent(event, line, session.number, result.effect)) {
             session.snapshot = std::move(result.previous);
             return false;
         }
@@ -113,24 +113,26 @@ IngestReport Ingest::run(EventStore& store, Instant now) const {
         return report;
     }
     for (const auto& file : *files) {
-        const auto read = SpoolDrainer::readEvents(file);
-        if (!read) {
+        auto transaction = store.beginWriting();
+        SegmentIngest segment{*this, store, now};
+        IngestReport counted;
+        const auto invalidLines =
+            SpoolDrainer::forEachEvent(file, [&](const AgentEvent& event, std::string_view line) {
+                ++(segment.add(event, line) ? counted.stored : counted.seenBefore);
+            });
+        if (!invalidLines) {
             report.troubles.push_back("The spool segment " + file.filename().string() +
-                                      " could not be read: " + read.error().description() +
+                                      " could not be read: " + invalidLines.error().description() +
                                       ". It is kept.");
             continue;
         }
-        auto transaction = store.beginWriting();
-        SegmentIngest segment{*this, store, now};
-        std::int64_t stored = 0;
-        for (const auto& event : read->events) stored += segment.add(event) ? 1 : 0;
         segment.finish();
         transaction.commit();
         SpoolDrainer::remove(file);
 
-        report.stored += stored;
-        report.seenBefore += static_cast<std::int64_t>(read->events.size()) - stored;
-        report.invalidLines += read->invalidLineCount;
+        report.stored += counted.stored;
+        report.seenBefore += counted.seenBefore;
+        report.invalidLines += *invalidLines;
     }
     return report;
 }

@@ -7,6 +7,7 @@
 #include <array>
 #include <memory>
 
+#include "Domain/EventCoding.h"
 #include "StoreAtHome.h"
 #include "StoreSchema.h"
 #include "Support/ChildProcess.h"
@@ -18,6 +19,11 @@ namespace {
 
 SessionSnapshot snapshotOf(Provider provider, const std::string& sessionID) {
     return SessionSnapshot::initial({provider, sessionID}, numberedEvent(1));
+}
+
+bool add(EventStore& store, const AgentEvent& event, std::optional<std::int64_t> session,
+         EventEffect effect) {
+    return store.addEvent(event, EventCoding::encodeLine(event), session, effect);
 }
 
 TEST(EventStore, makesAnEmptyDatabaseOfTheCurrentSchema) {
@@ -57,11 +63,11 @@ TEST(EventStore, anEmptyFileIsNoDatabaseYet) {
 TEST(EventStore, keepsAnEventOnce) {
     const StoreAtHome home;
     EventStore store = home.open();
-    EXPECT_TRUE(store.addEvent(numberedEvent(1), std::nullopt, EventEffect::noSession));
+    EXPECT_TRUE(add(store, numberedEvent(1), std::nullopt, EventEffect::noSession));
     AgentEvent again = numberedEvent(1);
     again.eventType = "Other";
-    EXPECT_FALSE(store.addEvent(again, std::nullopt, EventEffect::applied));
-    EXPECT_TRUE(store.addEvent(numberedEvent(2), std::nullopt, EventEffect::noSession));
+    EXPECT_FALSE(add(store, again, std::nullopt, EventEffect::applied));
+    EXPECT_TRUE(add(store, numberedEvent(2), std::nullopt, EventEffect::noSession));
 
     EXPECT_EQ(store.eventCount(), 2);
     EXPECT_EQ(home.text("SELECT group_concat(effect) FROM events"), "noSession,noSession");
@@ -75,7 +81,7 @@ TEST(EventStore, keepsEveryEffectByItsName) {
     const std::int64_t session = store.addSession(snapshotOf(Provider::claudeCode, "S1"));
     std::uint8_t number = 0;
     for (const EventEffect effect : allCases<EventEffect>()) {
-        ASSERT_TRUE(store.addEvent(numberedEvent(++number), session, effect));
+        ASSERT_TRUE(add(store, numberedEvent(++number), session, effect));
         EXPECT_EQ(home.text("SELECT effect FROM events ORDER BY number DESC LIMIT 1"),
                   rawValue(effect));
     }
@@ -84,7 +90,7 @@ TEST(EventStore, keepsEveryEffectByItsName) {
 TEST(EventStore, refusesAnEventOfASessionThatIsNotThere) {
     const StoreAtHome home;
     EventStore store = home.open();
-    EXPECT_THROW(store.addEvent(numberedEvent(1), 7, EventEffect::applied), SQLite::Exception);
+    EXPECT_THROW(add(store, numberedEvent(1), 7, EventEffect::applied), SQLite::Exception);
     EXPECT_EQ(store.eventCount(), 0);
 }
 
@@ -125,7 +131,7 @@ TEST(EventStore, isThereForTheNextProgram) {
     {
         EventStore store = home.open();
         const auto session = store.addSession(snapshotOf(Provider::claudeCode, "S1"));
-        store.addEvent(numberedEvent(1), session, EventEffect::applied);
+        add(store, numberedEvent(1), session, EventEffect::applied);
     }
     EventStore store = home.open();
     EXPECT_EQ(store.eventCount(), 1);
@@ -138,7 +144,7 @@ TEST(EventStore, forgetsATransactionThatWasNotCommitted) {
     {
         const auto transaction = store.beginWriting();
         store.addSession(snapshotOf(Provider::claudeCode, "S1"));
-        store.addEvent(numberedEvent(1), std::nullopt, EventEffect::noSession);
+        add(store, numberedEvent(1), std::nullopt, EventEffect::noSession);
         EXPECT_EQ(store.eventCount(), 1);
     }
     EXPECT_EQ(store.eventCount(), 0);
@@ -150,7 +156,7 @@ TEST(EventStore, canBeReadWhileAnotherWrites) {
     EventStore writer = home.open();
     EventStore reader = home.open();
     auto transaction = writer.beginWriting();
-    writer.addEvent(numberedEvent(1), std::nullopt, EventEffect::noSession);
+    add(writer, numberedEvent(1), std::nullopt, EventEffect::noSession);
     EXPECT_EQ(reader.eventCount(), 0);
     transaction.commit();
     EXPECT_EQ(reader.eventCount(), 1);
@@ -202,7 +208,7 @@ TEST(EventStore, canBeOpenedByManyProcessesAtOnce) {
                 auto store = EventStore::open(home.paths);
                 if (!store) return store.error();
                 try {
-                    store->addEvent(numberedEvent(i), std::nullopt, EventEffect::noSession);
+                    add(*store, numberedEvent(i), std::nullopt, EventEffect::noSession);
                 } catch (const SQLite::Exception& error) {
                     return error.what();
                 }

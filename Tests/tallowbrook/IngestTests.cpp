@@ -106,6 +106,14 @@ TEST_F(IngestIntoStore, storesEventsSessionsAndNotificationsAndRemovesTheSegment
                                 "approval."});
 }
 
+TEST_F(IngestIntoStore, keepsAnEventsLineAsItWasRead) {
+    std::string line = EventCoding::encodeLine(permission(1));
+    line.insert(1, R"("ofALaterVersion": true, )");
+    segment(1, {}, line);
+    EXPECT_EQ(run(), report(1));
+    EXPECT_EQ(home.text("SELECT record FROM events") + "\n", line);
+}
+
 TEST_F(IngestIntoStore, beginsASessionAnewWhoseRecordCannotBeRead) {
     segment(1, {event(1, "UserPromptSubmit", EventCategory::promptSubmitted)});
     EXPECT_EQ(run(), report(1));

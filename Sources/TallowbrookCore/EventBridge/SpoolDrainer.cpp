@@ -51,22 +51,34 @@ SpoolDrainer::claimPendingFiles() const {
     return files;
 }
 
-std::expected<SpoolReadResult, FileError> SpoolDrainer::readEvents(
-    const std::filesystem::path& file) {
+std::expected<std::int64_t, FileError> SpoolDrainer::forEachEvent(const std::filesystem::path& file,
+                                                                  const EventSink& take) {
     const auto bytes = FileContents::read(file);
     if (!bytes) return std::unexpected(bytes.error());
 
-    SpoolReadResult result;
+    std::int64_t invalidLineCount = 0;
     std::string_view rest = *bytes;
     while (!rest.empty()) {
         const std::string_view line = rest.substr(0, rest.find('\n'));
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
         if (line.empty()) continue;
         if (auto event = EventCoding::decodeLine(line))
-            result.events.push_back(std::move(*event));
+            take(std::move(*event), line);
         else
-            ++result.invalidLineCount;
+            ++invalidLineCount;
     }
+    return invalidLineCount;
+}
+
+std::expected<SpoolReadResult, FileError> SpoolDrainer::readEvents(
+    const std::filesystem::path& file) {
+    SpoolReadResult result;
+    const auto invalidLineCount =
+        forEachEvent(file, [&](AgentEvent&& event, std::string_view /*line*/) {
+            result.events.push_back(std::move(event));
+        });
+    if (!invalidLineCount) return std::unexpected(invalidLineCount.error());
+    result.invalidLineCount = *invalidLineCount;
     return result;
 }
 

@@ -7,6 +7,8 @@
 
 #include <expected>
 #include <filesystem>
+#include <functional>
+#include <string_view>
 #include <vector>
 
 #include "Domain/AgentEvent.h"
@@ -35,6 +37,13 @@ struct SpoolDrainer {
     // step "open" or "read" when the file cannot be read, is no regular one, or is too large.
     [[nodiscard]] static std::expected<SpoolReadResult, FileError> readEvents(
         const std::filesystem::path& file);
+
+    // The same, one event after the other with the line it was read from, which has no line feed
+    // and is gone after the call. Gives the number of lines that are no events; calls nothing
+    // before an error.
+    using EventSink = std::function<void(AgentEvent&& event, std::string_view line)>;
+    [[nodiscard]] static std::expected<std::int64_t, FileError> forEachEvent(
+        const std::filesystem::path& file, const EventSink& take);
 
     // Deletes a segment whose events are stored; a failure is ignored.
     static void remove(const std::filesystem::path& file);

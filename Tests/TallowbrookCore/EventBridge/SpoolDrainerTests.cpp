@@ -240,6 +240,21 @@ TEST_F(SpoolDrainerTest, countsWhatIsNoEventAndPassesItOver) {
     }
 }
 
+TEST_F(SpoolDrainerTest, handsEachEventOverWithItsLine) {
+    const std::string other = R"({"later":1, )" + line.substr(1, line.size() - 2);
+    writeContents(segment("ingest-1-1-1.jsonl"), "garbage\n" + other + "\n\n" + line);
+    std::vector<AgentEvent> events;
+    std::vector<std::string> lines;
+    EXPECT_EQ(SpoolDrainer::forEachEvent(segment("ingest-1-1-1.jsonl"),
+                                         [&](AgentEvent&& event, std::string_view read) {
+                                             events.push_back(std::move(event));
+                                             lines.emplace_back(read);
+                                         }),
+              1);
+    EXPECT_EQ(events, std::vector(2, minimalEvent()));
+    EXPECT_EQ(lines, (std::vector{other, line.substr(0, line.size() - 1)}));
+}
+
 TEST_F(SpoolDrainerTest, passesOverEventsOfALaterVersion) {
     std::string later = line;
     later.replace(later.find("turnCompleted"), std::string{"turnCompleted"}.size(), "turnPaused");
