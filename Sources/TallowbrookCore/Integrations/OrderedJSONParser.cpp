@@ -5,16 +5,15 @@
 // The first violation is thrown as the error and caught in `parse`: there is no recovery. Texts
 // come straight from the source: a string without escapes is its own raw text, and only one with
 // escapes is decoded into a buffer.
-#include "Integrations/OrderedJSON.h"
-
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <unordered_set>
 #include <utility>
 
 #include "Domain/UTF8.h"
+#include "Integrations/JSONEscapes.h"
+#include "Integrations/OrderedJSON.h"
 
 namespace tallowbrook {
 namespace {
@@ -36,8 +35,6 @@ bool isLowSurrogate(std::uint32_t unit) {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-bool isControlCharacter(char c) { return static_cast<unsigned char>(c) < 0x20; }
-
 bool isPlain(char c) { return c != '"' && c != '\\' && !isControlCharacter(c); }
 
 std::optional<std::uint32_t> hexDigit(char c) {
@@ -46,9 +43,6 @@ std::optional<std::uint32_t> hexDigit(char c) {
     if (c >= 'A' && c <= 'F') return static_cast<std::uint32_t>(c - 'A' + 10);
     return std::nullopt;
 }
-
-constexpr std::string_view escapeLetters = "\"\\/bfnrt";
-constexpr std::string_view escapeMeanings = "\"\\/\b\f\n\r\t";
 
 // Tells whether an object that is being read has a key already. A few keys are compared one by one;
 // beyond that the members' places are hashed, so that an object of any size takes linear time.
@@ -331,117 +325,7 @@ class Parser {
     std::size_t position_ = 0;
 };
 
-class Writer {
- public:
-    Writer(std::string_view indent, std::string& text) : indent_{indent}, text_{text} {}
-
-    void write(const JSONNode& node, int level) {
-        std::visit([&](const auto& payload) { write(payload, level); }, node.value);
-    }
-
- private:
-    void write(const JSONNode::Null&, int) { text_ += "null"; }
-    void write(const JSONNode::Bool& node, int) { text_ += node.value ? "true" : "false"; }
-    void write(const JSONNode::Number& node, int) { text_ += node.text; }
-    void write(const JSONNode::String& node, int) { writeQuoted(node.value, node.rawText); }
-
-    void write(const JSONNode::Array& node, int level) {
-        writeItems('[', node.elements, ']', level,
-                   [&](const JSONNode& element) { write(element, level + 1); });
-    }
-
-    void write(const JSONNode::Object& node, int level) {
-        writeItems('{', node.members, '}', level, [&](const JSONMember& member) {
-            writeQuoted(member.key, member.rawKey);
-            text_ += ": ";
-            write(member.value, level + 1);
-        });
-    }
-
-    void writeItems(char open, const auto& items, char close, int level, auto writeItem) {
-        text_ += open;
-        bool isFirst = true;
-        for (const auto& item : items) {
-            text_ += isFirst ? "\n" : ",\n";
-            isFirst = false;
-            writeIndent(level + 1);
-            writeItem(item);
-        }
-        if (!isFirst) {
-            text_ += '\n';
-            writeIndent(level);
-        }
-        text_ += close;
-    }
-
-    void writeQuoted(std::string_view value, const std::optional<std::string>& rawText) {
-        text_ += '"';
-        if (rawText)
-            text_ += *rawText;
-        else
-            text_ += OrderedJSON::escape(value);
-        text_ += '"';
-    }
-
-    void writeIndent(int level) {
-        for (int i = 0; i < level; ++i) text_ += indent_;
-    }
-
-    std::string_view indent_;
-    std::string& text_;
-};
-
-template <typename Payload>
-auto* payload(auto& node) {
-    return std::get_if<Payload>(&node.value);
-}
-
 }  // namespace
-
-// Written out, since the compiler of the macOS build breaks on ones that are defaulted here.
-bool JSONNode::Object::operator==(const Object& other) const { return members == other.members; }
-bool JSONNode::Array::operator==(const Array& other) const { return elements == other.elements; }
-
-JSONNode JSONNode::object(std::vector<JSONMember> members) { return {Object{std::move(members)}}; }
-JSONNode JSONNode::array(std::vector<JSONNode> elements) { return {Array{std::move(elements)}}; }
-JSONNode JSONNode::string(std::string value) { return {String{std::move(value), std::nullopt}}; }
-JSONNode JSONNode::number(std::string text) { return {Number{std::move(text)}}; }
-JSONNode JSONNode::bool_(bool value) { return {Bool{value}}; }
-JSONNode JSONNode::null() { return {Null{}}; }
-
-const std::vector<JSONMember>* JSONNode::objectMembers() const {
-    const auto* object = payload<Object>(*this);
-    return object ? &object->members : nullptr;
-}
-
-std::vector<JSONMember>* JSONNode::objectMembers() {
-    auto* object = payload<Object>(*this);
-    return object ? &object->members : nullptr;
-}
-
-const std::vector<JSONNode>* JSONNode::arrayElements() const {
-    const auto* array = payload<Array>(*this);
-    return array ? &array->elements : nullptr;
-}
-
-std::vector<JSONNode>* JSONNode::arrayElements() {
-    auto* array = payload<Array>(*this);
-    return array ? &array->elements : nullptr;
-}
-
-const std::string* JSONNode::stringValue() const {
-    const auto* string = payload<String>(*this);
-    return string ? &string->value : nullptr;
-}
-
-const JSONNode* value(const std::vector<JSONMember>& members, std::string_view key) {
-    const auto member = std::ranges::find(members, key, &JSONMember::key);
-    return member == members.end() ? nullptr : &member->value;
-}
-
-JSONNode* value(std::vector<JSONMember>& members, std::string_view key) {
-    return const_cast<JSONNode*>(value(std::as_const(members), key));
-}
 
 std::string JSONParseError::description() const {
     return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + message;
@@ -453,32 +337,6 @@ std::expected<JSONNode, JSONParseError> OrderedJSON::parse(std::string_view text
     } catch (JSONParseError& error) {
         return std::unexpected(std::move(error));
     }
-}
-
-std::string OrderedJSON::serialize(const JSONNode& node, std::string_view indent) {
-    std::string text;
-    Writer{indent, text}.write(node, 0);
-    return text;
-}
-
-std::string OrderedJSON::escape(std::string_view text) {
-    std::string escaped;
-    for (const char c : text) {
-        // A slash needs no escape, though one is read.
-        if (const auto escape = escapeMeanings.find(c);
-            c != '/' && escape != std::string_view::npos) {
-            escaped += '\\';
-            escaped += escapeLetters[escape];
-        } else if (isControlCharacter(c)) {
-            constexpr std::string_view hexDigits = "0123456789abcdef";
-            escaped += "\\u00";
-            escaped += hexDigits[static_cast<unsigned char>(c) >> 4];
-            escaped += hexDigits[static_cast<unsigned char>(c) & 0xF];
-        } else {
-            escaped += c;
-        }
-    }
-    return escaped;
 }
 
 }  // namespace tallowbrook
