@@ -76,10 +76,11 @@ void reduce(benchmark::State& state) {
     auto events = sampleEvents(64, 1);
     std::optional<SessionSnapshot> snapshot = busySnapshot();
     Instant now = currentInstant();
-    std::size_t next = 0;
+    auto next = events.begin();
     for ([[maybe_unused]] auto _ : state) {
+        if (next == events.end()) next = events.begin();
+        auto& event = *next++;
         // Later than all before it, or it would take the short way of one that comes too late.
-        auto& event = events[next++ % events.size()];
         event.observedAt = now += std::chrono::seconds{3};
         auto result = reducer.reduce(std::move(snapshot), event);
         snapshot = std::move(result.current);

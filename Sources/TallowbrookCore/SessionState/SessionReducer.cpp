@@ -234,17 +234,16 @@ void advance(ReductionResult& result, const AgentEvent& event, Seconds duplicate
 
 ReductionResult SessionReducer::reduce(const std::optional<SessionSnapshot>& stored,
                                        const AgentEvent& event) const {
-    ReductionResult result;
-    result.previous = stored;
+    ReductionResult result{EventEffect::noSession, stored, std::nullopt};
     advance(result, event, duplicateWindow);
     return result;
 }
 
 ReductionResult SessionReducer::reduce(std::optional<SessionSnapshot>&& stored,
                                        const AgentEvent& event) const {
-    ReductionResult result;
-    // Not moved: whoever stores the new snapshot in its place does so faster over nothing.
-    result.previous.swap(stored);
+    ReductionResult result{EventEffect::noSession, std::move(stored), std::nullopt};
+    // Whoever stores the new snapshot in its place does so faster over nothing.
+    stored.reset();
     advance(result, event, duplicateWindow);
     return result;
 }
