@@ -8,9 +8,9 @@
 #include <string>
 
 #include "ConfigFileSamples.h"
-#include "Domain/EventCoding.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "HookConfigSamples.h"
+#include "Integrations/ProcessLaunch.h"
 #include "SessionState/SessionSnapshot.h"
 #include "Support/ChildProcess.h"
 #include "Support/OrdinaryUser.h"
@@ -90,13 +90,29 @@ TEST_F(IntegrationSetupTest, installsTheHelperForItsOwnerAlone) {
 }
 
 TEST_F(IntegrationSetupTest, replacesAnOldHelperWhileItRuns) {
-    writeContents(source, "#!/bin/sh\nread line\n");
+    writeContents(source, contentsOf("/bin/cat"));
     ASSERT_EQ(installing(source), paths.installedHelper());
-    fs::create_hard_link(paths.installedHelper(), temporary.path / "running");
+    auto input = ProcessLaunch::makePipe();
+    auto output = ProcessLaunch::makePipe();
+    ASSERT_TRUE(input && output);
+    const ChildProcess running{[&]() -> std::string {
+        dup2(input->reader.number(), STDIN_FILENO);
+        dup2(output->writer.number(), STDOUT_FILENO);
+        execl(paths.installedHelper().c_str(), "cat", nullptr);
+        return "it does not run";
+    }};
+    output->writer = FileDescriptor{};
+    const auto echoOf = [&](char sent) {
+        char received = 0;
+        const bool isEchoed = ::write(input->writer.number(), &sent, 1) == 1 &&
+                              ::read(output->reader.number(), &received, 1) == 1;
+        return isEchoed ? received : '\0';
+    };
+    ASSERT_EQ(echoOf('a'), 'a');
     writeContents(source, "new");
     EXPECT_EQ(installing(source), paths.installedHelper());
-    EXPECT_EQ(contentsOf(temporary.path / "running"), "#!/bin/sh\nread line\n")
-        << "it was written over";
+    EXPECT_EQ(contentsOf(paths.installedHelper()), "new");
+    EXPECT_EQ(echoOf('b'), 'b') << "the old one runs on";
     EXPECT_EQ(status(), HelperStatus::current);
 }
 
