@@ -39,7 +39,7 @@ std::expected<std::string, FileError> FileContents::read(const std::filesystem::
     if (!S_ISREG(status.st_mode)) return std::unexpected(FileError{"read", EINVAL});
     try {
         return readToEnd(opened.number(), static_cast<std::size_t>(status.st_size));
-    } catch (const std::exception&) {  // more than fits into memory
+    } catch (const std::exception&) {  // there is no memory for it
         return std::unexpected(FileError{"read", ENOMEM});
     }
 }

@@ -13,7 +13,7 @@
 namespace tallowbrook::FileContents {
 
 // All bytes of a regular file. Never waits: a pipe or device in its place is refused with EINVAL, a
-// directory with EISDIR. Fails with ENOMEM when the file does not fit into memory.
+// directory with EISDIR. Fails with ENOMEM when the system gives no memory for the file.
 [[nodiscard]] std::expected<std::string, FileError> read(const std::filesystem::path& file);
 
 // Writes all of the bytes to an open descriptor, however many calls that takes. After a failure a

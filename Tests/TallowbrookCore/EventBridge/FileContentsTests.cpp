@@ -76,15 +76,6 @@ TEST_F(FileContentsTest, refusesAFileThatTheUserMayNotRead) {
     EXPECT_EQ(seen, failed("open", EACCES));
 }
 
-TEST_F(FileContentsTest, saysWhenAFileIsLargerThanMemory) {
-    if (!std::string_view{TALLOWBROOK_SANITIZERS}.empty())
-        GTEST_SKIP() << "a sanitizer ends the program where memory is short";
-    writeContents(file, "");
-    if (truncate(file.c_str(), std::int64_t{1} << 42) != 0)
-        GTEST_SKIP() << "no such large file can be made here";
-    EXPECT_EQ(reading(file), failed("read", ENOMEM));
-}
-
 TEST_F(FileContentsTest, areWrittenWholeHoweverManyCallsThatTakes) {
     // A pipe takes far less at a time than what is written into it.
     const std::string bytes(1'000'000, 'x');

@@ -263,23 +263,6 @@ TEST_F(SpoolDrainerTest, passesOverEventsOfALaterVersion) {
               (SpoolReadResult{{minimalEvent()}, 1}));
 }
 
-TEST_F(SpoolDrainerTest, doesNotWaitForAPipeInThePlaceOfASegment) {
-    const fs::path pipe = temporary.path / "pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(outcomeOf(SpoolDrainer::readEvents(pipe)), "read-errno" + std::to_string(EINVAL));
-}
-
-TEST_F(SpoolDrainerTest, saysWhenASegmentIsLargerThanMemory) {
-    if (!std::string_view{TALLOWBROOK_SANITIZERS}.empty())
-        GTEST_SKIP() << "a sanitizer ends the program where memory is short";
-    fs::create_directories(paths.spoolDirectory());
-    const fs::path file = segment("ingest-1-1-1.jsonl");
-    writeContents(file, line);
-    if (truncate(file.c_str(), std::int64_t{1} << 42) != 0)
-        GTEST_SKIP() << "no such large file can be made here";
-    EXPECT_EQ(outcomeOf(SpoolDrainer::readEvents(file)), "read-errno" + std::to_string(ENOMEM));
-}
-
 TEST_F(SpoolDrainerTest, keepsASegmentThatCannotBeRead) {
     const fs::path directory = segment("overflow-1-1-1.jsonl");
     fs::create_directories(directory);
