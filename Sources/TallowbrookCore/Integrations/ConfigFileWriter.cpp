@@ -26,6 +26,9 @@ constexpr mode_t permissionBits = 07777;
 // Asked again at the last moment before the target is replaced.
 using Precondition = std::function<std::expected<void, ConfigFileError>()>;
 
+// Where a file stands in the place of a directory, none lies behind it.
+bool meansNoFile(int errorNumber) { return errorNumber == ENOENT || errorNumber == ENOTDIR; }
+
 std::string randomHex32(const UUID& uuid) {
     std::uint32_t number = 0;
     for (std::size_t i = 0; i < sizeof number; ++i) number = number << 8 | uuid.data[i];
@@ -140,7 +143,7 @@ std::expected<path, FileError> ConfigFileWriter::resolve(const path& location) {
         std::error_code error;
         const path target = std::filesystem::read_symlink(resolved, error);
         const bool isNoLink = error == std::errc::invalid_argument;
-        if (isNoLink || error == std::errc::no_such_file_or_directory) return resolved;
+        if (isNoLink || meansNoFile(error.value())) return resolved;
         if (error) return std::unexpected(FileError{"readlink", error.value()});
         resolved = resolved.parent_path() / target;
     }
@@ -150,7 +153,7 @@ std::expected<path, FileError> ConfigFileWriter::resolve(const path& location) {
 std::expected<std::optional<std::string>, ConfigFileError> ConfigFileWriter::readText(
     const path& location) {
     auto bytes = FileContents::read(location);
-    if (!bytes && bytes.error().errorNumber == ENOENT) return std::nullopt;
+    if (!bytes && meansNoFile(bytes.error().errorNumber)) return std::nullopt;
     if (!bytes)
         return std::unexpected(ConfigFileError::unreadable(location, bytes.error().reason()));
     if (!UTF8::isValid(*bytes)) return std::unexpected(ConfigFileError::notUTF8(location));

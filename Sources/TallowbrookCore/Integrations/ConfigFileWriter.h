@@ -80,7 +80,8 @@ using Transform = std::function<std::expected<std::optional<std::string>, HookCo
 [[nodiscard]] std::expected<std::filesystem::path, FileError> resolve(
     const std::filesystem::path& location);
 
-// Absent when there is no file. Only regular files in UTF-8 are read.
+// Absent when there is no file, nor a directory for it to be in. Only regular files in UTF-8 are
+// read.
 [[nodiscard]] std::expected<std::optional<std::string>, ConfigFileError> readText(
     const std::filesystem::path& location);
 

@@ -242,8 +242,8 @@ TEST_F(ConfigFileApplyTest, replacesNothingWithoutABackup) {
 TEST_F(ConfigFileApplyTest, failsWhereTheDirectoryOfANewFileCannotBe) {
     writeContents(temporary.path / "file", "");
     config = temporary.path / "file" / "settings.json";
-    const ConfigChangePlan plan{config, std::nullopt, "new", ""};
-    EXPECT_EQ(applied(plan), "Could not read " + config.string() + ": " + reasonOf(ENOTDIR));
+    EXPECT_EQ(applied(planTo("new")),
+              "Could not write " + config.string() + ": " + reasonOf(ENOTDIR));
 }
 
 TEST_F(ConfigFileApplyTest, keepsAFileWhoseNameIsAsLongAsNamesMayBe) {

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -38,6 +37,9 @@ TEST_F(ConfigFilePlanTest, readsNothingWhereThereIsNoFile) {
     fs::create_directories(directory);
     EXPECT_EQ(readingOf(config), "absent");
     fs::create_symlink("nowhere", config);
+    EXPECT_EQ(readingOf(config), "absent");
+    fs::remove_all(directory);
+    writeContents(directory, "a file in the place of the directory");
     EXPECT_EQ(readingOf(config), "absent");
 }
 

@@ -295,7 +295,10 @@ TEST_F(ConfigBackupTest, areRestoredWhateverTheFileHoldsNow) {
 
 TEST_F(ConfigBackupTest, thatAreGoneAreNotRestored) {
     const ConfigBackup backup{backups / "settings.json.20250301T143005Z.1.bak", sampleNow};
-    EXPECT_EQ(restoring(backup), "The backup " + backup.url.string() + " no longer exists.");
+    const auto description = "The backup " + backup.url.string() + " no longer exists.";
+    EXPECT_EQ(restoring(backup), description);
+    writeContents(backups, "a file in the place of the directory");
+    EXPECT_EQ(restoring(backup), description);
 }
 
 TEST_F(ConfigBackupTest, thatCannotBeReadAreNotRestored) {
