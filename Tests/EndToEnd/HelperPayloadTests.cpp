@@ -1,18 +1,13 @@
 // What the helper makes of payloads that are no good, or only half good.
 #include <gtest/gtest.h>
 
+#include "Support/RepeatedText.h"
 #include "TestHome.h"
 
 namespace tallowbrook {
 namespace {
 
 using Messages = std::vector<std::string>;
-
-std::string repeated(std::string_view text, int count) {
-    std::string result;
-    for (int i = 0; i < count; ++i) result += text;
-    return result;
-}
 
 // A good payload with one more member.
 std::string withMember(const std::string& member) {

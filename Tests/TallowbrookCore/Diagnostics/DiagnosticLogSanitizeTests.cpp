@@ -9,6 +9,7 @@
 #include "Support/ChildProcess.h"
 #include "Support/EnvironmentVariable.h"
 #include "Support/OrdinaryUser.h"
+#include "Support/RepeatedText.h"
 
 namespace tallowbrook {
 namespace {
@@ -109,12 +110,6 @@ TEST_F(DiagnosticLogSanitizeTest, abbreviatesBeforeItCountsCharacters) {
     const std::string rest(399, 'x');
     EXPECT_EQ(sanitized("/Users/alice" + rest), "~" + rest);
     EXPECT_EQ(sanitized("/Users/alice" + rest + "y"), "~" + rest + "\u2026");
-}
-
-std::string repeated(const std::string& character, std::size_t count) {
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i) text += character;
-    return text;
 }
 
 // Each is one character to its reader.

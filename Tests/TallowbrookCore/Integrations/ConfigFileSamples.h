@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Integrations/ConfigFileWriter.h"
+#include "Support/DirectoryNames.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/TemporaryDirectory.h"
@@ -21,16 +22,6 @@ inline constexpr Instant sampleNow{std::chrono::seconds{1740839405}};
 
 // The system's own text for an error.
 inline std::string reasonOf(int errorNumber) { return FileError{"", errorNumber}.reason(); }
-
-// The names of what lies in a directory, hidden files too, sorted.
-inline std::vector<std::string> namesIn(const std::filesystem::path& directory) {
-    std::vector<std::string> names;
-    std::error_code missing;
-    for (const auto& entry : std::filesystem::directory_iterator{directory, missing})
-        names.push_back(entry.path().filename());
-    std::ranges::sort(names);
-    return names;
-}
 
 class ConfigFileTest : public testing::Test {
  protected:

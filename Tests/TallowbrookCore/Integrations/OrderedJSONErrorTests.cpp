@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Integrations/OrderedJSON.h"
+#include "Support/RepeatedText.h"
 
 namespace tallowbrook {
 namespace {
@@ -27,12 +28,6 @@ void expectAll(const std::vector<Refused>& rows) {
                   (JSONParseError{line, column, std::string{message}}.description()))
             << text;
     }
-}
-
-std::string repeated(std::string_view text, int count) {
-    std::string result;
-    for (int i = 0; i < count; ++i) result += text;
-    return result;
 }
 
 TEST(JSONParseError, isDescribedWithItsPlace) {

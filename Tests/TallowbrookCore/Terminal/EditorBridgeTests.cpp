@@ -15,6 +15,7 @@
 #include "Domain/UUID.h"
 #include "EventBridge/TallowbrookPaths.h"
 #include "Support/ChildProcess.h"
+#include "Support/DirectoryNames.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/OrdinaryUser.h"
@@ -49,13 +50,6 @@ std::vector<pid_t> hostsOf(const std::vector<EditorWindow>& windows) {
     std::vector<pid_t> hosts;
     for (const EditorWindow& window : windows) hosts.push_back(window.hostPid);
     return hosts;
-}
-
-std::vector<std::string> namesIn(const fs::path& directory) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator{directory})
-        names.push_back(entry.path().filename().string());
-    return names;
 }
 
 // A process id that was in use a moment ago.
@@ -149,9 +143,8 @@ TEST(EditorBridgeWindows, comeInTheOrderOfTheListingAndAreNotMerged) {
     for (int i = 0; i < 20; ++i)
         publish(temporary.path / ("window-" + std::to_string(i) + ".json"), windowOf(100 + i / 2));
     std::vector<pid_t> listed;
-    for (const std::string& name : namesIn(temporary.path))
-        listed.push_back(
-            EditorWindowCoding::decode(contentsOf(temporary.path / name)).value().hostPid);
+    for (const auto& entry : fs::directory_iterator{temporary.path})
+        listed.push_back(EditorWindowCoding::decode(contentsOf(entry.path())).value().hostPid);
     EXPECT_EQ(hostsOf(EditorBridge::windows(temporary.path, everyProcessRuns)), listed);
 }
 
