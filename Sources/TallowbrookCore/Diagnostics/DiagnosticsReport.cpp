@@ -28,9 +28,11 @@ constexpr std::array statusLabels{
 };
 static_assert(statusLabels.size() == sessionStatusNames.size());
 
-// A text of whatever length that comes from outside.
-std::string shown(std::string_view text) {
-    return DiagnosticLog::sanitize(text, std::numeric_limits<std::size_t>::max());
+// A text that comes from outside. A path may have any bytes: the home directory is found among them
+// before they are made text.
+std::string shown(std::string_view text,
+                  std::size_t maxLength = std::numeric_limits<std::size_t>::max()) {
+    return UTF8::replacingInvalid(DiagnosticLog::sanitize(text, maxLength));
 }
 
 std::string sessionSummary(const std::map<std::string, std::int64_t>& counts) {
@@ -87,7 +89,7 @@ std::string DiagnosticsReport::render() const {
     keepLast(logLines, maxLogLines);
     if (!logLines.empty()) add("Recent helper diagnostics:");
     for (const auto& line : logLines)
-        add("  " + DiagnosticLog::sanitize(line, DiagnosticLog::maxMessageLength));
+        add("  " + shown(line, DiagnosticLog::maxMessageLength));
     return text;
 }
 

@@ -7,6 +7,7 @@
 #include "Diagnostics/OperatingSystem.h"
 #include "Support/EnvironmentVariable.h"
 #include "Support/FileContents.h"
+#include "Support/RepeatedText.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 
@@ -109,6 +110,16 @@ TEST_F(DiagnosticsReportTest, showsAllThatIsKnown) {
                   " · last live event 2026-11-15T03:30:55Z\n"
                   "Recent helper diagnostics:\n"
                   "  2026-11-15T03:30:55.123Z lock-timeout");
+}
+
+TEST_F(DiagnosticsReportTest, isTextWhateverTheBytesOfAPathOrALogLine) {
+    report.paths.home = "/srv/jos\xE9";
+    EXPECT_EQ(line(2), "Data directory: /srv/jos\uFFFD");
+    report.helperLogTail = {"caf\xE9 /Users/alice", std::string(400, '\xE9') + "x"};
+    EXPECT_THAT(logLines(), ElementsAre("  caf\uFFFD ~", "  " + repeated("\uFFFD", 400) + "…"));
+    const EnvironmentVariable other{"HOME", "/home/jos\xE9"};
+    report.paths.home = "/home/jos\xE9/data";
+    EXPECT_EQ(line(2), "Data directory: ~/data") << "the home directory is found before";
 }
 
 TEST_F(DiagnosticsReportTest, tellsAnEmptyStoreFromOneThatCouldNotBeAsked) {
