@@ -22,6 +22,7 @@ namespace {
 
 constexpr std::string_view recordPrefix = "window-";
 constexpr std::string_view extension = ".json";
+constexpr std::string_view unfinishedSuffix = ".unfinished";
 
 bool isWindowRecord(const std::filesystem::path& file) {
     return file.filename().string().starts_with(recordPrefix) && file.extension() == extension;
@@ -36,6 +37,12 @@ std::optional<Instant> modificationTime(const std::filesystem::path& file) {
         std::filesystem::file_time_type::clock::to_sys(time));
 }
 
+// A host that was killed between the two steps of a request leaves an unfinished one behind.
+bool isRequest(std::filesystem::path file) {
+    if (file.extension() == unfinishedSuffix) file.replace_extension();
+    return file.extension() == extension;
+}
+
 bool isExpired(const std::filesystem::path& request, Instant now) {
     const auto modified = modificationTime(request);
     return !modified || Seconds{now - *modified} > EditorBridge::requestLifetime;
@@ -44,7 +51,7 @@ bool isExpired(const std::filesystem::path& request, Instant now) {
 // Under its name the file is there whole or not at all.
 std::expected<void, FileError> writeAtomically(const std::filesystem::path& path,
                                                std::string_view text) {
-    auto file = ReplacementFile::create(path.string() + ".unfinished");
+    auto file = ReplacementFile::create(path.string().append(unfinishedSuffix));
     if (!file) return std::unexpected(file.error());
     if (auto written = file->write(text); !written) return written;
     return file->replace(path);
@@ -92,7 +99,7 @@ std::expected<void, FileError> EditorBridge::requestTerminal(pid_t shellPid,
 
 void EditorBridge::removeExpiredRequests(const std::filesystem::path& directory, Instant now) {
     for (const auto& file : listDirectory(directory))
-        if (file.extension() == extension && isExpired(file, now)) unlink(file.c_str());
+        if (isRequest(file) && isExpired(file, now)) unlink(file.c_str());
 }
 
 }  // namespace tallowbrook

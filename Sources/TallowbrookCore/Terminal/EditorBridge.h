@@ -51,8 +51,9 @@ std::optional<Owner> owner(const std::vector<pid_t>& processes,
                                                              const std::filesystem::path& directory,
                                                              Instant now);
 
-// Removes the requests in `directory` last written more than `requestLifetime` before `now`. Never
-// for the directory of the window records, which look like requests.
+// Removes the requests in `directory` last written more than `requestLifetime` before `now`, also
+// those that were never finished. Never for the directory of the window records, which look like
+// requests.
 void removeExpiredRequests(const std::filesystem::path& directory, Instant now);
 
 }  // namespace tallowbrook::EditorBridge

@@ -322,14 +322,15 @@ TEST(ExpiredRequests, areThoseWrittenMoreThanTenSecondsAgo) {
 
 TEST(ExpiredRequests, areFilesWithTheirExtensionOnly) {
     const TemporaryDirectory temporary;
-    for (const char* name : {"a.json", "b.c.json", "a.JSON", "a.json.bak", "a.txt", "json",
-                             "a.jsonl", ".json", "ajson"}) {
+    for (const char* name : {"a.json", "b.c.json", "a.json.unfinished", "a.JSON", "a.unfinished",
+                             "a.json.bak", "a.txt", "json", "a.jsonl", ".json", "ajson"}) {
         writeContents(temporary.path / name, "");
         setModified(temporary.path / name, after(-11));
     }
     EditorBridge::removeExpiredRequests(temporary.path, sampleTime);
-    EXPECT_THAT(namesIn(temporary.path), UnorderedElementsAre("a.JSON", "a.json.bak", "a.txt",
-                                                              "json", "a.jsonl", ".json", "ajson"));
+    EXPECT_THAT(namesIn(temporary.path),
+                UnorderedElementsAre("a.JSON", "a.unfinished", "a.json.bak", "a.txt", "json",
+                                     "a.jsonl", ".json", "ajson"));
 }
 
 TEST(ExpiredRequests, countAsExpiredWithoutATimeOfTheirOwn) {
