@@ -14,17 +14,16 @@
 
 namespace tallowbrook {
 
-// From now on these calls do nothing but fail with `errorNumber`. There is no way back: for child
+// From now on these calls end in one of the filter's actions. There is no way back: for child
 // processes only. False when the kernel takes no filter.
-inline bool failSystemCalls(const std::vector<long>& numbers, int errorNumber) {
+inline bool filterSystemCalls(const std::vector<long>& numbers, std::uint32_t action) {
     std::vector<sock_filter> program{
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
     };
     for (const long number : numbers) {
         program.push_back(
             BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(number), 0, 1));
-        program.push_back(
-            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(errorNumber)));
+        program.push_back(BPF_STMT(BPF_RET | BPF_K, action));
     }
     program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
 
@@ -33,7 +32,17 @@ inline bool failSystemCalls(const std::vector<long>& numbers, int errorNumber) {
            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
-// What a child gives back where `failSystemCalls` is false, and the reason to skip its test.
+// They do nothing but fail with `errorNumber`.
+inline bool failSystemCalls(const std::vector<long>& numbers, int errorNumber) {
+    return filterSystemCalls(numbers, SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(errorNumber));
+}
+
+// They kill the process.
+inline bool forbidSystemCalls(const std::vector<long>& numbers) {
+    return filterSystemCalls(numbers, SECCOMP_RET_KILL_PROCESS);
+}
+
+// What a child gives back where one of these is false, and the reason to skip its test.
 inline constexpr const char* noFilter = "the kernel takes no system call filter here";
 
 // From now on the system gives no random bytes: asking for them fails with EIO. For child processes

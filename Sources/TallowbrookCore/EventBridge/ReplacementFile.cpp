@@ -41,7 +41,9 @@ ReplacementFile::ReplacementFile(std::filesystem::path location, FileDescriptor 
     : location_{std::move(location)}, file_{std::move(file)} {}
 
 ReplacementFile::ReplacementFile(ReplacementFile&& other) noexcept
-    : location_{std::exchange(other.location_, {})}, file_{std::move(other.file_)} {}
+    : location_{std::exchange(other.location_, {})},
+      file_{std::move(other.file_)},
+      isSynced_{other.isSynced_} {}
 
 ReplacementFile::~ReplacementFile() {
     if (!location_.empty()) unlink(location_.c_str());
@@ -63,19 +65,21 @@ std::expected<void, FileError> ReplacementFile::setMode(mode_t mode) {
 }
 
 std::expected<void, FileError> ReplacementFile::sync() {
-    return outcome(fsync(file_.number()), "fsync");
+    if (auto done = outcome(fsync(file_.number()), "fsync"); !done) return done;
+    isSynced_ = true;
+    return {};
 }
 
 std::expected<void, FileError> ReplacementFile::replace(const std::filesystem::path& target) {
     if (auto renamed = outcome(std::rename(location_.c_str(), target.c_str()), "rename"); !renamed)
         return renamed;
     location_.clear();
-    syncDirectory(target.parent_path());
+    if (isSynced_) syncDirectory(target.parent_path());
     return {};
 }
 
 void ReplacementFile::keep() {
-    syncDirectory(location_.parent_path());
+    if (isSynced_) syncDirectory(location_.parent_path());
     location_.clear();
 }
 
