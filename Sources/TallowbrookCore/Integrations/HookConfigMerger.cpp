@@ -164,21 +164,17 @@ Result<bool> removeHandlers(Members& events, const HookInstallSpec& spec, Remova
     return removedAny;
 }
 
-Result<bool> hasExactHandler(JSONMember& event, const HookInstallSpec& spec) {
-    const auto groups = groupNodes(event);
-    if (!groups) return std::unexpected(groups.error());
-    bool found = false;
-    for (auto& group : **groups) {
-        const auto handlers = handlerNodes(group, eventPath(event.key));
-        if (!handlers) return std::unexpected(handlers.error());
-        found |= std::ranges::any_of(
-            all(*handlers), [&](const JSONNode& handler) { return isExact(handler, spec); });
-    }
-    return found;
+// The groups must have the expected structure.
+bool hasExactHandler(const JSONNode& groups, const HookInstallSpec& spec) {
+    const auto isWanted = [&](const JSONNode& handler) { return isExact(handler, spec); };
+    return std::ranges::any_of(*groups.arrayElements(), [&](const JSONNode& group) {
+        const auto* handlers = value(*group.objectMembers(), "hooks");
+        return handlers && std::ranges::any_of(*handlers->arrayElements(), isWanted);
+    });
 }
 
-// Gives whether anything was added.
-Result<bool> addMissingHandlers(Members& events, const HookInstallSpec& spec) {
+// Gives whether anything was added. The events must have passed `removeHandlers`.
+bool addMissingHandlers(Members& events, const HookInstallSpec& spec) {
     bool added = false;
     for (const auto& name : spec.events) {
         const auto event = std::ranges::find(events, name, &JSONMember::key);
@@ -187,9 +183,7 @@ Result<bool> addMissingHandlers(Members& events, const HookInstallSpec& spec) {
             groups.push_back(newGroup(name, spec));
             events.push_back(member(name, JSONNode::array(std::move(groups))));
         } else {
-            const auto found = hasExactHandler(*event, spec);
-            if (!found) return std::unexpected(found.error());
-            if (*found) continue;
+            if (hasExactHandler(event->value, spec)) continue;
             event->value.arrayElements()->push_back(newGroup(name, spec));
         }
         added = true;
@@ -289,9 +283,8 @@ Result<std::string> HookConfigMerger::install(const std::optional<std::string>& 
     }
     const auto removed = removeHandlers(*events, spec, Removal::staleOnly);
     if (!removed) return std::unexpected(removed.error());
-    const auto added = addMissingHandlers(*events, spec);
-    if (!added) return std::unexpected(added.error());
-    if (!*removed && !*added) return original;
+    const bool added = addMissingHandlers(*events, spec);
+    if (!*removed && !added) return original;
 
     if (!hooks) root->push_back(member("hooks", JSONNode::object(std::move(newEvents))));
     return render(std::move(*root), original);

@@ -175,11 +175,5 @@ TEST(HookInstallation, ofASpecWithoutEventsChangesNothing) {
     EXPECT_EQ(installed(" {} ", spec), " {} ");
 }
 
-TEST(HookInstallation, leavesNothingHalfDoneBehindAnUnexpectedShape) {
-    const auto text = configOf(eventOf("Start", groupOf(staleHandler)) + R"(,"Stop":{})");
-    EXPECT_EQ(failureOf(HookConfigMerger::install(text, sampleSpec())),
-              unexpectedStructure("hooks.Stop", "array"));
-}
-
 }  // namespace
 }  // namespace tallowbrook
