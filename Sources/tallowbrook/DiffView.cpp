@@ -2,9 +2,9 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 
+#include "Domain/TakeUntil.h"
 #include "TerminalText.h"
 
 namespace tallowbrook::host {
@@ -39,8 +39,7 @@ std::string showDiff(std::string_view diff, Colour colour) {
     constexpr int headerLines = 2;
     std::string text;
     for (int number = 0; !diff.empty(); ++number) {
-        const auto line = diff.substr(0, diff.find('\n'));
-        diff.remove_prefix(std::min(line.size() + 1, diff.size()));
+        const auto line = takeUntil(diff, '\n');
         const auto start =
             colour == Colour::on ? colourOf(line, number < headerLines) : std::string_view{};
         text += start;

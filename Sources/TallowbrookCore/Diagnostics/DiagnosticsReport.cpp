@@ -8,6 +8,7 @@
 
 #include "Diagnostics/DiagnosticLog.h"
 #include "Diagnostics/OperatingSystem.h"
+#include "Domain/TakeUntil.h"
 #include "Domain/UTF8.h"
 #include "EventBridge/FileContents.h"
 #include "SessionState/SessionSnapshot.h"
@@ -100,8 +101,7 @@ std::vector<std::string> DiagnosticsReport::tail(const std::filesystem::path& fi
     std::vector<std::string> tail;
     std::string_view rest = *text;
     while (!rest.empty()) {
-        const std::string_view line = rest.substr(0, rest.find('\n'));
-        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        const auto line = takeUntil(rest, '\n');
         if (!line.empty()) tail.emplace_back(line);
     }
     keepLast(tail, lines);

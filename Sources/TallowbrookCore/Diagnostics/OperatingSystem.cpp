@@ -1,11 +1,11 @@
 #include "Diagnostics/OperatingSystem.h"
 
-#include <algorithm>
+#include "Domain/TakeUntil.h"
 
 namespace tallowbrook {
 namespace {
 
-// What a shell would make of the text behind the equals sign.
+// A value without the quotes and backslashes that os-release(5) puts it into.
 std::string unquoted(std::string_view text) {
     const char quote = text.empty() ? '\0' : text.front();
     if (quote != '"' && quote != '\'') return std::string{text};
@@ -25,8 +25,7 @@ std::optional<std::string> OperatingSystem::releaseVariable(std::string_view rel
                                                             std::string_view name) {
     std::optional<std::string> value;
     while (!releaseFile.empty()) {
-        std::string_view line = releaseFile.substr(0, releaseFile.find('\n'));
-        releaseFile.remove_prefix(std::min(line.size() + 1, releaseFile.size()));
+        std::string_view line = takeUntil(releaseFile, '\n');
         if (!line.starts_with(name)) continue;
         line.remove_prefix(name.size());
         // A variable assigned twice has the last value.

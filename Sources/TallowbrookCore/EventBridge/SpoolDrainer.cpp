@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Domain/EventCoding.h"
+#include "Domain/TakeUntil.h"
 #include "EventBridge/FileContents.h"
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolLock.h"
@@ -59,8 +60,7 @@ std::expected<std::int64_t, FileError> SpoolDrainer::forEachEvent(const std::fil
     std::int64_t invalidLineCount = 0;
     std::string_view rest = *bytes;
     while (!rest.empty()) {
-        const std::string_view line = rest.substr(0, rest.find('\n'));
-        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        const std::string_view line = takeUntil(rest, '\n');
         if (line.empty()) continue;
         if (auto event = EventCoding::decodeLine(line))
             take(std::move(*event), line);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "Domain/TakeUntil.h"
+
 namespace tallowbrook {
 namespace {
 
@@ -138,11 +140,7 @@ std::vector<std::string> LineDiff::lines(const std::optional<std::string>& text)
     std::vector<std::string> lines;
     if (!text) return lines;
     std::string_view rest = *text;
-    while (!rest.empty()) {
-        const auto end = std::min(rest.find('\n'), rest.size());
-        lines.emplace_back(rest.substr(0, end));
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
+    while (!rest.empty()) lines.emplace_back(takeUntil(rest, '\n'));
     return lines;
 }
 
