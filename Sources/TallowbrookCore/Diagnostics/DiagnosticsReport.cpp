@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -63,11 +64,9 @@ std::string detectionLine(const DiagnosticsReport& report, const ProviderDetecti
     return line;
 }
 
-// The last `count` of the elements, or all where there are fewer.
-template <typename Element>
-void keepLast(std::vector<Element>& elements, std::size_t count) {
-    const auto surplus = elements.size() - std::min(elements.size(), count);
-    elements.erase(elements.begin(), elements.begin() + static_cast<std::ptrdiff_t>(surplus));
+// The last `count` of the lines, or all where there are fewer.
+std::span<const std::string> lastOf(std::span<const std::string> lines, std::size_t count) {
+    return lines.last(std::min(lines.size(), count));
 }
 
 }  // namespace
@@ -86,10 +85,8 @@ std::string DiagnosticsReport::render() const {
     add("Last event: " + (lastEventAt ? EventDate::text(*lastEventAt) : "never"));
     for (const auto& detection : detections) add(detectionLine(*this, detection));
 
-    auto logLines = helperLogTail;
-    keepLast(logLines, maxLogLines);
-    if (!logLines.empty()) add("Recent helper diagnostics:");
-    for (const auto& line : logLines)
+    if (!helperLogTail.empty()) add("Recent helper diagnostics:");
+    for (const auto& line : lastOf(helperLogTail, maxLogLines))
         add("  " + shown(line, DiagnosticLog::maxMessageLength));
     return text;
 }
@@ -98,14 +95,12 @@ std::vector<std::string> DiagnosticsReport::tail(const std::filesystem::path& fi
                                                  std::size_t lines) {
     const auto text = FileContents::read(file);
     if (!text || !UTF8::isValid(*text)) return {};
-    std::vector<std::string> tail;
+    std::vector<std::string> found;
     std::string_view rest = *text;
-    while (!rest.empty()) {
-        const auto line = takeUntil(rest, '\n');
-        if (!line.empty()) tail.emplace_back(line);
-    }
-    keepLast(tail, lines);
-    return tail;
+    while (!rest.empty())
+        if (const auto line = takeUntil(rest, '\n'); !line.empty()) found.emplace_back(line);
+    const auto tail = lastOf(found, lines);
+    return {tail.begin(), tail.end()};
 }
 
 }  // namespace tallowbrook
