@@ -1,6 +1,5 @@
 #include "EventBridge/SpoolFileName.h"
 
-#include <sys/random.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,19 +8,16 @@
 #include <tuple>
 
 #include "EventBridge/DirectoryListing.h"
+#include "EventBridge/RandomHex.h"
 
 namespace tallowbrook {
 namespace {
 
 constexpr std::string_view extension = ".jsonl";
 
-std::string randomHexWord() {
-    std::uint32_t word = 0;
+std::string randomWord() {
     // Without random bits the time and the process id still keep names apart.
-    if (getentropy(&word, sizeof word) != 0) word = 0;
-    std::array<char, 8> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), word, 16).ptr;
-    std::string text{digits.data(), end};
+    std::string text = randomHex32().value_or("0");
     for (char& digit : text)
         if (digit >= 'a') digit = static_cast<char>(digit - 'a' + 'A');
     return text;
@@ -40,7 +36,7 @@ std::string SpoolFileName::make(Prefix prefix, Instant date) {
     std::string name{rawValue(prefix)};
     name += '-' + std::to_string(date.time_since_epoch().count());
     name += '-' + std::to_string(getpid());
-    name += '-' + randomHexWord();
+    name += '-' + randomWord();
     return name.append(extension);
 }
 

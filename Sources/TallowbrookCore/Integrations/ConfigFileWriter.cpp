@@ -3,13 +3,13 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <charconv>
 #include <string_view>
 #include <utility>
 
 #include "Domain/UTF8.h"
 #include "Domain/UUID.h"
 #include "EventBridge/FileContents.h"
+#include "EventBridge/RandomHex.h"
 #include "EventBridge/ReplacementFile.h"
 #include "EventBridge/TallowbrookPaths.h"
 #include "Integrations/LineDiff.h"
@@ -29,14 +29,6 @@ using Precondition = std::function<std::expected<void, ConfigFileError>()>;
 // Where a file stands in the place of a directory, none lies behind it.
 bool meansNoFile(int errorNumber) { return errorNumber == ENOENT || errorNumber == ENOTDIR; }
 
-std::string randomHex32(const UUID& uuid) {
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < sizeof number; ++i) number = number << 8 | uuid.data[i];
-    std::array<char, 2 * sizeof number> digits{};
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16);
-    return {digits.data(), result.ptr};
-}
-
 std::expected<void, FileError> writeBackup(std::string_view bytes, const path& backup) {
     auto copy = ReplacementFile::create(backup);
     if (!copy) return std::unexpected(copy.error());
@@ -51,10 +43,10 @@ std::expected<path, ConfigFileError> makeBackup(std::string_view bytes, const pa
     const auto failure = [](const path& location, const FileError& error) {
         return std::unexpected(ConfigFileError::writeFailed(location, error.reason()));
     };
-    const auto uuid = randomUUID();
-    if (!uuid) return failure(directory, uuid.error());
+    const auto digits = randomHex32();
+    if (!digits) return failure(directory, digits.error());
     auto backup = directory / (file.filename().string() + "." + ConfigFileWriter::backupStamp(now) +
-                               "." + randomHex32(*uuid) + ".bak");
+                               "." + *digits + ".bak");
     if (auto made = TallowbrookPaths::ensureDirectory(directory); !made)
         return failure(backup, made.error());
     if (auto written = writeBackup(bytes, backup); !written)
