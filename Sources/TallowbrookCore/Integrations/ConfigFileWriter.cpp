@@ -20,7 +20,6 @@ namespace {
 using std::filesystem::path;
 
 constexpr std::size_t diffContext = 2;
-constexpr mode_t modeOfNewFiles = 0600;
 constexpr mode_t permissionBits = 07777;
 
 // Asked again at the last moment before the target is replaced.
@@ -77,11 +76,12 @@ std::expected<void, ConfigFileError> replaceFile(std::string_view data, const pa
     if (!file) return failure(file.error());
     if (auto done = file->write(data); !done) return failure(done.error());
     // The owner first: a change of owner takes set-user-ID bits away.
-    if (hasSource)
+    if (hasSource) {
         if (auto done = file->setOwner(status.st_uid, status.st_gid); !done)
             return failure(done.error());
-    const mode_t mode = hasSource ? status.st_mode & permissionBits : modeOfNewFiles;
-    if (auto done = file->setMode(mode); !done) return failure(done.error());
+        if (auto done = file->setMode(status.st_mode & permissionBits); !done)
+            return failure(done.error());
+    }
     if (auto done = file->sync(); !done) return failure(done.error());
     if (auto holds = precondition(); !holds) return holds;
     if (auto done = file->replace(target); !done) return failure(done.error());
