@@ -1,10 +1,12 @@
 // The reading end of the spool: claims what writers have written, segment by segment.
 //
 // Meant for one process at a time; writers may append meanwhile. Expected use: `claimPendingFiles`,
-// then for each file in order `readEvents`, store the events, then `remove`. A crash before the
-// removal delivers the segment again, with the same event ids. Keeps no state; any thread.
+// then for each file in order `forEachEvent` or `readEvents`, store the events, then `remove`. A
+// crash before the removal delivers the segment again, with the same event ids. Keeps no state; any
+// thread.
 #pragma once
 
+#include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <functional>
@@ -40,7 +42,7 @@ struct SpoolDrainer {
 
     // The same, one event after the other with the line it was read from, which has no line feed
     // and is gone after the call. Gives the number of lines that are no events; calls nothing
-    // before an error.
+    // before an error. What `take` throws passes through, and the segment stays.
     using EventSink = std::function<void(AgentEvent&& event, std::string_view line)>;
     [[nodiscard]] static std::expected<std::int64_t, FileError> forEachEvent(
         const std::filesystem::path& file, const EventSink& take);

@@ -84,12 +84,17 @@ HelperStatus helperStatus(const std::filesystem::path& installed,
 [[nodiscard]] std::expected<std::filesystem::path, IntegrationSetupError> installHelper(
     const std::filesystem::path& source, const TallowbrookPaths& paths);
 
+// Plans to put the provider's hook entries into its configuration file, in place of any that call
+// the helper otherwise, and to take all of them out. `helperPath` is the installed helper's
+// location. They fail as `ConfigFileWriter::plan` and `HookConfigMerger` do; a file that needs no
+// change, or is not there to take anything out of, gives a plan that does nothing.
 [[nodiscard]] std::expected<ConfigChangePlan, ConfigPlanError> planInstall(
     Provider provider, const std::filesystem::path& configURL, std::string_view helperPath);
 [[nodiscard]] std::expected<ConfigChangePlan, ConfigPlanError> planUninstall(
     Provider provider, const std::filesystem::path& configURL, std::string_view helperPath);
 
-// A plan to write what the backup holds, whatever the file holds now.
+// A plan to write what the backup holds, whatever the file holds now. Its `fileURL` is what
+// `configURL` leads to where that is a symbolic link.
 [[nodiscard]] std::expected<ConfigChangePlan, RestorePlanError> planRestore(
     const ConfigBackup& backup, const std::filesystem::path& configURL);
 

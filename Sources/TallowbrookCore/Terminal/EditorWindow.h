@@ -36,7 +36,7 @@ std::string encode(const EditorWindow& window);
 
 // Every field but `workspace` must be there with the right type; `workspace` may be missing or
 // null. Unknown members are passed over.
-std::expected<EditorWindow, DecodingError> decode(std::string_view text);
+[[nodiscard]] std::expected<EditorWindow, DecodingError> decode(std::string_view text);
 
 }  // namespace EditorWindowCoding
 }  // namespace tallowbrook
