@@ -11,6 +11,7 @@
 
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
+#include "Support/OrdinaryUser.h"
 #include "Support/TemporaryDirectory.h"
 
 namespace tallowbrook {
@@ -106,7 +107,14 @@ TEST_F(ReplacementFileTest, isRemovedOnceThoughItWasMoved) {
 
 TEST_F(ReplacementFileTest, getsTheModeAndOwnerThatItIsGiven) {
     auto file = made();
-    EXPECT_TRUE(file.setOwner(geteuid(), getegid()));
+    const auto user = OrdinaryUser::find();
+    const uid_t owner = user ? user->id : geteuid();
+    const gid_t group = geteuid() == 0 ? static_cast<gid_t>(owner) : getegid();
+    EXPECT_TRUE(file.setOwner(owner, group));
+    struct stat status{};
+    ASSERT_EQ(stat(location.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, owner);
+    EXPECT_EQ(status.st_gid, group);
     EXPECT_TRUE(file.setMode(0444));
     EXPECT_EQ(modeOf(location.c_str()), mode_t{0444});
     ASSERT_TRUE(file.write("still open for writing") && file.replace(target));
