@@ -8,7 +8,7 @@ namespace tallowbrook {
 
 namespace {
 
-// The id is ASCII, so no other letters need to be made lower-case.
+// Of ASCII letters alone: the id has no others.
 std::string lowerCased(std::string text) {
     for (char& c : text)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');

@@ -1,7 +1,5 @@
 #include "Terminal/EditorWindow.h"
 
-#include "Domain/EventCoding.h"
-
 namespace tallowbrook {
 
 std::optional<std::string> EditorWindow::openTarget() const {
@@ -11,7 +9,7 @@ std::optional<std::string> EditorWindow::openTarget() const {
 }
 
 std::string EditorWindowCoding::encode(const EditorWindow& window) {
-    RecordEncoder encoder = EventCoding::makeEncoder();
+    RecordEncoder encoder;
     encoder.encode("hostPid", window.hostPid);
     encoder.encode("appName", window.appName);
     encoder.encode("workspace", window.workspace);
@@ -21,7 +19,7 @@ std::string EditorWindowCoding::encode(const EditorWindow& window) {
 }
 
 std::expected<EditorWindow, DecodingError> EditorWindowCoding::decode(std::string_view text) {
-    auto parsed = EventCoding::makeDecoder(text);
+    auto parsed = RecordDecoder::parse(text);
     if (!parsed) return std::unexpected(parsed.error());
     RecordDecoder& decoder = *parsed;
     EditorWindow window{
