@@ -12,11 +12,21 @@
 
 namespace tallowbrook {
 
+// Whether each case stands in its table at the place of its number.
+template <typename Enum>
+consteval bool isNamedInOrder() {
+    const auto& table = namesOf(Enum{});
+    for (std::size_t i = 0; i < table.size(); ++i)
+        if (table[i].first != static_cast<Enum>(i)) return false;
+    return true;
+}
+
 template <typename Enum>
 constexpr std::string_view rawValue(Enum value) {
-    for (const auto& [candidate, name] : namesOf(value))
-        if (candidate == value) return name;
-    return {};
+    static_assert(isNamedInOrder<Enum>());
+    const auto& table = namesOf(value);
+    const auto place = static_cast<std::size_t>(value);
+    return place < table.size() ? table[place].second : std::string_view{};
 }
 
 // Absent when no case has this text; the comparison is exact.

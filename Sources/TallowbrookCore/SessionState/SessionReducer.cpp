@@ -22,30 +22,30 @@ std::string_view orEmpty(const std::optional<std::string>& text) {
     return text ? std::string_view{*text} : std::string_view{};
 }
 
-// What two copies of one event have in common, whatever their ids and times.
-std::string signature(const AgentEvent& event) {
-    std::array<std::string_view, 10> parts;
-    std::size_t count = 0;
-    std::size_t size = parts.size() - 1;
-    // Summed up here, since reading the sizes back right after they were written stalls.
-    const auto add = [&](std::string_view part) {
-        parts[count++] = part;
-        size += part.size();
-    };
-    add(rawValue(event.channel));
-    add(event.eventType);
-    add(rawValue(event.category));
-    add(event.attention ? rawValue(*event.attention) : std::string_view{});
-    add(orEmpty(event.turnID));
-    add(orEmpty(event.detail.notificationType));
-    add(orEmpty(event.detail.toolName));
-    add(orEmpty(event.detail.sessionSource));
-    add(orEmpty(event.detail.endReason));
-    add(orEmpty(event.detail.errorType));
+// Hands over, one by one, the texts that two copies of one event have in common, whatever their ids
+// and times.
+template <typename Use>
+void forEachSignedPart(const AgentEvent& event, Use use) {
+    use(rawValue(event.channel));
+    use(event.eventType);
+    use(rawValue(event.category));
+    use(event.attention ? rawValue(*event.attention) : std::string_view{});
+    use(orEmpty(event.turnID));
+    use(orEmpty(event.detail.notificationType));
+    use(orEmpty(event.detail.toolName));
+    use(orEmpty(event.detail.sessionSource));
+    use(orEmpty(event.detail.endReason));
+    use(orEmpty(event.detail.errorType));
+}
 
-    std::string text(size, '|');
+std::string signature(const AgentEvent& event) {
+    std::size_t size = 0;
+    forEachSignedPart(event, [&](std::string_view part) { size += part.size() + 1; });
+    std::string text(size - 1, '|');
     char* position = text.data();
-    for (const auto part : parts) position = std::copy(part.begin(), part.end(), position) + 1;
+    forEachSignedPart(event, [&](std::string_view part) {
+        position = std::copy(part.begin(), part.end(), position) + 1;
+    });
     return text;
 }
 
