@@ -16,7 +16,15 @@ namespace {
 struct AgentBackup {
     Agent agent;
     ConfigBackup backup;
+    std::filesystem::file_time_type writtenAt;
 };
+
+// The earliest time where the system does not tell.
+std::filesystem::file_time_type writtenAt(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto time = std::filesystem::last_write_time(file, error);
+    return error ? std::filesystem::file_time_type::min() : time;
+}
 
 std::expected<std::vector<AgentBackup>, std::string> find(const TallowbrookPaths& paths,
                                                           const AgentChoice& choice) {
@@ -25,10 +33,13 @@ std::expected<std::vector<AgentBackup>, std::string> find(const TallowbrookPaths
     std::vector<AgentBackup> found;
     for (const auto& agent : *agents)
         for (auto& backup :
-             IntegrationSetup::backups(agent.configFile, agent.backupDirectory(paths)))
-            found.push_back({agent, std::move(backup)});
+             IntegrationSetup::backups(agent.configFile, agent.backupDirectory(paths))) {
+            const auto time = writtenAt(backup.url);
+            found.push_back({agent, std::move(backup), time});
+        }
+    // Names tell the second only, and several changes may come within one.
     std::ranges::sort(found, std::ranges::greater{}, [](const AgentBackup& entry) {
-        return std::tie(entry.backup.createdAt, entry.backup.url);
+        return std::tie(entry.backup.createdAt, entry.writtenAt, entry.backup.url);
     });
     return found;
 }
@@ -59,7 +70,7 @@ int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice) {
     const Instant now = currentInstant();
     std::string text;
     for (std::size_t i = 0; i < backups->size(); ++i) {
-        const auto& [agent, backup] = (*backups)[i];
+        const auto& [agent, backup, time] = (*backups)[i];
         text += fmt::format(
             "{:>3}  {:<13}  {:<11}  {}\n", i + 1, TerminalText::shortTime(backup.createdAt, now),
             displayName(agent.provider), TerminalText::printable(backup.url.string()));

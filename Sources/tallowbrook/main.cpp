@@ -156,7 +156,9 @@ class CommandLine {
         restore->add_option("BACKUP", backup_,
                             "Its number in the list, its name or its path; without, the newest");
         restore->add_option("--agent", choice_.names, "Only backups of claude-code or codex")
-            ->check(CLI::IsMember(agentNames()));
+            ->check(CLI::IsMember(agentNames()))
+            // Or it would take the backup behind it for another agent.
+            ->allow_extra_args(false);
         addConfigFile(restore);
         addReview(restore);
     }

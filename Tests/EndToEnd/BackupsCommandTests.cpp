@@ -15,7 +15,7 @@ constexpr auto original = "{\n  \"mine\": 1.50\n}\n";
 struct SetUpHome : SetupHome {
     SetUpHome() {
         writeContents(claudeFile, original);
-        EXPECT_EQ(host({"setup", "--yes"}).status, 0);
+        EXPECT_EQ(host({"setup", "claude-code", "--yes"}).status, 0);
     }
 };
 
@@ -68,6 +68,40 @@ TEST(Restore, findsABackupByNumberNameAndPath) {
         EXPECT_EQ(home.host({"restore", word, "--yes"}).status, 0) << word;
         EXPECT_EQ(contentsOf(home.claudeFile), original);
     }
+}
+
+TEST(Restore, takesTheAgentBeforeAndBehindTheBackup) {
+    using Words = std::vector<std::string>;
+    for (const auto& words : {Words{"--agent", "claude-code", "1"},
+                              {"1", "--agent", "claude-code"},
+                              {"--agent", "codex", "--agent", "claude-code", "1"}}) {
+        const SetUpHome home;
+        Words arguments{"restore", "--yes"};
+        arguments.insert(arguments.end(), words.begin(), words.end());
+        const auto result = home.host(arguments);
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_EQ(contentsOf(home.claudeFile), original);
+    }
+    const SetUpHome home;
+    EXPECT_EQ(home.host({"restore", "--agent", "codex", "1", "--yes"}).status, 2);
+}
+
+TEST(Restore, ofSeveralBackupsOfOneSecondTakesTheOneWrittenLast) {
+    const SetUpHome home;
+    const auto backup = home.backups().at(0);
+    const auto now = std::filesystem::last_write_time(backup);
+    const auto stem = backup.filename().string();
+    const auto copyNamed = [&](const std::string& random, const std::string& text, int age) {
+        const auto end = stem.find('.', stem.find("Z."));
+        const auto copy = backup.parent_path() / (stem.substr(0, end + 1) + random + ".bak");
+        writeContents(copy, text);
+        std::filesystem::last_write_time(copy, now - std::chrono::milliseconds{age});
+    };
+    copyNamed("ffffffff", "{\"text\": \"older\"}\n", 20);
+    copyNamed("00000000", "{\"text\": \"newest\"}\n", 0);
+    std::filesystem::last_write_time(backup, now - std::chrono::milliseconds{10});
+    EXPECT_EQ(home.host({"restore", "--yes"}).status, 0);
+    EXPECT_EQ(contentsOf(home.claudeFile), "{\"text\": \"newest\"}\n");
 }
 
 TEST(Restore, ofNoSuchBackupIsWrongUsage) {
