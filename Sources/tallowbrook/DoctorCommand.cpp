@@ -1,16 +1,17 @@
 #include "DoctorCommand.h"
 
+#include <map>
 #include <optional>
 
 #include "Agents.h"
 #include "Diagnostics/DiagnosticsReport.h"
 #include "EventBridge/SpoolDrainer.h"
 #include "EventIngestion/PayloadNormalizer.h"
-#include "EventStore.h"
 #include "HealthCommand.h"
 #include "HostSettings.h"
 #include "Integrations/ProviderDetector.h"
 #include "ProgramLocation.h"
+#include "StoreCommand.h"
 #include "TerminalOutput.h"
 #include "TerminalText.h"
 
@@ -18,15 +19,6 @@ namespace tallowbrook::host {
 namespace {
 
 constexpr std::size_t logLines = 10;
-
-// Looking makes no database where there is none, and a store that fails is part of what the report
-// is for.
-std::optional<EventStore> openToLook(const TallowbrookPaths& paths) {
-    if (!EventStore::exists(paths)) return std::nullopt;
-    auto store = EventStore::open(paths);
-    if (!store) return std::nullopt;
-    return std::move(*store);
-}
 
 void addStored(DiagnosticsReport& report, EventStore& store, Instant now) {
     try {
@@ -40,16 +32,22 @@ void addStored(DiagnosticsReport& report, EventStore& store, Instant now) {
     }
 }
 
-IntegrationHealthRecord healthRecord(std::optional<EventStore>& store, Provider provider) {
-    if (!store) return {};
+// Absent when the store cannot be read; empty where nothing was ever stored.
+using Records = std::optional<std::map<Provider, IntegrationHealthRecord>>;
+
+Records readRecords(std::optional<EventStore>& store) {
+    Records records{std::in_place};
+    if (!store) return records;
     try {
-        return store->integrationHealth(provider);
+        for (const auto provider : allCases<Provider>())
+            records->emplace(provider, store->integrationHealth(provider));
     } catch (const SQLite::Exception&) {
-        return {};
+        return std::nullopt;
     }
+    return records;
 }
 
-void addAgents(DiagnosticsReport& report, std::optional<EventStore>& store, Instant now) {
+void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
     const auto detector = ProviderDetector::live(true);
     const auto helper = IntegrationSetup::helperStatus(report.paths.installedHelper(),
                                                        bundledHelper().value_or(""));
@@ -58,8 +56,13 @@ void addAgents(DiagnosticsReport& report, std::optional<EventStore>& store, Inst
         detection.hookConfigPath = agent.configFile.string();
         report.detections.push_back(std::move(detection));
 
-        auto record = healthRecord(store, agent.provider);
-        const auto health = healthOf(agent, report.paths, helper, record, now);
+        auto health = AgentHealth::of(agent, report.paths, helper);
+        // What has come is not known then.
+        if (!records && health.isReady) continue;
+        if (records && records->contains(agent.provider)) {
+            auto record = records->at(agent.provider);
+            health.judgeEvents(record, now);
+        }
         report.integrationStates[agent.provider] = health.state();
         if (auto text = health.events.diagnosticDescription())
             report.integrationHealth[agent.provider] = std::move(*text);
@@ -77,9 +80,10 @@ int doctor(const TallowbrookPaths& paths) {
     report.notificationAuthorization = "not needed, printed in the terminal";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
-    auto store = openToLook(paths);
-    if (store) addStored(report, *store, now);
-    addAgents(report, store, now);
+    // A store that fails is part of what the report is for.
+    auto store = openIfAny(paths);
+    if (store && *store) addStored(report, **store, now);
+    addAgents(report, store ? readRecords(*store) : std::nullopt, now);
     return TerminalOutput::showAsResult(TerminalText::printableLines(report.render()) + "\n");
 }
 

@@ -4,14 +4,13 @@
 
 #include <algorithm>
 
-#include "ConfigChange.h"
 #include "Domain/RecordCoding.h"
 #include "Domain/UTF8.h"
-#include "EventStore.h"
 #include "ExitStatus.h"
 #include "HostSettings.h"
 #include "Integrations/ConfigFileWriter.h"
 #include "ProgramLocation.h"
+#include "StoreCommand.h"
 #include "TerminalOutput.h"
 #include "TerminalText.h"
 
@@ -51,7 +50,7 @@ std::string eventsDetail(const IntegrationHealth& events, Instant now) {
         return "no event since the setup at " + TerminalText::shortTime(silent->since, now);
     if (const auto* receiving = std::get_if<IntegrationHealth::Receiving>(&events.state))
         return "last event " + TerminalText::ago(receiving->lastEventAt, now);
-    return "the helper cannot run";
+    return "for the first event; start \"tallowbrook watch\", which reads what comes";
 }
 
 // What stands behind the state in the table; may be empty.
@@ -65,6 +64,7 @@ std::string detail(const AgentHealth& health, Instant now) {
                                ? "one hook is"
                                : fmt::format("{} hooks are", stale->staleHandlers));
     if (is<HookInstallState::NotConfigured>(*health.hooks)) return {};
+    if (!health.isReady) return "the helper cannot run";
     return eventsDetail(health.events, now);
 }
 
@@ -123,27 +123,18 @@ struct Report {
     }
 };
 
-std::vector<AgentHealth> healthOfAll(const std::vector<Agent>& agents,
-                                     const TallowbrookPaths& paths, HelperStatus helper) {
-    std::vector<AgentHealth> all;
-    const Instant now = currentInstant();
-    // Looking creates no database where there is none.
-    std::optional<EventStore> store;
-    if (EventStore::exists(paths)) {
-        auto opened = EventStore::open(paths);
-        if (opened)
-            store = std::move(*opened);
-        else
-            TerminalOutput::complain(opened.error());
-    }
-    for (const auto& agent : agents) {
-        const auto stored =
-            store ? store->integrationHealth(agent.provider) : IntegrationHealthRecord{};
+void judgeEvents(std::vector<AgentHealth>& agents, const AgentChoice& choice, EventStore& store,
+                 Instant now) {
+    // Whoever watches may note an event at any moment, which must not be overwritten.
+    auto transaction = store.beginWriting();
+    for (auto& health : agents) {
+        const auto stored = store.integrationHealth(health.agent.provider);
         auto record = stored;
-        all.push_back(healthOf(agent, paths, helper, record, now));
-        if (store && record != stored) store->setIntegrationHealth(agent.provider, record);
+        health.judgeEvents(record, now);
+        if (record != stored) store.setIntegrationHealth(health.agent.provider, record);
     }
-    return all;
+    // What is stored is about the agent's own file, of which another one says nothing.
+    if (!choice.configFile) transaction.commit();
 }
 
 }  // namespace
@@ -159,11 +150,13 @@ std::string_view AgentHealth::state() const {
         std::string_view operator()(const IntegrationHealth::Receiving&) const {
             return "receiving";
         }
-        // All hooks are there, but they call a helper that is not.
+        // Nothing was ever stored.
         std::string_view operator()(const IntegrationHealth::NotApplicable&) const {
-            return "needs repair";
+            return "waiting";
         }
     };
+    // All hooks are there, but they call a helper that is not.
+    if (!isReady) return "needs repair";
     return std::visit(Word{}, events.state);
 }
 
@@ -172,36 +165,41 @@ bool AgentHealth::needsAttention() const {
     return word != "not set up" && word != "waiting" && word != "receiving";
 }
 
-AgentHealth healthOf(const Agent& agent, const TallowbrookPaths& paths, HelperStatus helper,
-                     IntegrationHealthRecord& record, Instant now) {
+AgentHealth AgentHealth::of(const Agent& agent, const TallowbrookPaths& paths,
+                            HelperStatus helper) {
     auto hooks = inspect(agent, paths);
-    const bool isConfigured = hooks && is<HookInstallState::Installed>(*hooks);
-    const bool isReady = isConfigured && canRun(helper);
-    // Live events are noted as they are stored.
-    record.reconcile(isConfigured, isReady, std::nullopt, now);
-    return {agent, std::move(hooks), record.health(isReady, now, healthGracePeriod)};
+    const bool isReady = hooks && is<HookInstallState::Installed>(*hooks) && canRun(helper);
+    return {agent, std::move(hooks), isReady};
+}
+
+void AgentHealth::judgeEvents(IntegrationHealthRecord& record, Instant now) {
+    // A file that cannot be read does not say that the hooks are gone. Live events are noted as
+    // they are stored.
+    if (hooks)
+        record.reconcile(!is<HookInstallState::NotConfigured>(*hooks), isReady, std::nullopt, now);
+    events = record.health(isReady, now, healthGracePeriod);
 }
 
 int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFormat format) {
     const auto agents = chosenAgents(choice, Unnamed::all);
-    if (!agents) {
-        TerminalOutput::complain(agents.error());
-        return ExitStatus::failed;
-    }
-    const auto helper =
-        IntegrationSetup::helperStatus(paths.installedHelper(), bundledHelper().value_or(""));
-    try {
-        const Report report{helper, paths.installedHelper(), healthOfAll(*agents, paths, helper)};
+    if (!agents) return TerminalOutput::fail(agents.error());
+    Report report{
+        IntegrationSetup::helperStatus(paths.installedHelper(), bundledHelper().value_or("")),
+        paths.installedHelper(),
+        {}};
+    for (const auto& agent : *agents)
+        report.agents.push_back(AgentHealth::of(agent, paths, report.helper));
+
+    return withStoreIfAny(paths, [&](EventStore* store) {
+        const Instant now = currentInstant();
+        if (store != nullptr) judgeEvents(report.agents, choice, *store, now);
         const int shown = TerminalOutput::showAsResult(
-            format == ListFormat::json ? report.json() : report.table(currentInstant()));
-        if (shown != 0) return shown;
-        const bool isFine =
-            std::ranges::none_of(report.agents, [](const auto& a) { return a.needsAttention(); });
-        return isFine ? ExitStatus::done : ExitStatus::notInOrder;
-    } catch (const SQLite::Exception& error) {
-        TerminalOutput::complain(fmt::format("The database failed: {}.", error.what()));
-        return ExitStatus::failed;
-    }
+            format == ListFormat::json ? report.json() : report.table(now));
+        if (shown != ExitStatus::done) return shown;
+        return std::ranges::any_of(report.agents, &AgentHealth::needsAttention)
+                   ? ExitStatus::notInOrder
+                   : ExitStatus::done;
+    });
 }
 
 }  // namespace tallowbrook::host

@@ -18,7 +18,14 @@ namespace tallowbrook::host {
 struct AgentHealth {
     Agent agent;
     std::expected<HookInstallState, std::string> hooks;  // or why the file cannot be read
-    IntegrationHealth events;
+    bool isReady = false;                                // all hooks are there and call the helper
+    IntegrationHealth events = {};  // not applicable also until they are judged
+
+    // How the agent's file and the helper fit together. Reads the file.
+    static AgentHealth of(const Agent& agent, const TallowbrookPaths& paths, HelperStatus helper);
+
+    // What has come since the setup, by what is stored of the agent. Updates `record`.
+    void judgeEvents(IntegrationHealthRecord& record, Instant now);
 
     // "not set up", "partial", "needs repair", "waiting", "silent", "receiving" or "unreadable".
     std::string_view state() const;
@@ -26,10 +33,6 @@ struct AgentHealth {
     // Whether the user should do something: set up again, or find out why nothing comes.
     bool needsAttention() const;
 };
-
-// How the agent's file and the helper fit together, and what has come since. Updates `record`.
-AgentHealth healthOf(const Agent& agent, const TallowbrookPaths& paths, HelperStatus helper,
-                     IntegrationHealthRecord& record, Instant now);
 
 // Gives the exit status: 0, 1 for a failure, 3 when an agent that is set up needs attention.
 int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFormat format);

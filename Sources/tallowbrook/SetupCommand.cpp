@@ -86,9 +86,12 @@ std::string_view nextStep(Provider provider) {
 }
 
 void noteSetUp(EventStore& store, Provider provider) {
+    // Whoever watches may note an event at any moment, which must not be overwritten.
+    auto transaction = store.beginWriting();
     auto record = store.integrationHealth(provider);
     record.noteSetUp(currentInstant());
     store.setIntegrationHealth(provider, record);
+    transaction.commit();
 }
 
 int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, EventStore& store) {

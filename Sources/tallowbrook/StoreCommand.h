@@ -1,7 +1,10 @@
 // What the commands on the store have in common: opening it, and saying why it cannot be used.
 #pragma once
 
+#include <expected>
 #include <functional>
+#include <optional>
+#include <string>
 
 #include "EventBridge/TallowbrookPaths.h"
 #include "EventStore.h"
@@ -12,8 +15,16 @@ namespace tallowbrook::host {
 // be opened or fails meanwhile.
 int withStore(const TallowbrookPaths& paths, const std::function<int(EventStore&)>& action);
 
-// The same for commands that only look: where nothing was ever stored, says so, and makes no
-// database.
+// The same for commands that only look, and make no database where nothing was ever stored: they
+// have something to show without a store too, and are given none then.
+int withStoreIfAny(const TallowbrookPaths& paths, const std::function<int(EventStore*)>& action);
+
+// The store alone, for a command to which one that cannot be opened is no reason to fail. The error
+// is a whole sentence for the user.
+[[nodiscard]] std::expected<std::optional<EventStore>, std::string> openIfAny(
+    const TallowbrookPaths& paths);
+
+// The same for commands that cannot do without: where nothing was ever stored, says so and fails.
 int withExistingStore(const TallowbrookPaths& paths, const std::function<int(EventStore&)>& action);
 
 }  // namespace tallowbrook::host

@@ -23,13 +23,17 @@ void TerminalOutput::mention(std::string_view text) {
 
 int TerminalOutput::showAsResult(std::string_view text) {
     const auto shown = show(text);
-    if (shown) return 0;
-    complain("Standard output cannot be written: " + shown.error().description() + ".");
-    return 1;
+    if (shown) return ExitStatus::done;
+    return fail("Standard output cannot be written: " + shown.error().description() + ".");
 }
 
 void TerminalOutput::complain(std::string_view sentence) {
     fmt::print(stderr, "tallowbrook: {}\n", TerminalText::printable(sentence));
+}
+
+int TerminalOutput::fail(std::string_view sentence, int status) {
+    complain(sentence);
+    return status;
 }
 
 }  // namespace tallowbrook::host

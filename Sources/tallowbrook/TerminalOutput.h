@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "Domain/FileError.h"
+#include "ExitStatus.h"
 
 namespace tallowbrook::host::TerminalOutput {
 
@@ -20,5 +21,8 @@ int showAsResult(std::string_view text);
 
 // Writes "tallowbrook: " and the sentence, made printable, to standard error.
 void complain(std::string_view sentence);
+
+// The same for a command that ends with it: gives the status.
+int fail(std::string_view sentence, int status = ExitStatus::failed);
 
 }  // namespace tallowbrook::host::TerminalOutput

@@ -1,6 +1,8 @@
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Integrations/IntegrationHealth.h"
 #include "SetupHome.h"
 
 namespace tallowbrook {
@@ -10,6 +12,42 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr int needsAttention = 3;
+constexpr auto key = "integrationHealth.claudeCode";
+
+// A user of Claude Code alone, set up, and what the host has stored about that.
+struct HealthHome : SetupHome {
+    HealthHome() { EXPECT_EQ(host({"setup", "claude-code", "--yes"}).status, 0); }
+
+    SQLite::Database database() const {
+        constexpr int busyTimeoutMilliseconds = 5000;
+        return {paths.databaseFile().string(), SQLite::OPEN_READWRITE, busyTimeoutMilliseconds};
+    }
+
+    IntegrationHealthRecord stored() const {
+        auto opened = database();
+        SQLite::Statement query{opened, "SELECT value FROM settings WHERE key = ?"};
+        query.bind(1, key);
+        if (!query.executeStep()) return {};
+        return IntegrationHealthCoding::decode(query.getColumn(0).getString()).value();
+    }
+
+    static void store(const IntegrationHealthRecord& record, SQLite::Database& database) {
+        SQLite::Statement update{database, "UPDATE settings SET value = ? WHERE key = ?"};
+        update.bind(1, IntegrationHealthCoding::encode(record));
+        update.bind(2, key);
+        EXPECT_EQ(update.exec(), 1);
+    }
+
+    // As if the last event had come a day ago, and the agent had been set up again since.
+    IntegrationHealthRecord storeSilence() const {
+        const auto now = std::chrono::floor<std::chrono::milliseconds>(currentInstant());
+        const IntegrationHealthRecord record{now - std::chrono::minutes{20},
+                                             now - std::chrono::hours{24}};
+        auto opened = database();
+        store(record, opened);
+        return record;
+    }
+};
 
 TEST(Health, ofAnUntouchedMachineWritesNothing) {
     const SetupHome home;
@@ -41,6 +79,109 @@ TEST(Health, isReceivingOnceALiveEventWasStored) {
     EXPECT_THAT(result.output, HasSubstr(R"("state":"receiving")"));
     EXPECT_THAT(result.output, HasSubstr(R"("lastLiveEventAt":")"));
     EXPECT_THAT(result.output, HasSubstr(R"("helper":"current")"));
+}
+
+TEST(Health, isSilentWhenNothingHasComeForLongAfterTheSetup) {
+    const HealthHome home;
+    const auto record = home.storeSilence();
+    const auto result = home.host({"health", "claude-code"});
+    EXPECT_EQ(result.status, needsAttention);
+    EXPECT_THAT(result.output, HasSubstr("Claude Code: silent, no event since the setup at "));
+    const auto json = home.host({"health", "claude-code", "--json"}).output;
+    EXPECT_THAT(json, HasSubstr(R"("state":"silent")"));
+    EXPECT_THAT(json, HasSubstr(R"("setUpAt":")" + EventDate::text(record.setUpAt.value())));
+    EXPECT_EQ(home.stored(), record);
+}
+
+TEST(Health, remembersTheSetupWhileTheFileHasOnlySomeHooksOrCannotBeRead) {
+    const HealthHome home;
+    const auto record = home.storeSilence();
+    const auto whole = contentsOf(home.claudeFile);
+    auto partial = whole;
+    partial.replace(partial.find("\"Stop\""), 6, "\"Halt\"");
+    auto stale = whole;
+    stale.replace(stale.find("/data/bin/"), 10, "/gone/bin/");
+    struct Row {
+        std::string text;
+        std::string state;
+    };
+    for (const auto& [text, state] :
+         {Row{whole + ",", "unreadable"}, Row{partial, "partial"}, Row{stale, "needs repair"}}) {
+        writeContents(home.claudeFile, text);
+        EXPECT_THAT(home.host({"health"}).output, HasSubstr("Claude Code: " + state));
+        EXPECT_EQ(home.stored(), record) << state;
+    }
+    writeContents(home.claudeFile, whole);
+    EXPECT_THAT(home.host({"health"}).output, HasSubstr("Claude Code: silent"));
+}
+
+TEST(Health, forgetsTheSetupOnceTheHooksAreGone) {
+    const HealthHome home;
+    const auto record = home.storeSilence();
+    EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
+    EXPECT_THAT(home.host({"health"}).output, HasSubstr("Claude Code: not set up"));
+    EXPECT_EQ(home.stored(), (IntegrationHealthRecord{std::nullopt, record.lastLiveEventAt}));
+}
+
+TEST(Health, ofAnotherFileLeavesWhatIsStoredAlone) {
+    const HealthHome home;
+    const auto record = home.storeSilence();
+    const auto none = home.directory.path / "none.json";
+    EXPECT_THAT(home.host({"health", "claude-code", "--config", none}).output,
+                HasSubstr("Claude Code: not set up"));
+    EXPECT_EQ(home.stored(), record);
+}
+
+TEST(Health, overwritesNoEventThatComesWhileItLooks) {
+    const HealthHome home;
+    auto record = home.storeSilence();
+    std::filesystem::remove(home.claudeFile);
+    auto watcher = home.database();
+    ProgramResult result;
+    // On a machine so busy that the host gave up waiting for the database, it is asked again.
+    do {
+        SQLite::Transaction transaction{watcher, SQLite::TransactionBehavior::IMMEDIATE};
+        RunningProgram host{home.hostCall({"health", "claude-code"})};
+        // Time to read, as far as it may; without, the test would merely prove less.
+        usleep(300'000);
+        *record.lastLiveEventAt += std::chrono::hours{1};
+        HealthHome::store(record, watcher);
+        transaction.commit();
+        result = host.wait();
+    } while (result.errors.find("database is locked") != std::string::npos);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(home.stored(), (IntegrationHealthRecord{std::nullopt, record.lastLiveEventAt}));
+}
+
+TEST(Health, withoutADatabaseMakesNoneAndSaysWhatReadsEvents) {
+    const HealthHome home;
+    std::filesystem::remove(home.paths.databaseFile());
+    const auto before = home.tree();
+    const auto result = home.host({"health", "claude-code"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.output, HasSubstr("Claude Code: waiting, for the first event; start "
+                                         "\"tallowbrook watch\", which reads what comes ("));
+    EXPECT_THAT(home.host({"health", "--json"}).output, Not(HasSubstr("setUpAt")));
+    EXPECT_EQ(home.tree(), before);
+}
+
+TEST(Health, ofADatabaseThatIsNoneFailsAndMakesNothingUp) {
+    const HealthHome home;
+    for (const auto& entry : std::filesystem::directory_iterator{home.paths.home})
+        if (entry.path().filename().string().starts_with("Tallowbrook.sqlite"))
+            std::filesystem::remove(entry.path());
+    writeContents(home.paths.databaseFile(), "notes");
+    const auto result = home.host({"health"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, HasSubstr("cannot be opened: "));
+    EXPECT_EQ(contentsOf(home.paths.databaseFile()), "notes");
+
+    const auto report = home.host({"doctor"});
+    EXPECT_EQ(report.status, 0);
+    EXPECT_THAT(report.output, HasSubstr("Stored events: unavailable"));
+    EXPECT_THAT(report.output, Not(HasSubstr("integration waiting")));
+    EXPECT_THAT(report.output, HasSubstr("integration not set up"));
 }
 
 TEST(Health, tellsWhichHooksAreMissing) {
