@@ -41,19 +41,22 @@ std::string statusText(const ListedSession& session) {
 
 SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope scope,
                               Instant now) {
+    const auto isOlder = [now](const SessionSnapshot& snapshot) {
+        return now - snapshot.lastSeenAt > listedFor;
+    };
     SessionList list;
     for (auto& snapshot : snapshots) {
         if (snapshot.key.isSetupCheck()) continue;
-        if (scope == ListScope::recent && now - snapshot.lastSeenAt > listedFor) {
+        if (scope == ListScope::recent && isOlder(snapshot)) {
             ++list.olderCount;
             continue;
         }
         const auto status = snapshot.displayStatus(now, staleAfter);
         list.sessions.push_back({std::move(snapshot), status});
     }
-    std::ranges::sort(list.sessions, {}, [](const ListedSession& session) {
-        return std::tuple{sortRank(session.status), -session.snapshot.lastSeenAt.time_since_epoch(),
-                          session.snapshot.id()};
+    std::ranges::sort(list.sessions, {}, [&](const ListedSession& session) {
+        return std::tuple{isOlder(session.snapshot), sortRank(session.status),
+                          -session.snapshot.lastSeenAt.time_since_epoch(), session.snapshot.id()};
     });
     return list;
 }

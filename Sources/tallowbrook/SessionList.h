@@ -19,8 +19,10 @@ struct ListedSession {
 enum class ListScope { recent, all };
 
 struct SessionList {
-    std::vector<ListedSession> sessions;  // what waits for the user first, then the latest heard of
-    std::size_t olderCount = 0;           // left out of a `recent` list
+    // What waits for the user first, then the latest heard of. Those that a `recent` list leaves
+    // out stand behind all others, so that a session has the same number in both lists.
+    std::vector<ListedSession> sessions;
+    std::size_t olderCount = 0;  // left out of a `recent` list
 
     // Leaves out the setup's own sessions, always.
     static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now);

@@ -78,8 +78,20 @@ TEST(SessionList, leavesOutAndCountsWhatIsOlderThanADay) {
     EXPECT_EQ(names(recent), Names{"claudeCode|limit"});
     EXPECT_EQ(recent.olderCount, 1U);
     const auto all = SessionList::make(snapshots, ListScope::all, sampleTime);
-    EXPECT_EQ(names(all), (Names{"claudeCode|older", "claudeCode|limit"}));
+    EXPECT_EQ(names(all), (Names{"claudeCode|limit", "claudeCode|older"}));
     EXPECT_EQ(all.olderCount, 0U);
+}
+
+TEST(SessionList, numbersASessionAlikeInBothLists) {
+    using enum SessionStatus;
+    const std::vector snapshots{session("old asking", needsAttention, sampleTime - hours{25}),
+                                session("old done", completed, sampleTime - hours{26}),
+                                session("done", completed), session("asking", needsAttention)};
+    const auto recent = names(SessionList::make(snapshots, ListScope::recent, sampleTime));
+    const auto all = names(SessionList::make(snapshots, ListScope::all, sampleTime));
+    EXPECT_EQ(recent, (Names{"claudeCode|asking", "claudeCode|done"}));
+    EXPECT_EQ(all, (Names{"claudeCode|asking", "claudeCode|done", "claudeCode|old asking",
+                          "claudeCode|old done"}));
 }
 
 TEST(SessionList, leavesOutTheSetupsOwnSessionsWithoutCountingThem) {
