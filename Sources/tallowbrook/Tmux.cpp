@@ -1,5 +1,6 @@
 #include "Tmux.h"
 
+#include <algorithm>
 #include <sstream>
 
 namespace tallowbrook::host {
@@ -47,7 +48,9 @@ std::vector<Tmux::Pane> Tmux::panes() const {
     if (!lines) return panes;
     for (const auto& line : *lines) {
         const auto parts = split(line, words);
-        if (!parts.empty()) panes.push_back({parts[0], parts[1], parts[2], parts[3]});
+        // A window that several sessions share is listed with each of them.
+        if (!parts.empty() && std::ranges::find(panes, parts[0], &Pane::id) == panes.end())
+            panes.push_back({parts[0], parts[1], parts[2], parts[3]});
     }
     return panes;
 }

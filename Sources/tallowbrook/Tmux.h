@@ -22,7 +22,7 @@ class Tmux {
     // Absent when there is no tmux on PATH. The operations must outlive the value.
     static std::optional<Tmux> find(const FocusOperations& operations);
 
-    // Empty also when no server runs.
+    // Each once, with the first of the sessions that have it. Empty also when no server runs.
     std::vector<Pane> panes() const;
 
     // Makes the pane the one its session shows.

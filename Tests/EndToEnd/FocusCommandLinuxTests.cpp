@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "Support/FileContents.h"
+#include "Support/WaitUntil.h"
 #include "TestHome.h"
 
 namespace tallowbrook {
@@ -29,12 +29,23 @@ struct FocusInTmux : testing::Test {
         ASSERT_EQ(runTmux({"new-window", "-c", home.directory.path / "two", "sleep 100"}).status,
                   0);
         ASSERT_EQ(runTmux({"select-window", "-t", "main:0"}).status, 0);
+        waitForPanes({"one", "two"});
     }
     void TearDown() override { runTmux({"kill-server"}); }
 
     ProgramResult runTmux(std::vector<std::string> arguments) const {
         return run(
             {.program = tmux, .arguments = std::move(arguments), .environment = home.environment});
+    }
+
+    // A pane is there before its program has gone to its directory.
+    void waitForPanes(const std::vector<std::string>& projects) const {
+        std::string expected;
+        for (const auto& project : projects)
+            expected += (home.directory.path / project).string() + "\n";
+        waitUntil([&] {
+            return runTmux({"list-panes", "-a", "-F", "#{pane_current_path}"}).output == expected;
+        });
     }
 
     void addSession(const std::string& session, const std::string& project) const {
@@ -57,6 +68,15 @@ TEST_F(FocusInTmux, selectsThePaneOfTheSessionsDirectory) {
     EXPECT_EQ(currentWindow(), (home.directory.path / "two").string() + "\n");
 }
 
+TEST_F(FocusInTmux, choosesTheOnePaneThatTwoSessionsShare) {
+    ASSERT_EQ(runTmux({"new-session", "-d", "-t", "main", "-s", "second"}).status, 0);
+    waitForPanes({"one", "two", "one", "two"});
+    addSession("S2", "two");
+    const auto result = home.host({"focus", "S2"});
+    EXPECT_EQ(result.status, 3) << result.errors;
+    EXPECT_THAT(result.output, HasSubstr("was selected, but no terminal shows it"));
+}
+
 TEST_F(FocusInTmux, saysWhenNothingFits) {
     addSession("S3", "three");
     const auto result = home.host({"focus", "S3"});
@@ -66,6 +86,7 @@ TEST_F(FocusInTmux, saysWhenNothingFits) {
 
 TEST_F(FocusInTmux, choosesNoneOfTwo) {
     ASSERT_EQ(runTmux({"new-window", "-c", home.directory.path / "two", "sleep 100"}).status, 0);
+    waitForPanes({"one", "two", "two"});
     addSession("S2", "two");
     const auto result = home.host({"focus", "S2"});
     EXPECT_EQ(result.status, 1);
