@@ -1,12 +1,10 @@
 #include "Integrations/ProviderDetector.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <compare>
-#include <cstdlib>
 #include <set>
 #include <span>
 #include <utility>
@@ -15,6 +13,7 @@
 #include "EventBridge/UserHome.h"
 #include "Integrations/ProcessRunner.h"
 #include "Integrations/ProviderLocations.h"
+#include "Integrations/SearchPath.h"
 
 namespace tallowbrook {
 namespace {
@@ -60,16 +59,6 @@ struct HighestVersionFirst {
     }
 };
 
-std::vector<std::string> splitSearchPath(std::string_view text) {
-    std::vector<std::string> directories;
-    while (!text.empty()) {
-        const auto directory = text.substr(0, text.find(':'));
-        text.remove_prefix(std::min(directory.size() + 1, text.size()));
-        if (!directory.empty()) directories.emplace_back(directory);
-    }
-    return directories;
-}
-
 // The bytes of the line end at the front of `text`; 0 where there is none.
 std::size_t lineEndLength(std::string_view text) {
     if (std::string_view{"\n\v\f\r"}.contains(text[0])) return 1;
@@ -91,12 +80,6 @@ std::string_view firstLine(std::string_view text) {
             text.remove_prefix(lineEnd);
     }
     return text.substr(0, length);
-}
-
-bool isExecutableFile(const std::string& path) {
-    struct stat status{};
-    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-           access(path.c_str(), X_OK) == 0;
 }
 
 bool isExistingDirectory(const std::string& path) {
@@ -161,11 +144,10 @@ class CandidateList {
 }  // namespace
 
 ProviderDetector ProviderDetector::live(bool probeVersions) {
-    const char* searchPath = std::getenv("PATH");
     ProviderDetector detector{
         .homeDirectory = liveHomeDirectory(),
-        .searchPath = splitSearchPath(searchPath == nullptr ? "" : searchPath),
-        .fileExists = isExecutableFile,
+        .searchPath = SearchPath::directories(),
+        .fileExists = SearchPath::isExecutableFile,
         .isDirectory = isExistingDirectory,
         .contentsOfDirectory = namesInDirectory,
         .versionProbe = [](const std::string&) { return std::nullopt; },
