@@ -1,3 +1,5 @@
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <array>
 
@@ -18,6 +20,19 @@ bool agentRunsOn(const std::string& tty) {
     });
 }
 
+// All but the unreserved characters of RFC 3986, section 2.3, and the slashes of a path.
+std::string percentEncoded(std::string_view path) {
+    constexpr std::string_view kept =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    std::string text;
+    for (const char c : path)
+        if (kept.contains(c))
+            text += c;
+        else
+            text += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+    return text;
+}
+
 }  // namespace
 
 FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
@@ -28,7 +43,8 @@ FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths
     const auto open = [&](const EditorWindow& window, const std::string& target) {
         const auto opener = operations.findProgram("xdg-open");
         if (!opener) return false;
-        const auto url = std::string{editorNamed(window.appName).urlScheme} + "://file" + target;
+        const auto url =
+            std::string{editorNamed(window.appName).urlScheme} + "://file" + percentEncoded(target);
         const auto result = operations.run(*opener, {url});
         return result && result->status == 0;
     };
