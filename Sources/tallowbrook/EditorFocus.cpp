@@ -1,15 +1,27 @@
 #include "EditorFocus.h"
 
 #include <fmt/core.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 #include "Terminal/EditorApp.h"
 
 namespace tallowbrook::host {
+namespace {
+
+// What nobody took must not act later, when something else was done instead. False when it has been
+// taken in the last moment.
+bool withdraw(const std::filesystem::path& request) {
+    return unlink(request.c_str()) == 0 || errno != ENOENT;
+}
+
+}  // namespace
 
 FocusOutcome EditorFocus::reveal(const EditorWindow& window, pid_t shellPid) const {
-    const auto requests = paths.editorRequestsDirectory();
-    const auto requested = EditorBridge::requestTerminal(shellPid, requests, currentInstant());
-    if (requested && operations.requestsAreTaken(requests))
+    const auto request =
+        EditorBridge::requestTerminal(shellPid, paths.editorRequestsDirectory(), currentInstant());
+    if (request && (operations.requestIsTaken(*request) || !withdraw(*request)))
         return FocusOutcome::focused(
             fmt::format("{} was asked to show the session's terminal.", window.appName));
     return openWindow(window);

@@ -2,11 +2,9 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <thread>
 
-#include "EventBridge/DirectoryListing.h"
+#include "Integrations/SearchPath.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -14,28 +12,9 @@ namespace {
 constexpr Seconds programTimeout{5};
 constexpr std::int64_t maxOutputBytes = 1 << 20;
 
-std::optional<std::string> findOnPath(std::string_view name) {
-    const char* variable = std::getenv("PATH");
-    std::string_view rest = variable == nullptr ? std::string_view{} : variable;
-    while (!rest.empty()) {
-        const auto directory = rest.substr(0, rest.find(':'));
-        rest.remove_prefix(std::min(directory.size() + 1, rest.size()));
-        if (!directory.starts_with('/')) continue;
-        auto path = std::string{directory} + "/" + std::string{name};
-        if (access(path.c_str(), X_OK) == 0) return path;
-    }
-    return std::nullopt;
-}
-
-bool holdsRequest(const std::filesystem::path& directory) {
-    return std::ranges::any_of(listDirectory(directory), [](const std::filesystem::path& file) {
-        return file.extension() == ".json";
-    });
-}
-
-bool waitUntilTaken(const std::filesystem::path& directory) {
+bool waitUntilTaken(const std::filesystem::path& request) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{1};
-    while (holdsRequest(directory)) {
+    while (access(request.c_str(), F_OK) == 0) {
         if (std::chrono::steady_clock::now() >= deadline) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds{20});
     }
@@ -70,11 +49,11 @@ FocusOperations FocusOperations::live() {
             [](const std::string& path, const std::vector<std::string>& arguments) {
                 return ProcessRunner::run(path, arguments, programTimeout, maxOutputBytes);
             },
-        .findProgram = findOnPath,
+        .findProgram = SearchPath::find,
         .hostChain = [](const std::string& tty) { return TerminalHost::hostChain(tty); },
         .processesOnTTY = [](const std::string& tty) { return TerminalHost::processesOnTTY(tty); },
         .directoryOf = directoryByProc,
-        .requestsAreTaken = waitUntilTaken,
+        .requestIsTaken = waitUntilTaken,
     };
 }
 

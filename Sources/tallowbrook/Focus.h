@@ -43,8 +43,8 @@ struct FocusOperations {
     std::function<std::vector<TerminalHost::ProcessPair>(const std::string& tty)> processesOnTTY;
     // The working directory of a process, where the system tells it.
     std::function<std::optional<std::string>(pid_t pid)> directoryOf;
-    // Waits a moment until somebody has taken every request from the directory.
-    std::function<bool(const std::filesystem::path& requests)> requestsAreTaken;
+    // Waits a moment until somebody has taken this request, of `EditorBridge::requestTerminal`.
+    std::function<bool(const std::filesystem::path& request)> requestIsTaken;
 
     static FocusOperations live();
 };

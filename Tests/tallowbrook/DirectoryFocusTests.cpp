@@ -14,14 +14,6 @@ namespace {
 using testing::HasSubstr;
 using enum FocusOutcome::Result;
 
-const std::string listPanes =
-    "/bin/tmux -u list-panes -a -F #{pane_id} #{session_id} #{pane_tty} #{pane_current_path}";
-const std::string listClients = "/bin/tmux -u list-clients -F #{session_id} #{client_tty}";
-
-std::string selection(const std::string& pane) {
-    return "/bin/tmux -u select-window -t " + pane + " ; select-pane -t " + pane;
-}
-
 struct FocusByDirectory : testing::Test {
     TemporaryDirectory directory;
     TallowbrookPaths paths{directory.path};
@@ -51,36 +43,43 @@ struct FocusByDirectory : testing::Test {
 };
 
 TEST_F(FocusByDirectory, selectsTheOnePaneThatWorksThere) {
-    machine.answers[listPanes] = "%0 $0 /dev/pts/1 /src\n%1 $0 /dev/pts/2 /src/proj\n";
-    machine.answers[selection("%1")] = "";
-    machine.answers[listClients] = "$0 /dev/pts/0\n";
+    machine.answers[tmuxPanes] = "%0 $0 /dev/pts/1 /src\n%1 $0 /dev/pts/2 /src/proj\n";
+    machine.answers[tmuxSelection("%1")] = "";
+    machine.answers[tmuxClients] = "$0 /dev/pts/0\n";
     EXPECT_EQ(focus(), FocusOutcome::focused("The tmux pane %1 was selected."));
 }
 
 TEST_F(FocusByDirectory, switchesAClientOfAnotherSessionToThePane) {
-    machine.answers[listPanes] = "%1 $1 /dev/pts/2 /src/proj\n";
-    machine.answers[selection("%1")] = "";
-    machine.answers[listClients] = "$0 /dev/pts/0\n";
+    machine.answers[tmuxPanes] = "%1 $1 /dev/pts/2 /src/proj\n";
+    machine.answers[tmuxSelection("%1")] = "";
+    machine.answers[tmuxClients] = "$0 /dev/pts/0\n";
     machine.answers["/bin/tmux -u switch-client -c /dev/pts/0 -t %1"] = "";
     EXPECT_EQ(focus().result, focused);
 }
 
 TEST_F(FocusByDirectory, ofSeveralPanesTakesTheOneWithTheAgent) {
-    machine.answers[listPanes] = "%0 $0 /dev/pts/1 /src/proj\n%1 $0 /dev/pts/2 /src/proj\n";
-    machine.answers[selection("%1")] = "";
-    machine.answers[listClients] = "$0 /dev/pts/0\n";
+    machine.answers[tmuxPanes] = "%0 $0 /dev/pts/1 /src/proj\n%1 $0 /dev/pts/2 /src/proj\n";
+    machine.answers[tmuxSelection("%1")] = "";
+    machine.answers[tmuxClients] = "$0 /dev/pts/0\n";
     agentTerminal = "/dev/pts/2";
     EXPECT_EQ(focus(), FocusOutcome::focused("The tmux pane %1 was selected."));
 }
 
 TEST_F(FocusByDirectory, choosesNoneOfSeveral) {
-    machine.answers[listPanes] = "%0 $0 /dev/pts/1 /src/proj\n%1 $0 /dev/pts/2 /src/proj\n";
+    machine.answers[tmuxPanes] = "%0 $0 /dev/pts/1 /src/proj\n%1 $0 /dev/pts/2 /src/proj\n";
     EXPECT_EQ(focus(), FocusOutcome::nothing(
                            "2 tmux panes and editor windows work in /src/proj; none was chosen."));
 }
 
+TEST_F(FocusByDirectory, countsAPaneOnceThatSeveralSessionsShare) {
+    machine.answers[tmuxPanes] = "%1 $0 /dev/pts/2 /src/proj\n%1 $1 /dev/pts/2 /src/proj\n";
+    machine.answers[tmuxSelection("%1")] = "";
+    machine.answers[tmuxClients] = "$0 /dev/pts/0\n";
+    EXPECT_EQ(focus(), FocusOutcome::focused("The tmux pane %1 was selected."));
+}
+
 TEST_F(FocusByDirectory, saysWhenNothingWorksThere) {
-    machine.answers[listPanes] = "%0 $0 /dev/pts/1 /src\n";
+    machine.answers[tmuxPanes] = "%0 $0 /dev/pts/1 /src\n";
     EXPECT_EQ(focus(),
               FocusOutcome::nothing("No tmux pane and no editor window works in /src/proj."));
     machine.programs.clear();
@@ -92,6 +91,7 @@ TEST_F(FocusByDirectory, asksTheEditorWhoseShellIsThere) {
     addWindow("VSCodium", "/src/proj", 900);
     machine.directories[850] = "/src/proj";
     EXPECT_EQ(focus(), FocusOutcome::focused("Cursor was asked to show the session's terminal."));
+    EXPECT_EQ(machine.takenRequests, std::vector<std::string>{"{\"shellPid\":850}"});
 }
 
 TEST_F(FocusByDirectory, opensTheEditorWhoseFolderHoldsIt) {

@@ -7,8 +7,17 @@
 #include <vector>
 
 #include "Focus.h"
+#include "Support/FileContents.h"
 
 namespace tallowbrook::host {
+
+// The lines with which tmux is asked.
+inline const std::string tmuxPanes =
+    "/bin/tmux -u list-panes -a -F #{pane_id} #{session_id} #{pane_tty} #{pane_current_path}";
+inline const std::string tmuxClients = "/bin/tmux -u list-clients -F #{session_id} #{client_tty}";
+inline std::string tmuxSelection(const std::string& pane) {
+    return "/bin/tmux -u select-window -t " + pane + " ; select-pane -t " + pane;
+}
 
 struct FakeMachine {
     // What a program prints for a command line, joined by blanks; a missing one fails.
@@ -17,7 +26,8 @@ struct FakeMachine {
     std::map<std::string, std::vector<TerminalHost::Process>> chains;
     std::map<std::string, std::vector<TerminalHost::ProcessPair>> processes;
     std::map<pid_t, std::string> directories;
-    bool requestsAreTaken = true;
+    bool takesRequests = true;
+    std::vector<std::string> takenRequests;  // what stood in them
     std::vector<std::string> ran;
 
     FocusOperations operations() {
@@ -43,7 +53,12 @@ struct FakeMachine {
                 if (found == directories.end()) return std::nullopt;
                 return found->second;
             },
-            .requestsAreTaken = [this](const std::filesystem::path&) { return requestsAreTaken; },
+            .requestIsTaken =
+                [this](const std::filesystem::path& request) {
+                    if (!takesRequests) return false;
+                    takenRequests.push_back(contentsOf(request));
+                    return std::filesystem::remove(request);
+                },
         };
     }
 };

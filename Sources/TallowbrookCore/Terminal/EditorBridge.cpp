@@ -86,15 +86,18 @@ std::optional<EditorBridge::Owner> EditorBridge::owner(const std::vector<pid_t>&
     return std::nullopt;
 }
 
-std::expected<void, FileError> EditorBridge::requestTerminal(pid_t shellPid,
-                                                             const std::filesystem::path& directory,
-                                                             Instant now) {
-    if (auto made = TallowbrookPaths::ensureDirectory(directory); !made) return made;
+std::expected<std::filesystem::path, FileError> EditorBridge::requestTerminal(
+    pid_t shellPid, const std::filesystem::path& directory, Instant now) {
+    if (auto made = TallowbrookPaths::ensureDirectory(directory); !made)
+        return std::unexpected(made.error());
     removeExpiredRequests(directory, now);
     const auto id = randomUUID();
     if (!id) return std::unexpected(id.error());
     const std::string text = "{\"shellPid\":" + std::to_string(shellPid) + "}";
-    return writeAtomically(directory / UUIDText::text(*id).append(extension), text);
+    auto request = directory / UUIDText::text(*id).append(extension);
+    if (auto written = writeAtomically(request, text); !written)
+        return std::unexpected(written.error());
+    return request;
 }
 
 void EditorBridge::removeExpiredRequests(const std::filesystem::path& directory, Instant now) {

@@ -46,10 +46,10 @@ std::optional<Owner> owner(const std::vector<pid_t>& processes,
 
 // Asks the editor with this shell to reveal its terminal, by a new file in `directory`, which is
 // made where it is missing. An extension sees the whole file or none. Expired requests are removed
-// first. Fails when the directory or the file cannot be made; then no request is there.
-[[nodiscard]] std::expected<void, FileError> requestTerminal(pid_t shellPid,
-                                                             const std::filesystem::path& directory,
-                                                             Instant now);
+// first. Gives the file, which an extension that takes the request removes. Fails when the
+// directory or the file cannot be made; then no request is there.
+[[nodiscard]] std::expected<std::filesystem::path, FileError> requestTerminal(
+    pid_t shellPid, const std::filesystem::path& directory, Instant now);
 
 // Removes the requests in `directory` last written more than `requestLifetime` before `now`, also
 // those that were never finished. Never for the directory of the window records, which look like
