@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <optional>
 
 #include "DiffView.h"
 #include "ExitStatus.h"
@@ -14,10 +15,10 @@
 namespace tallowbrook::host {
 namespace {
 
-// Anything but a yes is a no, the end of the input too.
-bool agrees(const std::filesystem::path& file) {
+// Anything but a yes is a no, the end of the input too. Absent when nobody can be asked.
+std::optional<bool> agrees(const std::filesystem::path& file) {
     const auto question = fmt::format("Change {}? [y/N] ", TerminalText::printable(file.string()));
-    if (!TerminalOutput::show(question)) return false;
+    if (TerminalOutput::showAsResult(question) != ExitStatus::done) return std::nullopt;
     std::string answer;
     if (!std::getline(std::cin, answer)) {
         TerminalOutput::mention("\n");
@@ -76,10 +77,14 @@ std::expected<ConfigChange, std::string> ConfigChange::prepare(
 ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
     while (true) {
         if (plan.isNoOp() || !plan.proposedText) return ReviewOutcome::unchanged;
-        if (!TerminalOutput::show(showDiff(plan.diff, colourOfStandardOutput())))
+        // What was not shown was not agreed to.
+        if (TerminalOutput::showAsResult(showDiff(plan.diff, colourOfStandardOutput())) !=
+            ExitStatus::done)
             return ReviewOutcome::failed;
         if (options.dryRun) return ReviewOutcome::previewed;
-        if (!options.assumeYes && !agrees(plan.fileURL)) return ReviewOutcome::declined;
+        const auto agreed = options.assumeYes ? std::optional{true} : agrees(plan.fileURL);
+        if (!agreed) return ReviewOutcome::failed;
+        if (!*agreed) return ReviewOutcome::declined;
 
         const auto backup = ConfigFileWriter::apply(plan, backupDirectory, currentInstant());
         if (backup) {

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Integrations/ProviderDetector.h"
 #include "SetupHome.h"
 
 namespace tallowbrook {
@@ -31,7 +32,7 @@ constexpr auto settings = R"({
 TEST(Setup, putsTheHooksInAndProvesThatTheyArrive) {
     const SetupHome home;
     writeContents(home.claudeFile, settings);
-    const auto result = home.host({"setup", "--yes"});
+    const auto result = home.host({"setup", "claude-code", "--yes"});
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, HasSubstr("The test event has arrived.\n"));
     EXPECT_THAT(result.output, HasSubstr("Claude Code is set up"));
@@ -61,7 +62,8 @@ TEST(Setup, provesItselfWhileAnotherHostWatches) {
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, HasSubstr("The test event has arrived.\n"));
     watcher.send(SIGTERM);
-    EXPECT_THAT(watcher.wait().output, Not(HasSubstr("setup-check")));
+    // It says nothing of the test's session.
+    EXPECT_EQ(watcher.wait().output, "No sessions to show.\n");
 }
 
 TEST(Setup, doneTwiceChangesNothingTheSecondTime) {
@@ -93,10 +95,23 @@ TEST(Setup, withoutATerminalRefusesUnlessTheUserAgreedBefore) {
     const SetupHome home;
     writeContents(home.claudeFile, settings);
     const auto before = home.tree();
-    const auto result = home.host({"setup"});
+    const auto result = home.host({"setup", "claude-code"});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("Standard input is no terminal"));
     EXPECT_EQ(home.tree(), before);
+}
+
+TEST(Setup, whereTheDifferenceCannotBeShownSaysSoAndChangesNothing) {
+    for (const std::string option : {"--yes", "--dry-run"}) {
+        const SetupHome home;
+        writeContents(home.claudeFile, settings);
+        ProgramCall call = home.hostCall({"setup", "claude-code", option});
+        call.prepare = [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); };
+        const auto result = run(call);
+        EXPECT_EQ(result.status, 1) << option;
+        EXPECT_THAT(result.errors, HasSubstr("Standard output cannot be written: "));
+        EXPECT_EQ(contentsOf(home.claudeFile), settings);
+    }
 }
 
 TEST(Setup, namesEveryFileBeforeTheFirstQuestion) {
@@ -113,7 +128,7 @@ TEST(Setup, takesAnythingButAYesForANo) {
     for (const std::string answer : {"", "n", "maybe", "N"}) {
         const SetupHome home;
         writeContents(home.claudeFile, settings);
-        const auto result = home.hostWithAnswers({"setup"}, {answer});
+        const auto result = home.hostWithAnswers({"setup", "claude-code"}, {answer});
         EXPECT_EQ(result.status, declined) << answer;
         EXPECT_THAT(result.output, HasSubstr("was left as it is."));
         EXPECT_EQ(contentsOf(home.claudeFile), settings);
@@ -134,9 +149,7 @@ TEST(Setup, showsTheNewDifferenceWhenTheFileChangesWhileItAsks) {
     const SetupHome home;
     writeContents(home.claudeFile, settings);
     const PseudoTerminal terminal;
-    ProgramCall call = home.hostCall({"setup"});
-    call.prepare = [&] { dup2(open(terminal.path.c_str(), O_RDWR), STDIN_FILENO); };
-    RunningProgram host{call};
+    RunningProgram host{SetupHome::onTerminal(terminal, home.hostCall({"setup", "claude-code"}))};
     ASSERT_TRUE(host.waitForOutput("[y/N] "));
     writeContents(home.claudeFile, "{\"later\": true}\n");
     ASSERT_TRUE(terminal.type("y\n"));
@@ -152,7 +165,7 @@ TEST(Setup, ofAFileThatIsNoJSONSaysWhereAndChangesNothing) {
     const SetupHome home;
     writeContents(home.claudeFile, "{\n  // mine\n}\n");
     const auto before = home.tree();
-    const auto result = home.host({"setup", "--yes"});
+    const auto result = home.host({"setup", "claude-code", "--yes"});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr(home.claudeFile.string()));
     EXPECT_THAT(result.errors, HasSubstr("line 2, column 3: Expected a string key"));
@@ -160,6 +173,9 @@ TEST(Setup, ofAFileThatIsNoJSONSaysWhereAndChangesNothing) {
 }
 
 TEST(Setup, withoutAgentsSaysHowToNameOne) {
+    for (const auto provider : allCases<Provider>())
+        if (const auto found = ProviderDetector::live(false).detect(provider).executablePath)
+            GTEST_SKIP() << "there is " << *found;
     const SetupHome home;
     const auto result = home.host({"setup", "--yes"});
     EXPECT_EQ(result.status, 1);
@@ -205,13 +221,13 @@ TEST(Setup, refusesAnAgentThatItDoesNotKnow) {
 TEST(Remove, takesOutWhatSetupPutInAndNothingElse) {
     const SetupHome home;
     writeContents(home.claudeFile, settings);
-    EXPECT_EQ(home.host({"setup", "--yes"}).status, 0);
-    const auto result = home.host({"remove", "--yes"});
+    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+    const auto result = home.host({"remove", "claude-code", "--yes"});
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, HasSubstr("Claude Code no longer calls tallowbrook."));
     EXPECT_EQ(contentsOf(home.claudeFile), settings);
     EXPECT_THAT(home.backups(), SizeIs(2));
-    EXPECT_THAT(home.host({"remove", "--yes"}).output,
+    EXPECT_THAT(home.host({"remove", "claude-code", "--yes"}).output,
                 HasSubstr("Claude Code does not call tallowbrook."));
 }
 
@@ -219,7 +235,7 @@ TEST(Remove, asADryRunWritesNothingAtAll) {
     const SetupHome home;
     EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
     const auto before = home.tree();
-    EXPECT_EQ(home.host({"remove", "--dry-run"}).status, 0);
+    EXPECT_EQ(home.host({"remove", "claude-code", "--dry-run"}).status, 0);
     EXPECT_EQ(home.tree(), before);
 }
 

@@ -13,7 +13,8 @@ namespace tallowbrook {
 
 struct SetupHome : TestHome {
     SetupHome() {
-        // No agent that the machine itself has.
+        // An agent of the machine's own may still be found: in /usr/bin, and where installers put
+        // one. So tests name the agents that they mean.
         environment["PATH"] = "/usr/bin:/bin";
         environment["CLAUDE_CONFIG_DIR"] = std::nullopt;
         environment["CODEX_HOME"] = std::nullopt;
@@ -24,17 +25,17 @@ struct SetupHome : TestHome {
     std::filesystem::path claudeFile = user / ".claude" / "settings.json";
     std::filesystem::path codexFile = user / ".codex" / "hooks.json";
 
-    // Runs the host with its standard input on a terminal, on which each answer is typed when the
-    // next question comes.
+    // The call with its standard input on the terminal, which outlives it.
+    static ProgramCall onTerminal(const PseudoTerminal& terminal, ProgramCall call) {
+        call.prepare = [&terminal] { dup2(open(terminal.path.c_str(), O_RDWR), STDIN_FILENO); };
+        return call;
+    }
+
+    // Runs the host on a terminal, on which each answer is typed when the next question comes.
     ProgramResult hostWithAnswers(std::vector<std::string> arguments,
                                   const std::vector<std::string>& answers) const {
         const PseudoTerminal terminal;
-        ProgramCall call = hostCall(std::move(arguments));
-        call.prepare = [&] {
-            const int file = open(terminal.path.c_str(), O_RDWR);
-            dup2(file, STDIN_FILENO);
-        };
-        RunningProgram host{call};
+        RunningProgram host{onTerminal(terminal, hostCall(std::move(arguments)))};
         std::string seen;
         for (const auto& answer : answers) {
             while (host.output().substr(seen.size()).find("[y/N] ") == std::string::npos)
@@ -62,9 +63,5 @@ struct SetupHome : TestHome {
         return files;
     }
 };
-
-inline bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 }  // namespace tallowbrook
