@@ -3,7 +3,9 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <functional>
+#include <iostream>
 #include <optional>
 #include <string>
 
@@ -31,8 +33,11 @@ const std::string footer =
 const std::string changeFooter =
     footer +
     "\n3: a question was answered with no; that file was left as it is.\n"
-    "A file is changed only after a yes or with --yes, and what was there is kept as a backup.\n"
+    "A configuration file is changed only after a yes or with --yes, and its backup is kept.\n"
     "Without a terminal to ask on and without --yes, nothing is changed and the status is 1.";
+const std::string setupFooter =
+    changeFooter +
+    "\nThe helper and the database are put into the data directory before the first question.";
 const std::string healthFooter =
     footer +
     "\n3: an agent's state is partial, needs repair, silent or unreadable.\n"
@@ -136,7 +141,7 @@ class CommandLine {
     void addSetup() {
         auto* setUp = add(
             "setup", "Let the agents report to tallowbrook",
-            [this] { return host::setup(paths(), choice_, review_); }, changeFooter);
+            [this] { return host::setup(paths(), choice_, review_); }, setupFooter);
         addAgents(setUp, "claude-code or codex; without names, those that are there");
         addReview(setUp);
         auto* remove = add(
