@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 
 extern char** environ;
@@ -24,9 +25,10 @@ class SpawnSettings {
     SpawnSettings(const SpawnSettings&) = delete;
     SpawnSettings& operator=(const SpawnSettings&) = delete;
 
-    bool prepare(int output) {
+    bool prepare(const FileDescriptor& input, const FileDescriptor& output) {
         short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
-        return hasActions_ && hasAttributes_ && connectStreams(output) &&
+        return hasActions_ && hasAttributes_ && connect(STDIN_FILENO, input, O_RDONLY) &&
+               connect(STDOUT_FILENO, output, O_WRONLY) && connect(STDERR_FILENO, {}, O_WRONLY) &&
                ProcessLaunch::closeOtherDescriptors(actions_, flags) && resetSignals() &&
                posix_spawnattr_setflags(&attributes_, flags) == 0;
     }
@@ -35,13 +37,10 @@ class SpawnSettings {
     const posix_spawnattr_t* attributes() const { return &attributes_; }
 
  private:
-    bool connectStreams(int output) {
-        constexpr const char* nullDevice = "/dev/null";
-        return posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO) == 0 &&
-               posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, nullDevice, O_RDONLY, 0) ==
-                   0 &&
-               posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, nullDevice, O_WRONLY,
-                                                0) == 0;
+    bool connect(int stream, const FileDescriptor& file, int mode) {
+        if (file.isOpen())
+            return posix_spawn_file_actions_adddup2(&actions_, file.number(), stream) == 0;
+        return posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", mode, 0) == 0;
     }
 
     // A parent that ignores or blocks SIGTERM would otherwise start children that cannot be ended.
@@ -77,11 +76,12 @@ std::optional<ProcessLaunch::Pipe> ProcessLaunch::makePipe() {
     return pipe;
 }
 
-std::optional<pid_t> ProcessLaunch::start(const std::string& executablePath,
-                                          const std::vector<std::string>& arguments,
-                                          const FileDescriptor& output) {
+std::expected<pid_t, int> ProcessLaunch::start(const std::string& executablePath,
+                                               const std::vector<std::string>& arguments,
+                                               const FileDescriptor& output,
+                                               const FileDescriptor& input) {
     SpawnSettings settings;
-    if (!settings.prepare(output.number())) return std::nullopt;
+    if (!settings.prepare(input, output)) return std::unexpected(ENOMEM);
 
     // posix_spawn(3) promises to leave the words alone.
     std::vector<char*> words{const_cast<char*>(executablePath.c_str())};
@@ -89,9 +89,9 @@ std::optional<pid_t> ProcessLaunch::start(const std::string& executablePath,
     words.push_back(nullptr);
 
     pid_t child = -1;
-    if (posix_spawn(&child, executablePath.c_str(), settings.actions(), settings.attributes(),
-                    words.data(), environ) != 0)
-        return std::nullopt;
+    const int error = posix_spawn(&child, executablePath.c_str(), settings.actions(),
+                                  settings.attributes(), words.data(), environ);
+    if (error != 0) return std::unexpected(error);
     return child;
 }
 

@@ -1,4 +1,5 @@
-// Starting a child process, and learning of its exit: what `ProcessRunner` asks of the system.
+// Starting a child process, and learning of its exit: what those ask of the system who run
+// programs.
 //
 // Stateless; safe from any thread.
 #pragma once
@@ -6,6 +7,7 @@
 #include <spawn.h>
 #include <sys/types.h>
 
+#include <expected>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,12 +25,15 @@ struct Pipe {
 // streams, even where those are closed. Absent when the system refuses.
 std::optional<Pipe> makePipe();
 
-// Starts the executable at exactly this path, with `output` as its standard output, the null device
-// as the other two standard streams, no further descriptor, no signal blocked and none ignored.
-// Returns once the program runs. Absent when the system refuses. Whoever starts a child must reap
-// it.
-std::optional<pid_t> start(const std::string& executablePath,
-                           const std::vector<std::string>& arguments, const FileDescriptor& output);
+// Starts the executable at exactly this path, with `output` and `input` as its standard streams, no
+// further descriptor, no signal blocked and none ignored. Of the two, those that are open are ends
+// of pipes of `makePipe`; the null device stands in for one that is not, and is the standard error.
+// Returns once the program runs, else the error number of posix_spawn(3). Whoever starts a child
+// must reap it.
+[[nodiscard]] std::expected<pid_t, int> start(const std::string& executablePath,
+                                              const std::vector<std::string>& arguments,
+                                              const FileDescriptor& output,
+                                              const FileDescriptor& input = {});
 
 // Waits until a child of this process has exited, and leaves it to be reaped. Returns early where
 // the system cannot wait so. One implementation per system.

@@ -3,9 +3,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <csignal>
 
 #include "Support/ChildProcess.h"
 
@@ -59,6 +62,50 @@ TEST(ProcessLaunch, anExitIsAwaitedThoughTheChildWasStoppedBefore) {
     int status = 0;
     ASSERT_EQ(waitpid(*child, &status, WNOHANG), *child);
     EXPECT_EQ(WEXITSTATUS(status), 8);
+}
+
+int statusOf(pid_t child) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    return WEXITSTATUS(status);
+}
+
+TEST(ProcessLaunch, aChildReadsWhatItIsGiven) {
+    const auto output = ProcessLaunch::makePipe();
+    auto input = ProcessLaunch::makePipe();
+    ASSERT_TRUE(output && input);
+    ASSERT_EQ(write(input->writer.number(), "text", 4), 4);
+    input->writer = FileDescriptor{};
+    const auto child = ProcessLaunch::start("/bin/cat", {}, output->writer, input->reader);
+    ASSERT_TRUE(child);
+    EXPECT_EQ(statusOf(*child), 0);
+    std::array<char, 8> bytes{};
+    EXPECT_EQ(read(output->reader.number(), bytes.data(), bytes.size()), 4);
+    EXPECT_STREQ(bytes.data(), "text");
+}
+
+TEST(ProcessLaunch, theNullDeviceStandsInForWhatIsNotGiven) {
+    const auto child = ProcessLaunch::start(
+        "/bin/sh", {"-c", "read line && exit 1; echo text || exit 2; exit 9"}, FileDescriptor{});
+    ASSERT_TRUE(child);
+    EXPECT_EQ(statusOf(*child), 9);
+}
+
+TEST(ProcessLaunch, aChildIgnoresNoSignalThoughItsParentDoes) {
+    EXPECT_EQ(inChildProcess([]() -> std::string {
+                  signal(SIGXFSZ, SIG_IGN);
+                  const auto child =
+                      ProcessLaunch::start("/bin/sh", {"-c", "kill -XFSZ $$"}, FileDescriptor{});
+                  int status = 0;
+                  if (!child || waitpid(*child, &status, 0) != *child) return "not started";
+                  return WIFSIGNALED(status) ? "ended by the signal" : "ignored";
+              }),
+              "ended by the signal");
+}
+
+TEST(ProcessLaunch, saysWhyAProgramCannotBeStarted) {
+    EXPECT_EQ(ProcessLaunch::start("/nowhere", {}, FileDescriptor{}).error(), ENOENT);
+    EXPECT_EQ(ProcessLaunch::start("/", {}, FileDescriptor{}).error(), EACCES);
 }
 
 TEST(ProcessLaunch, awaitingAProcessThatIsNoChildReturns) {
