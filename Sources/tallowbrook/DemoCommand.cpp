@@ -17,9 +17,10 @@ int demo() {
     std::string text = "A demonstration: none of these sessions is real.\n\n" +
                        SessionList::make(data.sessions, ListScope::all, now).table(now) + "\n";
     for (const auto& entry : data.entries) {
-        const auto directory = entry.event.cwd.value_or("");
-        const auto project = directory.substr(directory.rfind('/') + 1);
-        text += TerminalText::padded(project, 16) + timelineRow(entry.event, entry.effect, now);
+        SessionSnapshot session;
+        session.cwd = entry.event.cwd;
+        text += TerminalText::padded(session.projectLabel(), 16) +
+                timelineRow(entry.event, entry.effect, now);
     }
     return TerminalOutput::showAsResult(text);
 }

@@ -19,10 +19,7 @@ FocusOutcome focusPane(const Tmux& tmux, const Tmux::Pane& pane) {
         return FocusOutcome::nothing(fmt::format("The tmux pane {} cannot be selected.", pane.id));
     if (tmux.show(pane))
         return FocusOutcome::focused(fmt::format("The tmux pane {} was selected.", pane.id));
-    return FocusOutcome::instead(
-        fmt::format("The tmux pane {} was selected, but no terminal shows it: \"tmux attach -t "
-                    "'{}'\" does.",
-                    pane.id, pane.session));
+    return Tmux::selectedUnseen(pane);
 }
 
 // An editor window that may have the session, with the shell where that is known.

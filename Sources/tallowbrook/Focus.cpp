@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <thread>
 
 #include "Integrations/SearchPath.h"
@@ -19,14 +20,6 @@ bool waitUntilTaken(const std::filesystem::path& request) {
         std::this_thread::sleep_for(std::chrono::milliseconds{20});
     }
     return true;
-}
-
-std::optional<std::string> directoryByProc(pid_t pid) {
-    std::error_code error;
-    const auto directory =
-        std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/cwd", error);
-    if (error) return std::nullopt;
-    return directory.string();
 }
 
 }  // namespace
@@ -52,7 +45,7 @@ FocusOperations FocusOperations::live() {
         .findProgram = SearchPath::find,
         .hostChain = [](const std::string& tty) { return TerminalHost::hostChain(tty); },
         .processesOnTTY = [](const std::string& tty) { return TerminalHost::processesOnTTY(tty); },
-        .directoryOf = directoryByProc,
+        .directoryOf = directoryOfProcess,
         .requestIsTaken = waitUntilTaken,
     };
 }

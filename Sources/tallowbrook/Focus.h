@@ -1,7 +1,6 @@
 // Brings the window in which a session runs to the front.
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -41,13 +40,16 @@ struct FocusOperations {
     std::function<std::optional<std::string>(std::string_view name)> findProgram;
     std::function<std::vector<TerminalHost::Process>(const std::string& tty)> hostChain;
     std::function<std::vector<TerminalHost::ProcessPair>(const std::string& tty)> processesOnTTY;
-    // The working directory of a process, where the system tells it.
-    std::function<std::optional<std::string>(pid_t pid)> directoryOf;
+    std::function<std::optional<std::string>(pid_t pid)> directoryOf;  // `directoryOfProcess`
     // Waits a moment until somebody has taken this request, of `EditorBridge::requestTerminal`.
     std::function<bool(const std::filesystem::path& request)> requestIsTaken;
 
     static FocusOperations live();
 };
+
+// The working directory of a process, where the system tells it to other processes. One
+// implementation per system.
+std::optional<std::string> directoryOfProcess(pid_t pid);
 
 // One implementation per system: by the session's terminal on macOS, by its working directory on
 // Linux, where an agent's terminal has no name that lasts.

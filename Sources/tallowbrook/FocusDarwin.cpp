@@ -3,6 +3,8 @@
 
 namespace tallowbrook::host {
 
+std::optional<std::string> directoryOfProcess(pid_t) { return std::nullopt; }
+
 FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
                           const FocusOperations& operations) {
     if (session.tty) return TerminalFocus{paths, operations}.focus(*session.tty);

@@ -1,23 +1,27 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <array>
+#include <filesystem>
 
 #include "DirectoryFocus.h"
 #include "Focus.h"
+#include "Integrations/ProviderLocations.h"
 #include "Terminal/ProcessTable.h"
 
 namespace tallowbrook::host {
 namespace {
 
-constexpr std::array<std::string_view, 2> agentPrograms{"claude", "codex"};
+bool isAgent(std::string_view program) {
+    return std::ranges::any_of(allCases<Provider>(), [&](Provider provider) {
+        return program == ProviderLocations::of(provider).executableName;
+    });
+}
 
 bool agentRunsOn(const std::string& tty) {
     const auto device = ProcessTable::terminalDevice(tty.substr(std::string_view{"/dev/"}.size()));
     if (!device) return false;
-    return std::ranges::any_of(ProcessTable::processesOnDevice(*device), [](const auto& process) {
-        return std::ranges::find(agentPrograms, process.name) != agentPrograms.end();
-    });
+    return std::ranges::any_of(ProcessTable::processesOnDevice(*device),
+                               [](const auto& process) { return isAgent(process.name); });
 }
 
 // All but the unreserved characters of RFC 3986, section 2.3, and the slashes of a path.
@@ -34,6 +38,14 @@ std::string percentEncoded(std::string_view path) {
 }
 
 }  // namespace
+
+std::optional<std::string> directoryOfProcess(pid_t pid) {
+    std::error_code error;
+    const auto directory =
+        std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/cwd", error);
+    if (error) return std::nullopt;
+    return directory.string();
+}
 
 FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
                           const FocusOperations& operations) {

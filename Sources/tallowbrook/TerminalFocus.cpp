@@ -46,11 +46,7 @@ FocusOutcome TerminalFocus::focusThroughTmux(const std::string& tty) const {
     if (pane == panes.end() || !tmux->select(*pane))
         return FocusOutcome::nothing("The session runs in tmux, but its pane was not found.");
     const auto client = tmux->show(*pane);
-    if (!client)
-        return FocusOutcome::instead(fmt::format(
-            "The tmux pane {} was selected, but no terminal shows it: \"tmux attach -t '{}'\" "
-            "does.",
-            pane->id, pane->session));
+    if (!client) return Tmux::selectedUnseen(*pane);
     const auto clientTTY = client->substr(std::min(devices.size(), client->size()));
     auto outcome = focusDirectly(clientTTY, operations_.hostChain(clientTTY));
     outcome.sentence = fmt::format("The tmux pane {} was selected. {}", pane->id, outcome.sentence);

@@ -1,5 +1,7 @@
 #include "Tmux.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -71,6 +73,13 @@ std::optional<std::string> Tmux::show(const Pane& pane) const {
     }
     if (!other || !run({"switch-client", "-c", *other, "-t", pane.id})) return std::nullopt;
     return other;
+}
+
+FocusOutcome Tmux::selectedUnseen(const Pane& pane) {
+    return FocusOutcome::instead(
+        fmt::format("The tmux pane {} was selected, but no terminal shows it: \"tmux attach -t "
+                    "'{}'\" does.",
+                    pane.id, pane.session));
 }
 
 }  // namespace tallowbrook::host

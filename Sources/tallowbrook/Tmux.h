@@ -32,6 +32,9 @@ class Tmux {
     // which then shows it too; absent when nobody is attached.
     std::optional<std::string> show(const Pane& pane) const;
 
+    // What came of it when nobody is attached.
+    static FocusOutcome selectedUnseen(const Pane& pane);
+
  private:
     Tmux(std::string program, const FocusOperations& operations)
         : program_{std::move(program)}, operations_{&operations} {}
