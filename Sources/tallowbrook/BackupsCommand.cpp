@@ -56,16 +56,11 @@ const AgentBackup* select(const std::vector<AgentBackup>& backups,
     return nullptr;
 }
 
-int fail(std::string_view sentence, int status = ExitStatus::failed) {
-    TerminalOutput::complain(sentence);
-    return status;
-}
-
 }  // namespace
 
 int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice) {
     const auto backups = find(paths, choice);
-    if (!backups) return fail(backups.error());
+    if (!backups) return TerminalOutput::fail(backups.error());
     if (backups->empty()) return TerminalOutput::showAsResult("There are no backups.\n");
     const Instant now = currentInstant();
     std::string text;
@@ -81,11 +76,11 @@ int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice) {
 int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
                   const std::optional<std::string>& backup, const ReviewOptions& options) {
     const auto backups = find(paths, choice);
-    if (!backups) return fail(backups.error());
+    if (!backups) return TerminalOutput::fail(backups.error());
     const auto* selected = select(*backups, backup);
-    if (selected == nullptr && !backup) return fail("There are no backups.");
+    if (selected == nullptr && !backup) return TerminalOutput::fail("There are no backups.");
     if (selected == nullptr)
-        return fail(
+        return TerminalOutput::fail(
             fmt::format("There is no backup \"{}\". \"tallowbrook backups\" lists them.", *backup),
             ExitStatus::wrongUsage);
     const auto planner = [=]() -> std::expected<ConfigChangePlan, std::string> {
@@ -94,14 +89,12 @@ int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
         return std::unexpected(plan.error().description());
     };
     auto change = ConfigChange::prepare(planner, selected->agent.backupDirectory(paths));
-    if (!change) return fail(change.error() + " Nothing was changed.");
-    if (!canAsk(options)) return 1;
-    const auto outcome = [&] {
-        TerminalOutput::mention(fmt::format(
-            "{}: {}\nBackup: {}\n", displayName(selected->agent.provider),
-            announcement(change->plan), TerminalText::printable(selected->backup.url.string())));
-        return change->review(options);
-    }();
+    if (!change) return TerminalOutput::fail(change.error() + " Nothing was changed.");
+    if (!canAsk(options)) return ExitStatus::failed;
+    TerminalOutput::mention(fmt::format(
+        "{}: {}\nBackup: {}\n", displayName(selected->agent.provider), announcement(change->plan),
+        TerminalText::printable(selected->backup.url.string())));
+    const auto outcome = change->review(options);
     if (outcome == ReviewOutcome::applied) TerminalOutput::mention("The backup was put back.\n");
     return exitStatus(outcome);
 }

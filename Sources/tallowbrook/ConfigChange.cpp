@@ -84,7 +84,11 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
         if (options.dryRun) return ReviewOutcome::previewed;
         const auto agreed = options.assumeYes ? std::optional{true} : agrees(plan.fileURL);
         if (!agreed) return ReviewOutcome::failed;
-        if (!*agreed) return ReviewOutcome::declined;
+        if (!*agreed) {
+            TerminalOutput::mention(fmt::format("{} was left as it is.\n",
+                                                TerminalText::printable(plan.fileURL.string())));
+            return ReviewOutcome::declined;
+        }
 
         const auto backup = ConfigFileWriter::apply(plan, backupDirectory, currentInstant());
         if (backup) {

@@ -45,8 +45,8 @@ struct ConfigChange {
         Planner makePlan, std::filesystem::path backupDirectory);
 
     // Shows the difference and asks, unless there is none; applies the plan after a yes and names
-    // the backup. When the file has changed while the user was asked, shows the new difference and
-    // asks again.
+    // the backup, or says that the file was left as it is. When the file has changed while the user
+    // was asked, shows the new difference and asks again.
     ReviewOutcome review(const ReviewOptions& options);
 };
 

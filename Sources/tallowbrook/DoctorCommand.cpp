@@ -8,7 +8,6 @@
 #include "EventBridge/SpoolDrainer.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "HealthCommand.h"
-#include "HostSettings.h"
 #include "Integrations/ProviderDetector.h"
 #include "ProgramLocation.h"
 #include "StoreCommand.h"

@@ -33,10 +33,7 @@ int explain(const TallowbrookPaths& paths, const std::string& session) {
     return withExistingStore(paths, [&](EventStore& store) {
         const Instant now = currentInstant();
         const auto chosen = chooseSession(store, session, now);
-        if (!chosen) {
-            TerminalOutput::complain(chosen.error());
-            return ExitStatus::wrongUsage;
-        }
+        if (!chosen) return TerminalOutput::fail(chosen.error(), ExitStatus::wrongUsage);
         return TerminalOutput::showAsResult(explanationOf(chosen->snapshot, store, now));
     });
 }

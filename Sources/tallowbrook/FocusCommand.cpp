@@ -29,10 +29,7 @@ int exitStatus(FocusOutcome::Result result) {
 int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
     const auto outcome = focusSession(session, paths);
     const int status = exitStatus(outcome.result);
-    if (status == ExitStatus::failed) {
-        TerminalOutput::complain(outcome.sentence);
-        return status;
-    }
+    if (status == ExitStatus::failed) return TerminalOutput::fail(outcome.sentence);
     const int shown =
         TerminalOutput::showAsResult(TerminalText::printable(outcome.sentence) + "\n");
     return shown == ExitStatus::done ? status : shown;
@@ -43,9 +40,8 @@ int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
 int focus(const TallowbrookPaths& paths, const std::string& session) {
     return withExistingStore(paths, [&](EventStore& store) {
         const auto chosen = chooseSession(store, session, currentInstant());
-        if (chosen) return focusOne(chosen->snapshot, paths);
-        TerminalOutput::complain(chosen.error());
-        return ExitStatus::wrongUsage;
+        if (!chosen) return TerminalOutput::fail(chosen.error(), ExitStatus::wrongUsage);
+        return focusOne(chosen->snapshot, paths);
     });
 }
 

@@ -159,12 +159,10 @@ std::expected<NotificationPreferences, std::string> setPreference(
 
 int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceChange>& change) {
     return withStore(paths, [&](EventStore& store) {
-        if (change) {
-            if (const auto refusal = apply(*change, store)) {
-                TerminalOutput::complain(*refusal + " Nothing was changed.");
-                return ExitStatus::wrongUsage;
-            }
-        }
+        if (change)
+            if (const auto refusal = apply(*change, store))
+                return TerminalOutput::fail(*refusal + " Nothing was changed.",
+                                            ExitStatus::wrongUsage);
         return TerminalOutput::showAsResult(
             preferencesTable(store.preferences().value_or(defaultPreferences())) +
             reminderIntervalRow(store.reminderInterval().value_or(defaultReminderInterval)));

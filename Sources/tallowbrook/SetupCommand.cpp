@@ -13,11 +13,6 @@
 namespace tallowbrook::host {
 namespace {
 
-int fail(std::string_view sentence) {
-    TerminalOutput::complain(sentence);
-    return ExitStatus::failed;
-}
-
 std::string printable(const std::filesystem::path& path) {
     return TerminalText::printable(path.string());
 }
@@ -96,7 +91,8 @@ void noteSetUp(EventStore& store, Provider provider) {
 
 int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, EventStore& store) {
     if (isNew) noteSetUp(store, provider);
-    if (auto tried = tryHelper(paths, provider, store); !tried) return fail(tried.error());
+    if (auto tried = tryHelper(paths, provider, store); !tried)
+        return TerminalOutput::fail(tried.error());
     TerminalOutput::mention("The test event has arrived.\n");
     TerminalOutput::mention(nextStep(provider));
     return ExitStatus::done;
@@ -108,9 +104,6 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
     for (auto& [agent, change] : changes) {
         const auto outcome = change.review(options);
         status = worse(status, exitStatus(outcome));
-        if (outcome == ReviewOutcome::declined)
-            TerminalOutput::mention(
-                fmt::format("{} was left as it is.\n", printable(agent.configFile)));
         if (outcome == ReviewOutcome::applied || outcome == ReviewOutcome::unchanged)
             status = worse(status, finishSetup(paths, agent.provider,
                                                outcome == ReviewOutcome::applied, store));
@@ -123,9 +116,10 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
 int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const ReviewOptions& options) {
     const auto source = bundledHelper();
     if (!source)
-        return fail("The helper was not found beside this program. Install tallowbrook again.");
+        return TerminalOutput::fail(
+            "The helper was not found beside this program. Install tallowbrook again.");
     auto changes = prepare(paths, choice, IntegrationSetup::planInstall);
-    if (!changes) return fail(changes.error() + " Nothing was changed.");
+    if (!changes) return TerminalOutput::fail(changes.error() + " Nothing was changed.");
     if (!canAsk(options)) return ExitStatus::failed;
 
     const auto helper = IntegrationSetup::helperStatus(paths.installedHelper(), *source);
@@ -144,7 +138,7 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     }
     if (helper != HelperStatus::current)
         if (auto installed = IntegrationSetup::installHelper(*source, paths); !installed)
-            return fail(installed.error().description());
+            return TerminalOutput::fail(installed.error().description());
     return withStore(paths,
                      [&](EventStore& store) { return setUpEach(paths, *changes, options, store); });
 }
@@ -152,7 +146,7 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
                 const ReviewOptions& options) {
     auto changes = prepare(paths, choice, IntegrationSetup::planUninstall);
-    if (!changes) return fail(changes.error() + " Nothing was changed.");
+    if (!changes) return TerminalOutput::fail(changes.error() + " Nothing was changed.");
     if (!canAsk(options)) return ExitStatus::failed;
     TerminalOutput::mention(announce(*changes, paths));
     int status = ExitStatus::done;
@@ -165,9 +159,6 @@ int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
         else if (outcome == ReviewOutcome::unchanged)
             TerminalOutput::mention(
                 fmt::format("{} does not call tallowbrook.\n", displayName(agent.provider)));
-        else if (outcome == ReviewOutcome::declined)
-            TerminalOutput::mention(
-                fmt::format("{} was left as it is.\n", printable(agent.configFile)));
     }
     return status;
 }

@@ -6,6 +6,7 @@
 
 #include "Diagnostics/DiagnosticLog.h"
 #include "EventStore.h"
+#include "ExitStatus.h"
 #include "HostLock.h"
 #include "HostSettings.h"
 #include "Ingest.h"
@@ -120,31 +121,26 @@ class Watcher {
     std::set<std::string> standingTroubles_;
 };
 
-int fail(const std::string& sentence) {
-    TerminalOutput::complain(sentence);
-    return 1;
-}
-
 int run(Watcher& watcher, WakeUp& wakeUp, WatchMode mode) {
     const bool passed = watcher.pass();
     const int shown = watcher.showSessions();
-    if (mode == WatchMode::once) return passed ? shown : 1;
+    if (mode == WatchMode::once) return passed ? shown : ExitStatus::failed;
     while (wakeUp.wait(watcher.leads() ? timerInterval : lookingInterval) !=
            WakeUp::Reason::endRequested)
         watcher.pass();
-    return 0;
+    return ExitStatus::done;
 }
 
 }  // namespace
 
 int watch(const TallowbrookPaths& paths, WatchMode mode) {
     auto store = EventStore::open(paths);
-    if (!store) return fail(store.error());
+    if (!store) return TerminalOutput::fail(store.error());
     try {
         Watcher watcher{paths, std::move(*store)};
         if (auto tried = watcher.tryToLead(); !tried)
-            return fail("The lock of this home cannot be taken: " + tried.error().description() +
-                        ".");
+            return TerminalOutput::fail(
+                "The lock of this home cannot be taken: " + tried.error().description() + ".");
         if (!watcher.leads())
             TerminalOutput::complain(
                 "Another host watches this home already. This one only shows what that one "
@@ -152,10 +148,11 @@ int watch(const TallowbrookPaths& paths, WatchMode mode) {
         // Signals are received before the first pass, so that nothing slips through in between.
         auto wakeUp = WakeUp::start();
         if (!wakeUp)
-            return fail("Signals cannot be received: " + wakeUp.error().description() + ".");
+            return TerminalOutput::fail(
+                "Signals cannot be received: " + wakeUp.error().description() + ".");
         return run(watcher, *wakeUp, mode);
     } catch (const SQLite::Exception& error) {
-        return fail(fmt::format("The database cannot be read: {}.", error.what()));
+        return TerminalOutput::fail(fmt::format("The database cannot be read: {}.", error.what()));
     }
 }
 

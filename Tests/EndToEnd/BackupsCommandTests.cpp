@@ -52,7 +52,9 @@ TEST(Restore, putsTheNewestBackBytesForBytes) {
 TEST(Restore, asksFirst) {
     const SetUpHome home;
     const auto before = contentsOf(home.claudeFile);
-    EXPECT_EQ(home.hostWithAnswers({"restore"}, {"n"}).status, 3);
+    const auto refused = home.hostWithAnswers({"restore"}, {"n"});
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_THAT(refused.output, HasSubstr(home.claudeFile.string() + " was left as it is.\n"));
     EXPECT_EQ(contentsOf(home.claudeFile), before);
     EXPECT_EQ(home.hostWithAnswers({"restore"}, {"y"}).status, 0);
     EXPECT_EQ(contentsOf(home.claudeFile), original);
