@@ -24,7 +24,7 @@ bool agentRunsOn(const std::string& tty) {
                                [](const auto& process) { return isAgent(process.name); });
 }
 
-// All but the unreserved characters of RFC 3986, section 2.3, and the slashes of a path.
+// All but the unreserved characters of RFC 3986 and the slashes of a path.
 std::string percentEncoded(std::string_view path) {
     constexpr std::string_view kept =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";

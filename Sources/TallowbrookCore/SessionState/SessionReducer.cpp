@@ -243,7 +243,7 @@ ReductionResult SessionReducer::reduce(std::optional<SessionSnapshot>&& stored,
                                        const AgentEvent& event) const {
     ReductionResult result{EventEffect::noSession, std::move(stored), std::nullopt};
     // Whoever stores the new snapshot in its place does so faster over nothing.
-    stored.reset();
+    stored = std::nullopt;
     advance(result, event, duplicateWindow);
     return result;
 }
