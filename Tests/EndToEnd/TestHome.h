@@ -2,7 +2,9 @@
 // on them in an environment of their own, so that tests that run at once do not wake each other.
 #pragma once
 
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Domain/AgentEvent.h"
@@ -26,8 +28,11 @@ struct TestHome {
     ProgramCall plainHookCall(std::vector<std::string> arguments, std::string input = {}) const;
     ProgramCall plainHostCall(std::vector<std::string> arguments) const;
 
+    // Returns a millisecond later at the earliest, so that no two events have the same time.
     ProgramResult hook(std::vector<std::string> arguments, std::string input = {}) const {
-        return run(hookCall(std::move(arguments), std::move(input)));
+        ProgramResult result = run(hookCall(std::move(arguments), std::move(input)));
+        std::this_thread::sleep_for(std::chrono::milliseconds{1});
+        return result;
     }
     ProgramResult host(std::vector<std::string> arguments) const {
         return run(hostCall(std::move(arguments)));
