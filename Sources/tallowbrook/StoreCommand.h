@@ -19,12 +19,12 @@ int withStore(const TallowbrookPaths& paths, const std::function<int(EventStore&
 // have something to show without a store too, and are given none then.
 int withStoreIfAny(const TallowbrookPaths& paths, const std::function<int(EventStore*)>& action);
 
+// The same for commands that cannot do without: where nothing was ever stored, says so and fails.
+int withExistingStore(const TallowbrookPaths& paths, const std::function<int(EventStore&)>& action);
+
 // The store alone, for a command to which one that cannot be opened is no reason to fail. The error
 // is a whole sentence for the user.
 [[nodiscard]] std::expected<std::optional<EventStore>, std::string> openIfAny(
     const TallowbrookPaths& paths);
-
-// The same for commands that cannot do without: where nothing was ever stored, says so and fails.
-int withExistingStore(const TallowbrookPaths& paths, const std::function<int(EventStore&)>& action);
 
 }  // namespace tallowbrook::host

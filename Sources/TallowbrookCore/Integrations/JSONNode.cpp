@@ -4,14 +4,6 @@
 #include <utility>
 
 namespace tallowbrook {
-namespace {
-
-template <typename Payload>
-auto* payload(auto& node) {
-    return std::get_if<Payload>(&node.value);
-}
-
-}  // namespace
 
 // Written out, since the compiler of the macOS build breaks on ones that are defaulted here.
 bool JSONNode::Object::operator==(const Object& other) const { return members == other.members; }
@@ -25,27 +17,25 @@ JSONNode JSONNode::bool_(bool value) { return {Bool{value}}; }
 JSONNode JSONNode::null() { return {Null{}}; }
 
 const std::vector<JSONMember>* JSONNode::objectMembers() const {
-    const auto* object = payload<Object>(*this);
+    const auto* object = std::get_if<Object>(&value);
     return object ? &object->members : nullptr;
 }
 
 std::vector<JSONMember>* JSONNode::objectMembers() {
-    auto* object = payload<Object>(*this);
-    return object ? &object->members : nullptr;
+    return const_cast<std::vector<JSONMember>*>(std::as_const(*this).objectMembers());
 }
 
 const std::vector<JSONNode>* JSONNode::arrayElements() const {
-    const auto* array = payload<Array>(*this);
+    const auto* array = std::get_if<Array>(&value);
     return array ? &array->elements : nullptr;
 }
 
 std::vector<JSONNode>* JSONNode::arrayElements() {
-    auto* array = payload<Array>(*this);
-    return array ? &array->elements : nullptr;
+    return const_cast<std::vector<JSONNode>*>(std::as_const(*this).arrayElements());
 }
 
 const std::string* JSONNode::stringValue() const {
-    const auto* string = payload<String>(*this);
+    const auto* string = std::get_if<String>(&value);
     return string ? &string->value : nullptr;
 }
 
