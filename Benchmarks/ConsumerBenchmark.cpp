@@ -12,10 +12,10 @@
 
 #include "Claim.h"
 #include "Domain/EventCoding.h"
-#include "HostSettings.h"
-#include "Ingest.h"
 #include "MedianReporter.h"
+#include "Preferences/HostSettings.h"
 #include "SampleSegment.h"
+#include "Watch/Ingest.h"
 
 namespace {
 

@@ -9,18 +9,18 @@
 #include <optional>
 #include <string>
 
-#include "BackupsCommand.h"
-#include "DemoCommand.h"
-#include "DoctorCommand.h"
+#include "Commands/BackupsCommand.h"
+#include "Commands/DemoCommand.h"
+#include "Commands/DoctorCommand.h"
+#include "Commands/ExplainCommand.h"
+#include "Commands/FocusCommand.h"
+#include "Commands/HealthCommand.h"
+#include "Commands/PreferencesCommand.h"
+#include "Commands/SessionsCommand.h"
+#include "Commands/SetupCommand.h"
+#include "Commands/WatchCommand.h"
 #include "EventIngestion/PayloadNormalizer.h"
-#include "ExitStatus.h"
-#include "ExplainCommand.h"
-#include "FocusCommand.h"
-#include "HealthCommand.h"
-#include "PreferencesCommand.h"
-#include "SessionsCommand.h"
-#include "SetupCommand.h"
-#include "WatchCommand.h"
+#include "Output/ExitStatus.h"
 
 namespace {
 

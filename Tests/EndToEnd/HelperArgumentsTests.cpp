@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "EventBridge/FileDescriptor.h"
 #include "Support/FileContents.h"
+#include "System/FileDescriptor.h"
 #include "TestHome.h"
 
 namespace tallowbrook {

@@ -16,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-#include "EventBridge/FileDescriptor.h"
+#include "System/FileDescriptor.h"
 
 namespace tallowbrook {
 

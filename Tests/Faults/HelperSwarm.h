@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "EndToEnd/TestHome.h"
-#include "EventBridge/FileDescriptor.h"
+#include "System/FileDescriptor.h"
 
 namespace tallowbrook {
 

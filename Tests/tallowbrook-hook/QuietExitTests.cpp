@@ -13,9 +13,9 @@
 #include <new>
 #include <stdexcept>
 
-#include "Domain/FileError.h"
 #include "Support/FileContents.h"
 #include "Support/TemporaryDirectory.h"
+#include "System/FileError.h"
 
 namespace tallowbrook::hook {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "EventStore.h"
+#include "Store/EventStore.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 

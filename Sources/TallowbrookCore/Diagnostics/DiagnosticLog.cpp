@@ -9,7 +9,7 @@
 
 #include "EventBridge/SpoolWriter.h"
 #include "EventBridge/TallowbrookPaths.h"
-#include "EventBridge/UserHome.h"
+#include "System/UserHome.h"
 
 namespace tallowbrook {
 namespace {

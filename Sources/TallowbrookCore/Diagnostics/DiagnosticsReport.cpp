@@ -9,10 +9,10 @@
 
 #include "Diagnostics/DiagnosticLog.h"
 #include "Diagnostics/OperatingSystem.h"
-#include "Domain/TakeUntil.h"
-#include "Domain/UTF8.h"
-#include "EventBridge/FileContents.h"
 #include "SessionState/SessionSnapshot.h"
+#include "System/FileContents.h"
+#include "Text/TakeUntil.h"
+#include "Text/UTF8.h"
 
 namespace tallowbrook {
 namespace {

@@ -1,6 +1,6 @@
 #include "Diagnostics/OperatingSystem.h"
 
-#include "Domain/TakeUntil.h"
+#include "Text/TakeUntil.h"
 
 namespace tallowbrook {
 namespace {

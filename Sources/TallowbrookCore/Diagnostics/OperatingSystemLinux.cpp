@@ -1,7 +1,7 @@
 #include <sys/utsname.h>
 
 #include "Diagnostics/OperatingSystem.h"
-#include "EventBridge/FileContents.h"
+#include "System/FileContents.h"
 
 namespace tallowbrook {
 namespace {

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "Domain/FileError.h"
+#include "System/FileError.h"
 
 namespace tallowbrook {
 

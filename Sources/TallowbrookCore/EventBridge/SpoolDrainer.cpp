@@ -8,10 +8,10 @@
 #include <string>
 
 #include "Domain/EventCoding.h"
-#include "Domain/TakeUntil.h"
-#include "EventBridge/FileContents.h"
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolLock.h"
+#include "System/FileContents.h"
+#include "Text/TakeUntil.h"
 
 namespace tallowbrook {
 namespace {

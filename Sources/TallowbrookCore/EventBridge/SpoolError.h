@@ -6,7 +6,7 @@
 #include <utility>
 #include <variant>
 
-#include "Domain/FileError.h"
+#include "System/FileError.h"
 
 namespace tallowbrook {
 

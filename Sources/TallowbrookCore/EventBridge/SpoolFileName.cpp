@@ -7,8 +7,8 @@
 #include <system_error>
 #include <tuple>
 
-#include "EventBridge/DirectoryListing.h"
-#include "EventBridge/RandomHex.h"
+#include "System/DirectoryListing.h"
+#include "System/RandomHex.h"
 
 namespace tallowbrook {
 namespace {

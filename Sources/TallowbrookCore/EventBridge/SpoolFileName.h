@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "Domain/EnumNames.h"
-#include "Domain/FileError.h"
 #include "Domain/Instant.h"
+#include "System/FileError.h"
 
 namespace tallowbrook::SpoolFileName {
 

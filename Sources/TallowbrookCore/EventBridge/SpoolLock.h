@@ -5,9 +5,9 @@
 #include <expected>
 
 #include "Domain/Instant.h"
-#include "EventBridge/FileDescriptor.h"
 #include "EventBridge/SpoolError.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "System/FileDescriptor.h"
 
 namespace tallowbrook {
 

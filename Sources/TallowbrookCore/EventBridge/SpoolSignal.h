@@ -6,7 +6,7 @@
 #include <memory>
 #include <string_view>
 
-#include "Domain/FileError.h"
+#include "System/FileError.h"
 
 namespace tallowbrook::SpoolSignal {
 

@@ -12,9 +12,9 @@
 #include <optional>
 #include <string>
 
-#include "EventBridge/FileDescriptor.h"
 #include "EventBridge/SpoolSignal.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "System/FileDescriptor.h"
 
 namespace tallowbrook::SpoolSignal {
 namespace {

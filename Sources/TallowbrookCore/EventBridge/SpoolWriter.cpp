@@ -8,10 +8,10 @@
 #include <cstdio>
 
 #include "Domain/EventCoding.h"
-#include "EventBridge/FileContents.h"
-#include "EventBridge/FileDescriptor.h"
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolLock.h"
+#include "System/FileContents.h"
+#include "System/FileDescriptor.h"
 
 namespace tallowbrook {
 namespace {

@@ -8,7 +8,7 @@
 #include <expected>
 #include <filesystem>
 
-#include "Domain/FileError.h"
+#include "System/FileError.h"
 
 namespace tallowbrook {
 

@@ -1,5 +1,5 @@
 #include "EventBridge/TallowbrookPaths.h"
-#include "EventBridge/UserHome.h"
+#include "System/UserHome.h"
 
 namespace tallowbrook {
 

@@ -1,7 +1,7 @@
 #include <cstdlib>
 
 #include "EventBridge/TallowbrookPaths.h"
-#include "EventBridge/UserHome.h"
+#include "System/UserHome.h"
 
 namespace tallowbrook {
 

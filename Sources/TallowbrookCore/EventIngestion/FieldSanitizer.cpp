@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "Domain/UTF8.h"
+#include "Text/UTF8.h"
 
 namespace tallowbrook {
 namespace {

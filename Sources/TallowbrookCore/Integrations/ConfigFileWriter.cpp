@@ -6,13 +6,13 @@
 #include <string_view>
 #include <utility>
 
-#include "Domain/UTF8.h"
 #include "Domain/UUID.h"
-#include "EventBridge/FileContents.h"
-#include "EventBridge/RandomHex.h"
-#include "EventBridge/ReplacementFile.h"
 #include "EventBridge/TallowbrookPaths.h"
 #include "Integrations/LineDiff.h"
+#include "System/FileContents.h"
+#include "System/RandomHex.h"
+#include "System/ReplacementFile.h"
+#include "Text/UTF8.h"
 
 namespace tallowbrook {
 namespace {

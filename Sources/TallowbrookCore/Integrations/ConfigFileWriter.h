@@ -14,9 +14,9 @@
 #include <string_view>
 #include <variant>
 
-#include "Domain/FileError.h"
 #include "Domain/Instant.h"
 #include "Integrations/HookConfigMerger.h"
+#include "System/FileError.h"
 
 namespace tallowbrook {
 

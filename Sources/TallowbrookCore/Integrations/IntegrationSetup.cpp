@@ -8,9 +8,9 @@
 
 #include "Domain/RecordCoding.h"
 #include "Domain/UUID.h"
-#include "EventBridge/DirectoryListing.h"
-#include "EventBridge/FileContents.h"
-#include "EventBridge/ReplacementFile.h"
+#include "System/DirectoryListing.h"
+#include "System/FileContents.h"
+#include "System/ReplacementFile.h"
 
 namespace tallowbrook {
 namespace {

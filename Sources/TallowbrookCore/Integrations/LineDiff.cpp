@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "Domain/TakeUntil.h"
+#include "Text/TakeUntil.h"
 
 namespace tallowbrook {
 namespace {

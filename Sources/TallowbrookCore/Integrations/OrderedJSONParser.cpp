@@ -11,9 +11,9 @@
 #include <unordered_set>
 #include <utility>
 
-#include "Domain/UTF8.h"
 #include "Integrations/JSONEscapes.h"
 #include "Integrations/OrderedJSON.h"
+#include "Text/UTF8.h"
 
 namespace tallowbrook {
 namespace {

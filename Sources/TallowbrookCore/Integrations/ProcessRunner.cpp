@@ -15,8 +15,8 @@
 #include <thread>
 #include <utility>
 
-#include "Domain/UTF8.h"
-#include "Integrations/ProcessLaunch.h"
+#include "System/ProcessLaunch.h"
+#include "Text/UTF8.h"
 
 namespace tallowbrook {
 namespace {

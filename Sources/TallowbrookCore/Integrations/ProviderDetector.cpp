@@ -9,11 +9,11 @@
 #include <span>
 #include <utility>
 
-#include "EventBridge/DirectoryListing.h"
-#include "EventBridge/UserHome.h"
 #include "Integrations/ProcessRunner.h"
 #include "Integrations/ProviderLocations.h"
-#include "Integrations/SearchPath.h"
+#include "System/DirectoryListing.h"
+#include "System/SearchPath.h"
+#include "System/UserHome.h"
 
 namespace tallowbrook {
 namespace {

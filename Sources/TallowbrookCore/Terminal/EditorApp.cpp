@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "EventBridge/DirectoryListing.h"
+#include "System/DirectoryListing.h"
 
 namespace tallowbrook {
 

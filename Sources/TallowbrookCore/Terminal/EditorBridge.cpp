@@ -11,10 +11,10 @@
 #include <system_error>
 
 #include "Domain/UUID.h"
-#include "EventBridge/DirectoryListing.h"
-#include "EventBridge/FileContents.h"
-#include "EventBridge/ReplacementFile.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "System/DirectoryListing.h"
+#include "System/FileContents.h"
+#include "System/ReplacementFile.h"
 
 namespace tallowbrook {
 

@@ -14,8 +14,8 @@
 #include <optional>
 #include <vector>
 
-#include "Domain/FileError.h"
 #include "Domain/Instant.h"
+#include "System/FileError.h"
 #include "Terminal/EditorApp.h"
 #include "Terminal/EditorWindow.h"
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "EventBridge/UserHome.h"
+#include "System/UserHome.h"
 
 namespace tallowbrook::EditorWindowTitle {
 

@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-#include "Domain/UTF8.h"
+#include "Text/UTF8.h"
 
 namespace tallowbrook {
 

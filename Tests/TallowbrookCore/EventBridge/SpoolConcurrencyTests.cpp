@@ -11,9 +11,9 @@
 #include "EventBridge/SpoolDrainer.h"
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolWriter.h"
-#include "SpoolOutcome.h"
 #include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
+#include "Support/Outcome.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 

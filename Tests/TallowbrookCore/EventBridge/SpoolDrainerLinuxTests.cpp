@@ -4,9 +4,9 @@
 
 #include "EventBridge/SpoolDrainer.h"
 #include "EventBridge/SpoolWriter.h"
-#include "SpoolOutcome.h"
 #include "Support/ChildProcess.h"
 #include "Support/FailingSystemCallLinux.h"
+#include "Support/Outcome.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 

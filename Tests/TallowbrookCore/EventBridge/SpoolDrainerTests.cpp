@@ -11,12 +11,12 @@
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolLock.h"
 #include "EventBridge/SpoolWriter.h"
-#include "SpoolOutcome.h"
 #include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
 #include "Support/OrdinaryUser.h"
+#include "Support/Outcome.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 

@@ -5,9 +5,9 @@
 #include <filesystem>
 
 #include "EventBridge/SpoolLock.h"
-#include "SpoolOutcome.h"
 #include "Support/ChildProcess.h"
 #include "Support/FailingSystemCallLinux.h"
+#include "Support/Outcome.h"
 #include "Support/TemporaryDirectory.h"
 
 namespace tallowbrook {

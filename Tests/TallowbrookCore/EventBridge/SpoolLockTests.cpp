@@ -4,11 +4,11 @@
 
 #include <cerrno>
 
-#include "SpoolOutcome.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
 #include "Support/OrdinaryUser.h"
+#include "Support/Outcome.h"
 #include "Support/TemporaryDirectory.h"
 
 namespace tallowbrook {

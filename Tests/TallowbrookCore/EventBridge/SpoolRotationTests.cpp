@@ -8,10 +8,10 @@
 #include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolLock.h"
 #include "EventBridge/SpoolWriter.h"
-#include "SpoolOutcome.h"
 #include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
 #include "Support/OrdinaryUser.h"
+#include "Support/Outcome.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 

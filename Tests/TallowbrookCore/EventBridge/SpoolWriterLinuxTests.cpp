@@ -10,10 +10,10 @@
 #include "EventBridge/SpoolDrainer.h"
 #include "EventBridge/SpoolLock.h"
 #include "EventBridge/SpoolWriter.h"
-#include "SpoolOutcome.h"
 #include "Support/ChildProcess.h"
 #include "Support/FailingSystemCallLinux.h"
 #include "Support/FileContents.h"
+#include "Support/Outcome.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "EventBridge/SpoolLock.h"
-#include "SpoolOutcome.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
+#include "Support/Outcome.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "SpoolOutcome.h"
 #include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/OrdinaryUser.h"
+#include "Support/Outcome.h"
 #include "Support/TemporaryDirectory.h"
 
 namespace tallowbrook {

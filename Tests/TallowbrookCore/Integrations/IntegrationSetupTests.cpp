@@ -10,10 +10,10 @@
 #include "ConfigFileSamples.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "HookConfigSamples.h"
-#include "Integrations/ProcessLaunch.h"
 #include "SessionState/SessionSnapshot.h"
 #include "Support/ChildProcess.h"
 #include "Support/OrdinaryUser.h"
+#include "System/ProcessLaunch.h"
 
 namespace tallowbrook {
 namespace {

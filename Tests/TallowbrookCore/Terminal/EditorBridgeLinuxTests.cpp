@@ -8,11 +8,11 @@
 #include <cstring>
 #include <string>
 
-#include "EventBridge/FileDescriptor.h"
 #include "Support/ChildProcess.h"
 #include "Support/FailingSystemCallLinux.h"
+#include "Support/Outcome.h"
 #include "Support/TemporaryDirectory.h"
-#include "TallowbrookCore/EventBridge/SpoolOutcome.h"
+#include "System/FileDescriptor.h"
 #include "Terminal/EditorBridge.h"
 
 namespace tallowbrook {

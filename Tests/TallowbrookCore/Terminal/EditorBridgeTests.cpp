@@ -19,9 +19,9 @@
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/OrdinaryUser.h"
+#include "Support/Outcome.h"
 #include "Support/SampleSnapshots.h"
 #include "Support/TemporaryDirectory.h"
-#include "TallowbrookCore/EventBridge/SpoolOutcome.h"
 
 namespace tallowbrook {
 namespace {

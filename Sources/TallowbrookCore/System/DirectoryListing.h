@@ -1,0 +1,20 @@
+// What lies in a directory. Safe from any thread.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <vector>
+
+#include "System/FileError.h"
+
+namespace tallowbrook {
+
+// The entries of whatever kind, each as `directory` / its name, in the order in which the system
+// gives them. Fails with step "list" when they cannot all be listed.
+[[nodiscard]] std::expected<std::vector<std::filesystem::path>, FileError> entriesOf(
+    const std::filesystem::path& directory);
+
+// The same for those who take such a directory for an empty one.
+std::vector<std::filesystem::path> listDirectory(const std::filesystem::path& directory);
+
+}  // namespace tallowbrook

@@ -1,0 +1,58 @@
+#include "System/FileContents.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <exception>
+
+#include "System/FileDescriptor.h"
+
+namespace tallowbrook {
+namespace {
+
+std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSize) {
+    // One byte more than the file holds, so that the end of it is met without growing.
+    std::string bytes(expectedSize + 1, '\0');
+    std::size_t length = 0;
+    while (true) {
+        const ssize_t count = ::read(file, bytes.data() + length, bytes.size() - length);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return std::unexpected(FileError{"read", errno});
+        if (count == 0) break;
+        length += static_cast<std::size_t>(count);
+        if (length == bytes.size()) bytes.resize(2 * length);
+    }
+    bytes.resize(length);
+    return bytes;
+}
+
+}  // namespace
+
+std::expected<std::string, FileError> FileContents::read(const std::filesystem::path& file) {
+    const FileDescriptor opened{open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+    struct stat status{};
+    if (!opened.isOpen() || fstat(opened.number(), &status) != 0)
+        return std::unexpected(FileError{"open", errno});
+    if (S_ISDIR(status.st_mode)) return std::unexpected(FileError{"read", EISDIR});
+    if (!S_ISREG(status.st_mode)) return std::unexpected(FileError{"read", EINVAL});
+    try {
+        return readToEnd(opened.number(), static_cast<std::size_t>(status.st_size));
+    } catch (const std::exception&) {  // there is no memory for it
+        return std::unexpected(FileError{"read", ENOMEM});
+    }
+}
+
+std::expected<void, FileError> FileContents::write(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno != EINTR)
+            return std::unexpected(FileError{"write", errno});
+    }
+    return {};
+}
+
+}  // namespace tallowbrook

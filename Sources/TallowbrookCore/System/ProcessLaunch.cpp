@@ -1,0 +1,98 @@
+#include "System/ProcessLaunch.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+extern char** environ;
+
+namespace tallowbrook {
+namespace {
+
+// How a child differs from its parent, see posix_spawn(3).
+class SpawnSettings {
+ public:
+    SpawnSettings() {
+        hasActions_ = posix_spawn_file_actions_init(&actions_) == 0;
+        hasAttributes_ = posix_spawnattr_init(&attributes_) == 0;
+    }
+    ~SpawnSettings() {
+        if (hasActions_) posix_spawn_file_actions_destroy(&actions_);
+        if (hasAttributes_) posix_spawnattr_destroy(&attributes_);
+    }
+    SpawnSettings(const SpawnSettings&) = delete;
+    SpawnSettings& operator=(const SpawnSettings&) = delete;
+
+    bool prepare(const FileDescriptor& input, const FileDescriptor& output) {
+        short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+        return hasActions_ && hasAttributes_ && connect(STDIN_FILENO, input, O_RDONLY) &&
+               connect(STDOUT_FILENO, output, O_WRONLY) && connect(STDERR_FILENO, {}, O_WRONLY) &&
+               ProcessLaunch::closeOtherDescriptors(actions_, flags) && resetSignals() &&
+               posix_spawnattr_setflags(&attributes_, flags) == 0;
+    }
+
+    const posix_spawn_file_actions_t* actions() const { return &actions_; }
+    const posix_spawnattr_t* attributes() const { return &attributes_; }
+
+ private:
+    bool connect(int stream, const FileDescriptor& file, int mode) {
+        if (file.isOpen())
+            return posix_spawn_file_actions_adddup2(&actions_, file.number(), stream) == 0;
+        return posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", mode, 0) == 0;
+    }
+
+    // A parent that ignores or blocks SIGTERM would otherwise start children that cannot be ended.
+    bool resetSignals() {
+        sigset_t none;
+        sigset_t all;
+        sigemptyset(&none);
+        sigfillset(&all);
+        return posix_spawnattr_setsigmask(&attributes_, &none) == 0 &&
+               posix_spawnattr_setsigdefault(&attributes_, &all) == 0;
+    }
+
+    posix_spawn_file_actions_t actions_{};
+    posix_spawnattr_t attributes_{};
+    bool hasActions_ = false;
+    bool hasAttributes_ = false;
+};
+
+// The same open file under a number above those of the standard streams.
+FileDescriptor aboveStandardStreams(FileDescriptor file) {
+    if (file.number() > STDERR_FILENO) return file;
+    return FileDescriptor{fcntl(file.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1)};
+}
+
+}  // namespace
+
+std::optional<ProcessLaunch::Pipe> ProcessLaunch::makePipe() {
+    auto pipe = makeSystemPipe();
+    if (!pipe) return std::nullopt;
+    pipe->reader = aboveStandardStreams(std::move(pipe->reader));
+    pipe->writer = aboveStandardStreams(std::move(pipe->writer));
+    if (!pipe->reader.isOpen() || !pipe->writer.isOpen()) return std::nullopt;
+    return pipe;
+}
+
+std::expected<pid_t, int> ProcessLaunch::start(const std::string& executablePath,
+                                               const std::vector<std::string>& arguments,
+                                               const FileDescriptor& output,
+                                               const FileDescriptor& input) {
+    SpawnSettings settings;
+    if (!settings.prepare(input, output)) return std::unexpected(ENOMEM);
+
+    // posix_spawn(3) promises to leave the words alone.
+    std::vector<char*> words{const_cast<char*>(executablePath.c_str())};
+    for (const auto& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+    words.push_back(nullptr);
+
+    pid_t child = -1;
+    const int error = posix_spawn(&child, executablePath.c_str(), settings.actions(),
+                                  settings.attributes(), words.data(), environ);
+    if (error != 0) return std::unexpected(error);
+    return child;
+}
+
+}  // namespace tallowbrook

@@ -1,0 +1,50 @@
+// Starting a child process, and learning of its exit: what those ask of the system who run
+// programs.
+//
+// Stateless; safe from any thread.
+#pragma once
+
+#include <spawn.h>
+#include <sys/types.h>
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "System/FileDescriptor.h"
+
+namespace tallowbrook::ProcessLaunch {
+
+struct Pipe {
+    FileDescriptor reader;
+    FileDescriptor writer;
+};
+
+// A pipe that programs started meanwhile do not inherit, and whose ends are none of the standard
+// streams, even where those are closed. Absent when the system refuses.
+std::optional<Pipe> makePipe();
+
+// Starts the executable at exactly this path, with `output` and `input` as its standard streams, no
+// further descriptor, no signal blocked and none ignored. Of the two, those that are open are ends
+// of pipes of `makePipe`; the null device stands in for one that is not, and is the standard error.
+// Returns once the program runs, else the error number of posix_spawn(3). Whoever starts a child
+// must reap it.
+[[nodiscard]] std::expected<pid_t, int> start(const std::string& executablePath,
+                                              const std::vector<std::string>& arguments,
+                                              const FileDescriptor& output,
+                                              const FileDescriptor& input = {});
+
+// Waits until a child of this process has exited, and leaves it to be reaped. Returns early where
+// the system cannot wait so. One implementation per system.
+void awaitExit(pid_t child);
+
+// Both ends, closed in programs started meanwhile as well as the system can. One implementation per
+// system.
+std::optional<Pipe> makeSystemPipe();
+
+// Has all descriptors but the standard streams closed in the child, by an action that comes last or
+// by a flag. False when the system refuses. One implementation per system.
+bool closeOtherDescriptors(posix_spawn_file_actions_t& actions, short& flags);
+
+}  // namespace tallowbrook::ProcessLaunch

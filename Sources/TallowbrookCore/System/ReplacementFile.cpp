@@ -1,0 +1,86 @@
+#include "System/ReplacementFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+#include "System/FileContents.h"
+
+namespace tallowbrook {
+namespace {
+
+std::expected<void, FileError> outcome(int result, const char* step) {
+    if (result == 0) return {};
+    return std::unexpected(FileError{step, errno});
+}
+
+// That a name has changed survives a power failure only when its directory was written too. Some
+// file systems cannot do that on demand; the names are right all the same.
+void syncDirectory(const std::filesystem::path& directory) {
+    const auto* name = directory.empty() ? "." : directory.c_str();
+    const FileDescriptor opened{open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    if (opened.isOpen()) fsync(opened.number());
+}
+
+}  // namespace
+
+std::expected<ReplacementFile, FileError> ReplacementFile::create(std::filesystem::path location) {
+    FileDescriptor file{open(location.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)};
+    if (!file.isOpen()) return std::unexpected(FileError{"open", errno});
+    ReplacementFile made{std::move(location), std::move(file)};
+    // The umask may have taken bits away.
+    if (auto set = made.setMode(0600); !set) return std::unexpected(set.error());
+    return made;
+}
+
+ReplacementFile::ReplacementFile(std::filesystem::path location, FileDescriptor file)
+    : location_{std::move(location)}, file_{std::move(file)} {}
+
+ReplacementFile::ReplacementFile(ReplacementFile&& other) noexcept
+    : location_{std::exchange(other.location_, {})},
+      file_{std::move(other.file_)},
+      isSynced_{other.isSynced_} {}
+
+ReplacementFile::~ReplacementFile() {
+    if (!location_.empty()) unlink(location_.c_str());
+}
+
+std::expected<void, FileError> ReplacementFile::write(std::string_view bytes) {
+    return FileContents::write(file_.number(), bytes);
+}
+
+std::expected<void, FileError> ReplacementFile::setOwner(uid_t user, gid_t group) {
+    struct stat status{};
+    if (fstat(file_.number(), &status) != 0) return std::unexpected(FileError{"fstat", errno});
+    if (status.st_uid == user && status.st_gid == group) return {};
+    return outcome(fchown(file_.number(), user, group), "fchown");
+}
+
+std::expected<void, FileError> ReplacementFile::setMode(mode_t mode) {
+    return outcome(fchmod(file_.number(), mode), "fchmod");
+}
+
+std::expected<void, FileError> ReplacementFile::sync() {
+    if (auto done = outcome(fsync(file_.number()), "fsync"); !done) return done;
+    isSynced_ = true;
+    return {};
+}
+
+std::expected<void, FileError> ReplacementFile::replace(const std::filesystem::path& target) {
+    if (auto renamed = outcome(std::rename(location_.c_str(), target.c_str()), "rename"); !renamed)
+        return renamed;
+    location_.clear();
+    if (isSynced_) syncDirectory(target.parent_path());
+    return {};
+}
+
+void ReplacementFile::keep() {
+    if (isSynced_) syncDirectory(location_.parent_path());
+    location_.clear();
+}
+
+}  // namespace tallowbrook

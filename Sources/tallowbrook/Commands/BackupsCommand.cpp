@@ -1,0 +1,102 @@
+#include "Commands/BackupsCommand.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <tuple>
+
+#include "Integrations/IntegrationSetup.h"
+#include "Output/ExitStatus.h"
+#include "Output/TerminalOutput.h"
+#include "Output/TerminalText.h"
+
+namespace tallowbrook::host {
+namespace {
+
+struct AgentBackup {
+    Agent agent;
+    ConfigBackup backup;
+    std::filesystem::file_time_type writtenAt;
+};
+
+// The earliest time where the system does not tell.
+std::filesystem::file_time_type writtenAt(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto time = std::filesystem::last_write_time(file, error);
+    return error ? std::filesystem::file_time_type::min() : time;
+}
+
+std::expected<std::vector<AgentBackup>, std::string> find(const TallowbrookPaths& paths,
+                                                          const AgentChoice& choice) {
+    const auto agents = chosenAgents(choice, Unnamed::all);
+    if (!agents) return std::unexpected(agents.error());
+    std::vector<AgentBackup> found;
+    for (const auto& agent : *agents)
+        for (auto& backup :
+             IntegrationSetup::backups(agent.configFile, agent.backupDirectory(paths))) {
+            const auto time = writtenAt(backup.url);
+            found.push_back({agent, std::move(backup), time});
+        }
+    // Names tell the second only, and several changes may come within one.
+    std::ranges::sort(found, std::ranges::greater{}, [](const AgentBackup& entry) {
+        return std::tie(entry.backup.createdAt, entry.writtenAt, entry.backup.url);
+    });
+    return found;
+}
+
+bool isMeant(const AgentBackup& entry, std::size_t number, const std::string& word) {
+    const auto& file = entry.backup.url;
+    return std::to_string(number) == word || file.filename() == word || file == word;
+}
+
+const AgentBackup* select(const std::vector<AgentBackup>& backups,
+                          const std::optional<std::string>& word) {
+    for (std::size_t i = 0; i < backups.size(); ++i)
+        if (!word || isMeant(backups[i], i + 1, *word)) return &backups[i];
+    return nullptr;
+}
+
+}  // namespace
+
+int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice) {
+    const auto backups = find(paths, choice);
+    if (!backups) return TerminalOutput::fail(backups.error());
+    if (backups->empty()) return TerminalOutput::showAsResult("There are no backups.\n");
+    const Instant now = currentInstant();
+    std::string text;
+    for (std::size_t i = 0; i < backups->size(); ++i) {
+        const auto& [agent, backup, time] = (*backups)[i];
+        text += fmt::format(
+            "{:>3}  {:<13}  {:<11}  {}\n", i + 1, TerminalText::shortTime(backup.createdAt, now),
+            displayName(agent.provider), TerminalText::printable(backup.url.string()));
+    }
+    return TerminalOutput::showAsResult(text);
+}
+
+int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
+                  const std::optional<std::string>& backup, const ReviewOptions& options) {
+    const auto backups = find(paths, choice);
+    if (!backups) return TerminalOutput::fail(backups.error());
+    const auto* selected = select(*backups, backup);
+    if (selected == nullptr && !backup) return TerminalOutput::fail("There are no backups.");
+    if (selected == nullptr)
+        return TerminalOutput::fail(
+            fmt::format("There is no backup \"{}\". \"tallowbrook backups\" lists them.", *backup),
+            ExitStatus::wrongUsage);
+    const auto planner = [=]() -> std::expected<ConfigChangePlan, std::string> {
+        auto plan = IntegrationSetup::planRestore(selected->backup, selected->agent.configFile);
+        if (plan) return std::move(*plan);
+        return std::unexpected(plan.error().description());
+    };
+    auto change = ConfigChange::prepare(planner, selected->agent.backupDirectory(paths));
+    if (!change) return TerminalOutput::fail(change.error() + " Nothing was changed.");
+    if (!canAsk(options)) return ExitStatus::failed;
+    TerminalOutput::mention(fmt::format(
+        "{}: {}\nBackup: {}\n", displayName(selected->agent.provider), announcement(change->plan),
+        TerminalText::printable(selected->backup.url.string())));
+    const auto outcome = change->review(options);
+    if (outcome == ReviewOutcome::applied) TerminalOutput::mention("The backup was put back.\n");
+    return exitStatus(outcome);
+}
+
+}  // namespace tallowbrook::host

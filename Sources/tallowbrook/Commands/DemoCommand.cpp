@@ -1,0 +1,28 @@
+#include "Commands/DemoCommand.h"
+
+#include <fmt/core.h>
+
+#include "Lists/SessionList.h"
+#include "Lists/Timeline.h"
+#include "Output/TerminalOutput.h"
+#include "Output/TerminalText.h"
+#include "Preferences/HostSettings.h"
+#include "SessionState/DemoData.h"
+
+namespace tallowbrook::host {
+
+int demo() {
+    const Instant now = currentInstant();
+    const auto data = DemoData::make(now, staleAfter);
+    std::string text = "A demonstration: none of these sessions is real.\n\n" +
+                       SessionList::make(data.sessions, ListScope::all, now).table(now) + "\n";
+    for (const auto& entry : data.entries) {
+        SessionSnapshot session;
+        session.cwd = entry.event.cwd;
+        text += TerminalText::padded(session.projectLabel(), 16) +
+                timelineRow(entry.event, entry.effect, now);
+    }
+    return TerminalOutput::showAsResult(text);
+}
+
+}  // namespace tallowbrook::host

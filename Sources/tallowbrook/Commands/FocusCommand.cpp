@@ -1,0 +1,71 @@
+#include "Commands/FocusCommand.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "Commands/SessionChoice.h"
+#include "Commands/StoreCommand.h"
+#include "Focus/Focus.h"
+#include "Output/ExitStatus.h"
+#include "Output/TerminalOutput.h"
+#include "Output/TerminalText.h"
+
+namespace tallowbrook::host {
+namespace {
+
+int exitStatus(FocusOutcome::Result result) {
+    switch (result) {
+        case FocusOutcome::Result::focused:
+            return ExitStatus::done;
+        case FocusOutcome::Result::instead:
+            return ExitStatus::notInOrder;
+        case FocusOutcome::Result::nothing:
+            break;
+    }
+    return ExitStatus::failed;
+}
+
+int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
+    const auto outcome = focusSession(session, paths);
+    const int status = exitStatus(outcome.result);
+    if (status == ExitStatus::failed) return TerminalOutput::fail(outcome.sentence);
+    const int shown =
+        TerminalOutput::showAsResult(TerminalText::printable(outcome.sentence) + "\n");
+    return shown == ExitStatus::done ? status : shown;
+}
+
+}  // namespace
+
+int focus(const TallowbrookPaths& paths, const std::string& session) {
+    return withExistingStore(paths, [&](EventStore& store) {
+        const auto chosen = chooseSession(store, session, currentInstant());
+        if (!chosen) return TerminalOutput::fail(chosen.error(), ExitStatus::wrongUsage);
+        return focusOne(chosen->snapshot, paths);
+    });
+}
+
+int focusNext(const TallowbrookPaths& paths) {
+    return withExistingStore(paths, [&](EventStore& store) {
+        const Instant now = currentInstant();
+        auto list = SessionList::make(store.sessions(), ListScope::recent, now);
+        std::erase_if(list.sessions, [](const ListedSession& session) {
+            return session.status != SessionStatus::needsAttention;
+        });
+        std::vector<std::string> waiting;
+        waiting.reserve(list.sessions.size());
+        for (const auto& session : list.sessions) waiting.push_back(session.snapshot.id());
+
+        auto cycle = store.waitingCycle();
+        const auto id = cycle.next(waiting, now);
+        store.setWaitingCycle(cycle);
+        if (!id) return TerminalOutput::showAsResult("No session waits for you.\n");
+        const auto place = std::ranges::find(waiting, *id) - waiting.begin();
+        const auto& session = list.sessions[static_cast<std::size_t>(place)].snapshot;
+        TerminalOutput::mention(fmt::format("{} of {}: {}\n", place + 1, waiting.size(),
+                                            TerminalText::printable(session.projectLabel())));
+        return focusOne(session, paths);
+    });
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,30 @@
+#include "Commands/SessionsCommand.h"
+
+#include "Commands/StoreCommand.h"
+#include "EventBridge/SpoolDrainer.h"
+#include "Output/TerminalOutput.h"
+#include "Watch/HostLock.h"
+
+namespace tallowbrook::host {
+namespace {
+
+void hintAtPendingEvents(const TallowbrookPaths& paths) {
+    if (HostLock::isHeld(paths) || SpoolDrainer{paths}.pendingSegmentCount() == 0) return;
+    TerminalOutput::complain("Events wait in the spool. \"tallowbrook watch\" reads them.");
+}
+
+}  // namespace
+
+int listSessions(const TallowbrookPaths& paths, ListScope scope, ListFormat format) {
+    return withStoreIfAny(paths, [&](EventStore* store) {
+        const Instant now = currentInstant();
+        const auto list = SessionList::make(
+            store != nullptr ? store->sessions() : std::vector<SessionSnapshot>{}, scope, now);
+        const int status = TerminalOutput::showAsResult(
+            format == ListFormat::json ? list.json(now) : list.table(now));
+        hintAtPendingEvents(paths);
+        return status;
+    });
+}
+
+}  // namespace tallowbrook::host

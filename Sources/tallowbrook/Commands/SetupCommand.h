@@ -1,0 +1,20 @@
+// `tallowbrook setup` and `tallowbrook remove`: the helper's hooks in the agents' configuration.
+#pragma once
+
+#include "EventBridge/TallowbrookPaths.h"
+#include "Setup/Agents.h"
+#include "Setup/ConfigChange.h"
+
+namespace tallowbrook::host {
+
+// Names every file first, installs or renews the helper, changes the configuration of each chosen
+// agent after a yes, and proves with a test event that the helper reaches the store. Gives the exit
+// status: 0, 1 for a failure, 3 when the user said no to a change.
+int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const ReviewOptions& options);
+
+// Takes the hooks out again, with the same statuses. The helper stays: sessions that run may still
+// call it.
+int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
+                const ReviewOptions& options);
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,15 @@
+#include "Focus/Focus.h"
+#include "Focus/TerminalFocus.h"
+
+namespace tallowbrook::host {
+
+std::optional<std::string> directoryOfProcess(pid_t) { return std::nullopt; }
+
+FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
+                          const FocusOperations& operations) {
+    if (session.tty) return TerminalFocus{paths, operations}.focus(*session.tty);
+    return FocusOutcome::nothing(
+        "The session reported no terminal, so its window cannot be found.");
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,67 @@
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "Focus/DirectoryFocus.h"
+#include "Focus/Focus.h"
+#include "Integrations/ProviderLocations.h"
+#include "Terminal/ProcessTable.h"
+
+namespace tallowbrook::host {
+namespace {
+
+bool isAgent(std::string_view program) {
+    return std::ranges::any_of(allCases<Provider>(), [&](Provider provider) {
+        return program == ProviderLocations::of(provider).executableName;
+    });
+}
+
+bool agentRunsOn(const std::string& tty) {
+    const auto device = ProcessTable::terminalDevice(tty.substr(std::string_view{"/dev/"}.size()));
+    if (!device) return false;
+    return std::ranges::any_of(ProcessTable::processesOnDevice(*device),
+                               [](const auto& process) { return isAgent(process.name); });
+}
+
+// All but the unreserved characters of RFC 3986 and the slashes of a path.
+std::string percentEncoded(std::string_view path) {
+    constexpr std::string_view kept =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    std::string text;
+    for (const char c : path)
+        if (kept.contains(c))
+            text += c;
+        else
+            text += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+    return text;
+}
+
+}  // namespace
+
+std::optional<std::string> directoryOfProcess(pid_t pid) {
+    std::error_code error;
+    const auto directory =
+        std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/cwd", error);
+    if (error) return std::nullopt;
+    return directory.string();
+}
+
+FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
+                          const FocusOperations& operations) {
+    if (!session.cwd)
+        return FocusOutcome::nothing(
+            "The session's working directory is not known, so its window cannot be found.");
+    const auto open = [&](const EditorWindow& window, const std::string& target) {
+        const auto opener = operations.findProgram("xdg-open");
+        if (!opener) return false;
+        const auto url =
+            std::string{editorNamed(window.appName).urlScheme} + "://file" + percentEncoded(target);
+        const auto result = operations.run(*opener, {url});
+        return result && result->status == 0;
+    };
+    const DirectoryFocus focus{operations, EditorFocus{paths, operations, open}, agentRunsOn};
+    return focus.focus(*session.cwd);
+}
+
+}  // namespace tallowbrook::host

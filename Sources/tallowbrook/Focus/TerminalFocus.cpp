@@ -1,0 +1,148 @@
+#include "Focus/TerminalFocus.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "Focus/Tmux.h"
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr auto applicationInfo = "/usr/bin/lsappinfo";
+constexpr auto scriptRunner = "/usr/bin/osascript";
+constexpr auto opener = "/usr/bin/open";
+constexpr std::string_view devices = "/dev/";
+
+// What stands between the last pair of quotes: `"CFBundleIdentifier"="com.apple.Terminal"`.
+std::optional<std::string> lastQuoted(std::string_view text) {
+    const auto end = text.rfind('"');
+    if (end == std::string_view::npos || end == 0) return std::nullopt;
+    const auto start = text.rfind('"', end - 1);
+    if (start == std::string_view::npos || start + 1 == end) return std::nullopt;
+    return std::string{text.substr(start + 1, end - start - 1)};
+}
+
+std::string trimmed(std::string text) {
+    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
+    return text;
+}
+
+}  // namespace
+
+TerminalFocus::TerminalFocus(const TallowbrookPaths& paths, const FocusOperations& operations)
+    : paths_{paths}, operations_{operations} {}
+
+FocusOutcome TerminalFocus::focus(const std::string& tty) const {
+    const auto chain = operations_.hostChain(tty);
+    return TerminalHost::isTmux(chain) ? focusThroughTmux(tty) : focusDirectly(tty, chain);
+}
+
+FocusOutcome TerminalFocus::focusThroughTmux(const std::string& tty) const {
+    const auto tmux = Tmux::find(operations_);
+    if (!tmux) return FocusOutcome::nothing("The session runs in tmux, which is not on the PATH.");
+    const auto panes = tmux->panes();
+    const auto pane = std::ranges::find(panes, std::string{devices} + tty, &Tmux::Pane::tty);
+    if (pane == panes.end() || !tmux->select(*pane))
+        return FocusOutcome::nothing("The session runs in tmux, but its pane was not found.");
+    const auto client = tmux->show(*pane);
+    if (!client) return Tmux::selectedUnseen(*pane);
+    const auto clientTTY = client->substr(std::min(devices.size(), client->size()));
+    auto outcome = focusDirectly(clientTTY, operations_.hostChain(clientTTY));
+    outcome.sentence = fmt::format("The tmux pane {} was selected. {}", pane->id, outcome.sentence);
+    if (outcome.result == FocusOutcome::Result::nothing)
+        outcome.result = FocusOutcome::Result::instead;
+    return outcome;
+}
+
+FocusOutcome TerminalFocus::focusDirectly(const std::string& tty,
+                                          const std::vector<TerminalHost::Process>& chain) const {
+    const auto editors = EditorBridge::bundleIdentifiers();
+    for (const auto& process : chain) {
+        const auto bundle = bundleOf(process.pid);
+        if (!bundle) continue;
+        if (const auto app = terminalAppOf(*bundle)) return focusInApp(*app, tty);
+        if (editors.contains(*bundle)) return focusInEditor(*bundle, tty, chain);
+    }
+    return tryEveryApp(tty);
+}
+
+FocusOutcome TerminalFocus::focusInApp(TerminalApp app, const std::string& tty) const {
+    const auto answer = runScript(app, tty);
+    if (answer == "found")
+        return FocusOutcome::focused(fmt::format("{} was brought to the front.", displayName(app)));
+    const auto reason = answer == "missing"
+                            ? "has no tab with the session's terminal"
+                            : "could not be asked for the tab; the system may not allow it to be "
+                              "controlled";
+    if (activate(bundleIdentifier(app)))
+        return FocusOutcome::instead(
+            fmt::format("{0} {1}; {0} itself was brought to the front.", displayName(app), reason));
+    return FocusOutcome::nothing(fmt::format("{} {}.", displayName(app), reason));
+}
+
+FocusOutcome TerminalFocus::focusInEditor(const std::string& bundle, const std::string& tty,
+                                          const std::vector<TerminalHost::Process>& chain) const {
+    std::vector<pid_t> processes;
+    for (const auto& process : operations_.processesOnTTY(tty)) processes.push_back(process.pid);
+    for (const auto& process : chain) processes.push_back(process.pid);
+    const auto owner =
+        EditorBridge::owner(processes, EditorBridge::windows(paths_.editorsDirectory()));
+    const auto& editors = EditorBridge::editors;
+    const auto editor = std::ranges::find(editors, bundle, &EditorApp::bundleIdentifier);
+    if (!owner) {
+        if (activate(bundle))
+            return FocusOutcome::instead(fmt::format(
+                "{0} was brought to the front. Its extension, which would find the terminal, is "
+                "at {1}.",
+                editor->name, editor->extensionPageURL()));
+        return FocusOutcome::nothing(fmt::format("{} could not be opened.", editor->name));
+    }
+    const auto open = [&](const EditorWindow&, const std::string& target) {
+        const auto result = operations_.run(opener, {"-b", bundle, target});
+        return result && result->status == 0;
+    };
+    return EditorFocus{paths_, operations_, open}.reveal(owner->window, owner->shellPid);
+}
+
+FocusOutcome TerminalFocus::tryEveryApp(const std::string& tty) const {
+    for (const auto app : allCases<TerminalApp>())
+        if (isRunning(app) && runScript(app, tty) == "found")
+            return FocusOutcome::focused(
+                fmt::format("{} was brought to the front.", displayName(app)));
+    return FocusOutcome::nothing(
+        "The session's terminal belongs to no running iTerm2, Terminal, Ghostty or editor.");
+}
+
+std::optional<std::string> TerminalFocus::bundleOf(pid_t pid) const {
+    const auto serial = trimmed(output(applicationInfo, {"find", "pid=" + std::to_string(pid)}));
+    if (serial.empty()) return std::nullopt;
+    return lastQuoted(output(applicationInfo, {"info", "-only", "bundleid", serial}));
+}
+
+bool TerminalFocus::isRunning(TerminalApp app) const {
+    return !trimmed(
+                output(applicationInfo, {"find", "bundleid=" + std::string{bundleIdentifier(app)}}))
+                .empty();
+}
+
+std::optional<std::string> TerminalFocus::runScript(TerminalApp app, const std::string& tty) const {
+    const auto script = focusScript(app, tty);
+    if (!script) return std::nullopt;
+    const auto result = operations_.run(scriptRunner, {"-e", *script});
+    if (!result || result->status != 0) return std::nullopt;
+    return trimmed(result->output);
+}
+
+bool TerminalFocus::activate(std::string_view bundle) const {
+    const auto result = operations_.run(opener, {"-b", std::string{bundle}});
+    return result && result->status == 0;
+}
+
+std::string TerminalFocus::output(const std::string& program,
+                                  const std::vector<std::string>& arguments) const {
+    const auto result = operations_.run(program, arguments);
+    return result && result->status == 0 ? result->output : std::string{};
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,45 @@
+#include "Lists/Timeline.h"
+
+#include <fmt/core.h>
+
+#include "Output/TerminalText.h"
+
+namespace tallowbrook::host {
+namespace {
+
+// The one detail of the event that tells most.
+std::string detailOf(const EventDetail& detail) {
+    for (const auto* part : {&detail.toolName, &detail.notificationType, &detail.sessionSource,
+                             &detail.endReason, &detail.errorType})
+        if (*part) return **part;
+    return {};
+}
+
+std::string_view effectText(EventEffect effect) {
+    switch (effect) {
+        case EventEffect::applied:
+            return "changed the status";
+        case EventEffect::confirmed:
+            return "confirmed it";
+        case EventEffect::ignored:
+            return "says nothing about it";
+        case EventEffect::duplicate:
+            return "came twice";
+        case EventEffect::outOfOrder:
+            return "came too late";
+        case EventEffect::noSession:
+            break;
+    }
+    return "names no session";
+}
+
+}  // namespace
+
+std::string timelineRow(const AgentEvent& event, EventEffect effect, Instant now) {
+    return fmt::format("{:<13}  {}  {}  {}\n", TerminalText::shortTime(event.observedAt, now),
+                       TerminalText::padded(TerminalText::printable(event.eventType), 20),
+                       TerminalText::padded(TerminalText::printable(detailOf(event.detail)), 20),
+                       effectText(effect));
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,140 @@
+#include "Output/TerminalText.h"
+
+#include <fmt/core.h>
+#include <utf8proc.h>
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr std::string_view replacement = "\xEF\xBF\xBD";
+
+struct Piece {
+    std::string_view bytes;
+    utf8proc_int32_t codePoint = -1;  // negative for a byte that is no UTF-8
+};
+
+Piece firstPiece(std::string_view text) {
+    utf8proc_int32_t codePoint = -1;
+    const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                         static_cast<utf8proc_ssize_t>(text.size()), &codePoint);
+    if (length < 1) return {text.substr(0, 1)};
+    return {text.substr(0, static_cast<std::size_t>(length)), codePoint};
+}
+
+bool isHarmless(utf8proc_int32_t codePoint) {
+    if (codePoint < 0) return false;
+    const auto category = utf8proc_category(codePoint);
+    const bool joins = codePoint == 0x200C || codePoint == 0x200D;  // parts of words and emoji
+    return joins || (category != UTF8PROC_CATEGORY_CC && category != UTF8PROC_CATEGORY_CF &&
+                     category != UTF8PROC_CATEGORY_ZL && category != UTF8PROC_CATEGORY_ZP);
+}
+
+// The JSON escape of a character, of one beyond U+FFFF as a surrogate pair.
+std::string escaped(utf8proc_int32_t codePoint) {
+    const auto value = static_cast<unsigned>(codePoint);
+    if (value <= 0xFFFF) return fmt::format("\\u{:04x}", value);
+    const unsigned offset = value - 0x10000;
+    return fmt::format("\\u{:04x}\\u{:04x}", 0xD800 + (offset >> 10), 0xDC00 + (offset & 0x3FF));
+}
+
+std::size_t columnsOf(utf8proc_int32_t codePoint) {
+    return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(codePoint)));
+}
+
+std::tm localTime(Instant instant) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(
+        std::chrono::time_point_cast<std::chrono::system_clock::duration>(instant));
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    return local;
+}
+
+constexpr std::array months{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+}  // namespace
+
+std::string TerminalText::printable(std::string_view text) {
+    std::string result;
+    for (std::string_view rest = text; !rest.empty();) {
+        const Piece piece = firstPiece(rest);
+        result.append(isHarmless(piece.codePoint) ? piece.bytes : replacement);
+        rest.remove_prefix(piece.bytes.size());
+    }
+    return result;
+}
+
+std::string TerminalText::printableLines(std::string_view text) {
+    std::string result;
+    while (true) {
+        const auto end = text.find('\n');
+        result += printable(text.substr(0, end));
+        if (end == std::string_view::npos) return result;
+        result += '\n';
+        text.remove_prefix(end + 1);
+    }
+}
+
+std::string TerminalText::printableJSON(std::string_view json) {
+    std::string result;
+    for (std::string_view rest = json; !rest.empty();) {
+        const Piece piece = firstPiece(rest);
+        // Below a blank there is only the layout: within strings those are escaped already.
+        if (isHarmless(piece.codePoint) || piece.codePoint < ' ')
+            result.append(piece.bytes);
+        else
+            result.append(escaped(piece.codePoint));
+        rest.remove_prefix(piece.bytes.size());
+    }
+    return result;
+}
+
+std::string TerminalText::padded(std::string_view text, std::size_t columns) {
+    if (columns == 0) return {};
+    std::string result;
+    std::string shortened;  // what fits in front of an ellipsis
+    std::size_t used = 0;
+    for (std::string_view rest = text; !rest.empty();) {
+        const Piece piece = firstPiece(rest);
+        const std::size_t width = columnsOf(piece.codePoint);
+        if (used + width > columns) {
+            const std::size_t shortColumns = columns - 1;
+            return padded(shortened, shortColumns) + "…";
+        }
+        used += width;
+        result.append(piece.bytes);
+        if (used + 1 <= columns) shortened = result;
+        rest.remove_prefix(piece.bytes.size());
+    }
+    return result.append(columns - used, ' ');
+}
+
+std::string TerminalText::timeOfDay(Instant instant) {
+    const std::tm local = localTime(instant);
+    return fmt::format("{:02}:{:02}:{:02}", local.tm_hour, local.tm_min, local.tm_sec);
+}
+
+std::string TerminalText::shortTime(Instant instant, Instant now) {
+    const std::tm local = localTime(instant);
+    const std::tm today = localTime(now);
+    std::string time = fmt::format("{:02}:{:02}", local.tm_hour, local.tm_min);
+    if (local.tm_year == today.tm_year && local.tm_yday == today.tm_yday) return time;
+    const auto* month = months[static_cast<std::size_t>(local.tm_mon)];
+    if (local.tm_year == today.tm_year) return fmt::format("{} {} {}", local.tm_mday, month, time);
+    return fmt::format("{} {} {} {}", local.tm_mday, month, local.tm_year + 1900, time);
+}
+
+std::string TerminalText::ago(Instant instant, Instant now) {
+    using namespace std::chrono;
+    const auto age = now - instant;
+    if (age < 1min) return "just now";
+    if (age < 1h) return fmt::format("{} min ago", floor<minutes>(age).count());
+    if (age < 48h) return fmt::format("{} h ago", floor<hours>(age).count());
+    return fmt::format("{} days ago", floor<days>(age).count());
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,71 @@
+#include "Setup/Agents.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "Integrations/HookInstallSpec.h"
+#include "Integrations/ProviderDetector.h"
+
+namespace tallowbrook::host {
+namespace {
+
+// Where the user has moved the agent's directory to.
+std::optional<std::filesystem::path> movedDirectory(Provider provider) {
+    const char* name = provider == Provider::claudeCode ? "CLAUDE_CONFIG_DIR" : "CODEX_HOME";
+    const char* value = std::getenv(name);
+    if (value == nullptr || *value == '\0') return std::nullopt;
+    return std::filesystem::absolute(value);
+}
+
+Agent locate(Provider provider) {
+    const auto detector = ProviderDetector::live(false);
+    const auto detection = detector.detect(provider);
+    Agent agent{provider, detection.hookConfigPath,
+                detection.state != ProviderDetection::State::notDetected};
+    if (const auto directory = movedDirectory(provider)) {
+        agent.configFile = *directory / agent.configFile.filename();
+        agent.isThere = agent.isThere || detector.isDirectory(directory->string());
+    }
+    return agent;
+}
+
+}  // namespace
+
+std::filesystem::path Agent::backupDirectory(const TallowbrookPaths& paths) const {
+    auto name = configFile.parent_path().string();
+    std::ranges::replace(name, '/', '%');
+    return paths.backupsDirectory() / name;
+}
+
+std::vector<std::string> agentNames() {
+    std::vector<std::string> names;
+    for (const auto provider : allCases<Provider>()) names.emplace_back(hookSourceWord(provider));
+    return names;
+}
+
+std::vector<Agent> allAgents() {
+    std::vector<Agent> agents;
+    for (const auto provider : allCases<Provider>()) agents.push_back(locate(provider));
+    return agents;
+}
+
+std::expected<std::vector<Agent>, std::string> chosenAgents(const AgentChoice& choice,
+                                                            Unnamed unnamed) {
+    auto agents = allAgents();
+    std::erase_if(agents, [&](const Agent& agent) {
+        if (choice.names.empty()) return unnamed == Unnamed::thoseThere && !agent.isThere;
+        return std::ranges::find(choice.names, hookSourceWord(agent.provider)) ==
+               choice.names.end();
+    });
+    if (choice.configFile) {
+        if (choice.names.empty() || agents.size() != 1)
+            return std::unexpected("With --config, name the one agent whose file it is.");
+        agents.front().configFile = std::filesystem::absolute(*choice.configFile);
+    }
+    if (agents.empty())
+        return std::unexpected(
+            "No agent was found on this machine. Name the one you mean: claude-code or codex.");
+    return agents;
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,53 @@
+#include "Setup/DiffView.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "Output/TerminalText.h"
+#include "Text/TakeUntil.h"
+
+namespace tallowbrook::host {
+namespace {
+
+// The escape sequences of ECMA-48, Select Graphic Rendition.
+constexpr std::string_view plain = "\x1B[0m";
+constexpr std::string_view bold = "\x1B[1m";
+constexpr std::string_view red = "\x1B[31m";
+constexpr std::string_view green = "\x1B[32m";
+constexpr std::string_view cyan = "\x1B[36m";
+
+std::string_view colourOf(std::string_view line, bool isHeader) {
+    if (isHeader) return bold;
+    if (line.starts_with("@@")) return cyan;
+    if (line.starts_with('+')) return green;
+    if (line.starts_with('-')) return red;
+    return {};
+}
+
+}  // namespace
+
+Colour colourOfStandardOutput() {
+    const char* noColour = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    const bool isRefused = noColour != nullptr && *noColour != '\0';
+    const bool isCapable = terminal != nullptr && std::string_view{terminal} != "dumb";
+    return isatty(STDOUT_FILENO) == 1 && isCapable && !isRefused ? Colour::on : Colour::off;
+}
+
+std::string showDiff(std::string_view diff, Colour colour) {
+    constexpr int headerLines = 2;
+    std::string text;
+    for (int number = 0; !diff.empty(); ++number) {
+        const auto line = takeUntil(diff, '\n');
+        const auto start =
+            colour == Colour::on ? colourOf(line, number < headerLines) : std::string_view{};
+        text += start;
+        text += TerminalText::printable(line);
+        if (!start.empty()) text += plain;
+        text += '\n';
+    }
+    return text;
+}
+
+}  // namespace tallowbrook::host

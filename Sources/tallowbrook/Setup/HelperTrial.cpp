@@ -1,0 +1,104 @@
+#include "Setup/HelperTrial.h"
+
+#include <fmt/core.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "Integrations/IntegrationSetup.h"
+#include "Preferences/HostSettings.h"
+#include "System/ProcessLaunch.h"
+#include "Watch/HostLock.h"
+#include "Watch/Ingest.h"
+
+namespace tallowbrook::host {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds patience{5};
+constexpr std::chrono::milliseconds pollInterval{10};
+
+// What is read from a pipe that holds the payload and has no writer any more. The payload is far
+// smaller than what every pipe holds, so writing does not wait. Absent when the system refuses.
+std::optional<FileDescriptor> readerOf(std::string_view payload) {
+    auto pipe = ProcessLaunch::makePipe();
+    if (!pipe || write(pipe->writer.number(), payload.data(), payload.size()) !=
+                     static_cast<ssize_t>(payload.size()))
+        return std::nullopt;
+    return std::move(pipe->reader);
+}
+
+// False when it had to be killed.
+bool waitForEnd(pid_t child) {
+    const auto deadline = Clock::now() + patience;
+    while (waitpid(child, nullptr, WNOHANG) == 0) {
+        if (Clock::now() >= deadline) {
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+            return false;
+        }
+        std::this_thread::sleep_for(pollInterval);
+    }
+    return true;
+}
+
+std::expected<void, std::string> runHelper(const TallowbrookPaths& paths,
+                                           const std::vector<std::string>& arguments,
+                                           std::string_view payload) {
+    const auto input = readerOf(payload);
+    if (!input) return std::unexpected("No pipe can be made for the test event.");
+    const auto child =
+        ProcessLaunch::start(paths.installedHelper().string(), arguments, FileDescriptor{}, *input);
+    if (!child)
+        return std::unexpected(
+            "The helper cannot be run: " + FileError{"spawn", child.error()}.reason() + ".");
+    if (waitForEnd(*child)) return {};
+    return std::unexpected("The helper does not end.");
+}
+
+void drainUnlessWatched(const TallowbrookPaths& paths, EventStore& store) {
+    const auto lock = HostLock::tryAcquire(paths);
+    if (!lock || !*lock) return;
+    const auto preferences = store.preferences().value_or(defaultPreferences());
+    Ingest{{paths}, preferences, Calendar::current()}.run(store, currentInstant());
+}
+
+bool comesBack(const TallowbrookPaths& paths, const SessionKey& key, EventStore& store) {
+    const auto deadline = Clock::now() + patience;
+    while (true) {
+        drainUnlessWatched(paths, store);
+        if (store.session(key)) return true;
+        if (Clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(pollInterval);
+    }
+}
+
+}  // namespace
+
+std::expected<void, std::string> tryHelper(const TallowbrookPaths& paths, Provider provider,
+                                           EventStore& store) {
+    const auto id = randomUUID();
+    if (!id) return std::unexpected("No test event can be made: " + id.error().reason() + ".");
+    const SessionKey key{provider, std::string{setupCheckPrefix} + UUIDText::text(*id)};
+    auto arguments = IntegrationSetup::testEventArguments(provider);
+    // Where it can be left out, the helper must find the home by itself, as it will in a hook.
+    if (paths != TallowbrookPaths::standard()) {
+        arguments.emplace_back("--home");
+        arguments.push_back(paths.home.string());
+    }
+    const auto payload = IntegrationSetup::testEventPayload(provider, key.sessionID, "/");
+    if (auto ran = runHelper(paths, arguments, payload); !ran) return ran;
+    if (!comesBack(paths, key, store))
+        return std::unexpected(
+            fmt::format("The helper ran, but its test event did not arrive. {} may say why.",
+                        paths.helperLogFile().string()));
+    store.removeSession(key);
+    return {};
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,20 @@
+// The proof that an agent's hook reaches the store: the installed helper is run as the agent runs
+// it, with a test event, and that event must come back through the spool.
+#pragma once
+
+#include <expected>
+#include <string>
+
+#include "Domain/AgentEvent.h"
+#include "EventBridge/TallowbrookPaths.h"
+#include "Store/EventStore.h"
+
+namespace tallowbrook::host {
+
+// Waits at most 5 s for the helper and 5 s for the event. Where no other host drains this home,
+// does so meanwhile. The test session is removed again. The error is a whole sentence for the user.
+// Throws SQLite::Exception when the store fails.
+[[nodiscard]] std::expected<void, std::string> tryHelper(const TallowbrookPaths& paths,
+                                                         Provider provider, EventStore& store);
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,98 @@
+#include "Store/StoreSchema.h"
+
+#include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/Transaction.h>
+
+#include <array>
+
+namespace tallowbrook::host {
+namespace {
+
+// One step a version. A step that has shipped is never changed: a change is a new step.
+//
+// Times are microseconds since 1970-01-01 UTC. Records are JSON texts with the library's coding, so
+// that a record that gains a field needs no new column.
+constexpr std::array steps{
+    R"sql(
+        CREATE TABLE sessions (
+            number INTEGER PRIMARY KEY,
+            storage_id TEXT NOT NULL UNIQUE,
+            snapshot TEXT NOT NULL
+        );
+        CREATE TABLE events (
+            number INTEGER PRIMARY KEY,
+            id BLOB NOT NULL UNIQUE,
+            session INTEGER REFERENCES sessions (number),
+            observed_at INTEGER NOT NULL,
+            effect TEXT NOT NULL,
+            record TEXT NOT NULL
+        );
+        CREATE INDEX events_by_session ON events (session) WHERE session IS NOT NULL;
+        CREATE TABLE notifications (
+            number INTEGER PRIMARY KEY,
+            event_id BLOB NOT NULL,
+            session_storage_id TEXT NOT NULL,
+            kind TEXT NOT NULL,
+            title TEXT NOT NULL,
+            body TEXT NOT NULL,
+            dedupe_key TEXT NOT NULL,
+            play_sound INTEGER NOT NULL,
+            observed_at INTEGER NOT NULL,
+            decided_at INTEGER NOT NULL,
+            state TEXT NOT NULL,
+            told_at INTEGER
+        );
+        CREATE INDEX notifications_by_dedupe_key ON notifications (dedupe_key, number);
+        CREATE INDEX notifications_pending ON notifications (number) WHERE state = 'pending';
+        CREATE TABLE settings (
+            key TEXT PRIMARY KEY,
+            value TEXT NOT NULL
+        ) WITHOUT ROWID;
+    )sql",
+    // An index of random ids alone costs a page of its own for every event once it is large. An
+    // event that is delivered twice comes with its time both times, and times come in order.
+    R"sql(
+        CREATE TABLE timed_events (
+            number INTEGER PRIMARY KEY,
+            id BLOB NOT NULL,
+            session INTEGER REFERENCES sessions (number),
+            observed_at INTEGER NOT NULL,
+            effect TEXT NOT NULL,
+            record TEXT NOT NULL,
+            UNIQUE (observed_at, id)
+        );
+        INSERT INTO timed_events SELECT number, id, session, observed_at, effect, record
+            FROM events ORDER BY number;
+        DROP TABLE events;
+        ALTER TABLE timed_events RENAME TO events;
+        CREATE INDEX events_by_session ON events (session) WHERE session IS NOT NULL;
+        CREATE TABLE reminders (
+            session TEXT PRIMARY KEY,
+            waiting_since INTEGER NOT NULL,
+            sent INTEGER NOT NULL,
+            last_sent_at INTEGER NOT NULL
+        ) WITHOUT ROWID;
+    )sql",
+};
+
+}  // namespace
+
+int StoreSchema::currentVersion() { return static_cast<int>(steps.size()); }
+
+int StoreSchema::version(SQLite::Database& database) {
+    return database.execAndGet("PRAGMA user_version").getInt();
+}
+
+void StoreSchema::migrate(SQLite::Database& database) {
+    while (version(database) < currentVersion()) {
+        SQLite::Transaction transaction{database, SQLite::TransactionBehavior::IMMEDIATE};
+        // Another process may have done the step while this one waited for the lock.
+        const int reached = version(database);
+        if (reached >= currentVersion()) return;
+        database.exec(steps[static_cast<std::size_t>(reached)]);
+        database.exec("PRAGMA user_version = " + std::to_string(reached + 1));
+        transaction.commit();
+    }
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,44 @@
+#include "Watch/HostLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr int maxTries = 10;
+constexpr std::chrono::milliseconds pause{5};
+
+}  // namespace
+
+std::filesystem::path HostLock::file(const TallowbrookPaths& paths) {
+    return paths.home / "host.lock";
+}
+
+std::expected<std::optional<HostLock>, FileError> HostLock::tryAcquire(
+    const TallowbrookPaths& paths) {
+    if (auto made = TallowbrookPaths::ensureDirectory(paths.home); !made)
+        return std::unexpected(made.error());
+    FileDescriptor descriptor{open(file(paths).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
+    if (!descriptor.isOpen()) return std::unexpected(FileError{"open", errno});
+    for (int tries = 0; flock(descriptor.number(), LOCK_EX | LOCK_NB) != 0;) {
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            return std::unexpected(FileError{"flock", errno});
+        if (++tries == maxTries) return std::nullopt;
+        std::this_thread::sleep_for(pause);
+    }
+    return HostLock{std::move(descriptor)};
+}
+
+bool HostLock::isHeld(const TallowbrookPaths& paths) {
+    const FileDescriptor descriptor{open(file(paths).c_str(), O_RDONLY | O_CLOEXEC)};
+    // A shared lock, given back at once, cannot be mistaken for a host by anybody who looks, too.
+    return descriptor.isOpen() && flock(descriptor.number(), LOCK_SH | LOCK_NB) != 0 &&
+           errno == EWOULDBLOCK;
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,31 @@
+// Decides which of several hosts on one home drains its spool: an advisory lock (flock(2)) on a
+// file of the home, held while the value lives and free again when its holder dies.
+#pragma once
+
+#include <expected>
+#include <optional>
+
+#include "EventBridge/TallowbrookPaths.h"
+#include "System/FileDescriptor.h"
+
+namespace tallowbrook::host {
+
+class HostLock {
+ public:
+    static std::filesystem::path file(const TallowbrookPaths& paths);
+
+    // Absent when another process holds the lock. Waits 50 ms for that, longer than anybody holds
+    // it who only looks. Creates the home if need be.
+    [[nodiscard]] static std::expected<std::optional<HostLock>, FileError> tryAcquire(
+        const TallowbrookPaths& paths);
+
+    // Whether some process holds the lock now; for those who only look.
+    static bool isHeld(const TallowbrookPaths& paths);
+
+ private:
+    explicit HostLock(FileDescriptor file) : file_{std::move(file)} {}
+
+    FileDescriptor file_;
+};
+
+}  // namespace tallowbrook::host

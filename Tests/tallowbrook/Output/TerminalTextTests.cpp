@@ -1,0 +1,191 @@
+#include "Output/TerminalText.h"
+
+#include <gtest/gtest.h>
+#include <time.h>
+
+#include <boost/json/parse.hpp>
+#include <chrono>
+
+#include "Support/EnvironmentVariable.h"
+
+namespace tallowbrook::host {
+namespace {
+
+using namespace std::chrono;
+
+// The system's zone for as long as this value lives.
+class TimeZone {
+ public:
+    explicit TimeZone(const std::string& zone) : variable_{"TZ", zone} { tzset(); }
+
+ private:
+    EnvironmentVariable variable_;
+};
+
+Instant at(int y, unsigned m, unsigned d, int hour, int minute, int second = 0) {
+    return sys_days{year{y} / month{m} / day{d}} + hours{hour} + minutes{minute} + seconds{second};
+}
+
+TEST(TerminalText, keepsWhatIsPrintable) {
+    for (const std::string text :
+         {"", "plain text 0-9 ~", "na\u00EFve \u2014 \u201Cquoted\u201D", "\u65E5\u672C\u8A9E",
+          "e\u0301", "\U0001F469\u200D\U0001F4BB", "\u0646\u0645\u200C\u06CC", "\u2764\uFE0F",
+          "\u00A0", "\uFFFD", "\uE000", "\u0378"})
+        EXPECT_EQ(TerminalText::printable(text), text);
+}
+
+TEST(TerminalText, replacesWhatATerminalWouldObey) {
+    for (unsigned byte = 0; byte < 0x20; ++byte)
+        EXPECT_EQ(TerminalText::printable("a" + std::string(1, static_cast<char>(byte)) + "b"),
+                  "a\uFFFDb")
+            << byte;
+    struct Row {
+        const char* why;
+        std::string text;
+    };
+    for (const auto& [why, text] : {
+             Row{"delete", "\x7F"},
+             Row{"first of the second control range", "\xC2\x80"},
+             Row{"control sequence introducer", "\xC2\x9B"},
+             Row{"last of the second control range", "\xC2\x9F"},
+             Row{"soft hyphen", "\u00AD"},
+             Row{"zero width space", "\u200B"},
+             Row{"left-to-right mark", "\u200E"},
+             Row{"right-to-left mark", "\u200F"},
+             Row{"Arabic letter mark", "\u061C"},
+             Row{"line separator", "\u2028"},
+             Row{"paragraph separator", "\u2029"},
+             Row{"right-to-left embedding", "\u202B"},
+             Row{"pop directional formatting", "\u202C"},
+             Row{"right-to-left override", "\u202E"},
+             Row{"left-to-right isolate", "\u2066"},
+             Row{"pop directional isolate", "\u2069"},
+             Row{"byte-order mark", "\uFEFF"},
+             Row{"invisible tag", "\U000E0041"},
+         })
+        EXPECT_EQ(TerminalText::printable("a" + text + "b"), "a\uFFFDb") << why;
+}
+
+TEST(TerminalText, replacesEachByteThatIsNoUTF8) {
+    struct Row {
+        const char* why;
+        std::string text;
+        std::string expected;
+    };
+    for (const auto& [why, text, expected] : {
+             Row{"never a byte of UTF-8", "\xFF", "\uFFFD"},
+             Row{"a lone continuation", "\x9B", "\uFFFD"},
+             Row{"cut short", "\xE6\x97", "\uFFFD\uFFFD"},
+             Row{"cut short before a letter", "\xC3z", "\uFFFDz"},
+             Row{"longer than need be", "\xC0\x9B", "\uFFFD\uFFFD"},
+             Row{"a surrogate", "\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
+             Row{"beyond Unicode", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+         })
+        EXPECT_EQ(TerminalText::printable(text), expected) << why;
+}
+
+TEST(TerminalText, escapesInJSONWhatATerminalWouldObey) {
+    struct Row {
+        const char* why;
+        std::string json;
+        std::string expected;
+    };
+    for (const auto& [why, json, expected] : {
+             Row{"nothing to escape", "{\"a\": [1, \"\u65E5 \U0001F600\"]}\n",
+                 "{\"a\": [1, \"\u65E5 \U0001F600\"]}\n"},
+             Row{"its own layout", "[\n\t1,\r\n 2]", "[\n\t1,\r\n 2]"},
+             Row{"an escape that is there", R"("\u001b\n")", R"("\u001b\n")"},
+             Row{"delete", "\"\x7F\"", R"("\u007f")"},
+             Row{"control sequence introducer", "\"\xC2\x9B\"", R"("\u009b")"},
+             Row{"right-to-left override", "\"\u202E\"", R"("\u202e")"},
+             Row{"beyond the first plane", "\"\U000E0041\"", R"("\udb40\udc41")"},
+         }) {
+        EXPECT_EQ(TerminalText::printableJSON(json), expected) << why;
+        EXPECT_EQ(boost::json::parse(TerminalText::printableJSON(json)), boost::json::parse(json))
+            << why;
+    }
+}
+
+TEST(TerminalText, isPaddedToItsColumns) {
+    struct Row {
+        const char* why;
+        std::string text;
+        std::size_t columns;
+        std::string expected;
+    };
+    for (const auto& [why, text, columns, expected] : {
+             Row{"empty", "", 3, "   "},
+             Row{"shorter", "ab", 3, "ab "},
+             Row{"just as wide", "abc", 3, "abc"},
+             Row{"one too wide", "abcd", 3, "ab\u2026"},
+             Row{"much too wide", "abcdefgh", 3, "ab\u2026"},
+             Row{"a single column", "ab", 1, "\u2026"},
+             Row{"two columns a character", "\u65E5\u672C", 5, "\u65E5\u672C "},
+             Row{"just as wide", "\u65E5\u672C", 4, "\u65E5\u672C"},
+             Row{"one too wide", "\u65E5\u672C", 3, "\u65E5\u2026"},
+             Row{"half of it would fit", "\u65E5\u672C", 2, " \u2026"},
+             Row{"none of it would fit", "\u65E5", 1, "\u2026"},
+             Row{"an accent of its own", "e\u0301x", 3, "e\u0301x "},
+             Row{"just as wide", "xe\u0301", 2, "xe\u0301"},
+             Row{"an accent stays with its letter", "ae\u0301xx", 3, "ae\u0301\u2026"},
+             Row{"it goes with its letter", "abe\u0301x", 3, "ab\u2026"},
+             Row{"an emoji", "\U0001F600", 3, "\U0001F600 "},
+         })
+        EXPECT_EQ(TerminalText::padded(text, columns), expected) << why;
+}
+
+TEST(TerminalText, tellsTheLocalTimeOfDay) {
+    const TimeZone zone{"EST5"};
+    EXPECT_EQ(TerminalText::timeOfDay(at(2026, 11, 21, 5, 0)), "00:00:00");
+    EXPECT_EQ(TerminalText::timeOfDay(at(2026, 11, 21, 4, 59, 59) + microseconds{999'999}),
+              "23:59:59");
+    EXPECT_EQ(TerminalText::timeOfDay(at(2026, 11, 21, 19, 5, 9)), "14:05:09");
+}
+
+TEST(TerminalText, addsTheDateToTimesOfOtherLocalDays) {
+    const TimeZone zone{"EST5"};
+    const Instant now = at(2026, 11, 21, 19, 5);
+    struct Row {
+        const char* why;
+        Instant time;
+        const char* expected;
+    };
+    for (const auto& [why, time, expected] : {
+             Row{"now", now, "14:05"},
+             Row{"the day's first minute", at(2026, 11, 21, 5, 0), "00:00"},
+             Row{"the minute before", at(2026, 11, 21, 4, 59), "20 Nov 23:59"},
+             Row{"the day's last minute", at(2026, 11, 22, 4, 59), "23:59"},
+             Row{"tomorrow", at(2026, 11, 22, 5, 0), "22 Nov 00:00"},
+             Row{"the year's first minute", at(2026, 1, 1, 5, 0), "1 Jan 00:00"},
+             Row{"last year", at(2026, 1, 1, 4, 59), "31 Dec 2025 23:59"},
+             Row{"the same day of another year", at(2025, 11, 21, 19, 5), "21 Nov 2025 14:05"},
+         })
+        EXPECT_EQ(TerminalText::shortTime(time, now), expected) << why;
+}
+
+TEST(TerminalText, countsAgesDownwards) {
+    const Instant now = at(2026, 11, 21, 12, 0);
+    struct Row {
+        microseconds age;
+        const char* expected;
+    };
+    const microseconds little{1};
+    for (const auto& [age, expected] : {
+             Row{hours{-5}, "just now"},
+             Row{seconds{0}, "just now"},
+             Row{minutes{1} - little, "just now"},
+             Row{minutes{1}, "1 min ago"},
+             Row{minutes{2} - little, "1 min ago"},
+             Row{hours{1} - little, "59 min ago"},
+             Row{hours{1}, "1 h ago"},
+             Row{hours{2} - little, "1 h ago"},
+             Row{hours{48} - little, "47 h ago"},
+             Row{hours{48}, "2 days ago"},
+             Row{hours{72} - little, "2 days ago"},
+             Row{hours{24 * 400}, "400 days ago"},
+         })
+        EXPECT_EQ(TerminalText::ago(now - age, now), expected) << age.count();
+}
+
+}  // namespace
+}  // namespace tallowbrook::host
