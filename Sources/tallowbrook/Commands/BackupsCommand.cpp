@@ -7,8 +7,9 @@
 
 #include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
-#include "Output/TerminalOutput.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/StandardStreams.h"
+#include "Output/TimeText.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -60,27 +61,27 @@ const AgentBackup* select(const std::vector<AgentBackup>& backups,
 
 int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice) {
     const auto backups = find(paths, choice);
-    if (!backups) return TerminalOutput::fail(backups.error());
-    if (backups->empty()) return TerminalOutput::showAsResult("There are no backups.\n");
+    if (!backups) return StandardStreams::fail(backups.error());
+    if (backups->empty()) return StandardStreams::showAsResult("There are no backups.\n");
     const Instant now = currentInstant();
     std::string text;
     for (std::size_t i = 0; i < backups->size(); ++i) {
         const auto& [agent, backup, time] = (*backups)[i];
-        text += fmt::format(
-            "{:>3}  {:<13}  {:<11}  {}\n", i + 1, TerminalText::shortTime(backup.createdAt, now),
-            displayName(agent.provider), TerminalText::printable(backup.url.string()));
+        text += fmt::format("{:>3}  {:<13}  {:<11}  {}\n", i + 1,
+                            TimeText::shortTime(backup.createdAt, now), displayName(agent.provider),
+                            PrintableText::printable(backup.url.string()));
     }
-    return TerminalOutput::showAsResult(text);
+    return StandardStreams::showAsResult(text);
 }
 
 int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
                   const std::optional<std::string>& backup, const ReviewOptions& options) {
     const auto backups = find(paths, choice);
-    if (!backups) return TerminalOutput::fail(backups.error());
+    if (!backups) return StandardStreams::fail(backups.error());
     const auto* selected = select(*backups, backup);
-    if (selected == nullptr && !backup) return TerminalOutput::fail("There are no backups.");
+    if (selected == nullptr && !backup) return StandardStreams::fail("There are no backups.");
     if (selected == nullptr)
-        return TerminalOutput::fail(
+        return StandardStreams::fail(
             fmt::format("There is no backup \"{}\". \"tallowbrook backups\" lists them.", *backup),
             ExitStatus::wrongUsage);
     const auto planner = [=]() -> std::expected<ConfigChangePlan, std::string> {
@@ -89,13 +90,13 @@ int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
         return std::unexpected(plan.error().description());
     };
     auto change = ConfigChange::prepare(planner, selected->agent.backupDirectory(paths));
-    if (!change) return TerminalOutput::fail(change.error() + " Nothing was changed.");
+    if (!change) return StandardStreams::fail(change.error() + " Nothing was changed.");
     if (!canAsk(options)) return ExitStatus::failed;
-    TerminalOutput::mention(fmt::format(
+    StandardStreams::mention(fmt::format(
         "{}: {}\nBackup: {}\n", displayName(selected->agent.provider), announcement(change->plan),
-        TerminalText::printable(selected->backup.url.string())));
+        PrintableText::printable(selected->backup.url.string())));
     const auto outcome = change->review(options);
-    if (outcome == ReviewOutcome::applied) TerminalOutput::mention("The backup was put back.\n");
+    if (outcome == ReviewOutcome::applied) StandardStreams::mention("The backup was put back.\n");
     return exitStatus(outcome);
 }
 

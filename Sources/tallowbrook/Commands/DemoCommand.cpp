@@ -4,8 +4,8 @@
 
 #include "Lists/SessionList.h"
 #include "Lists/Timeline.h"
-#include "Output/TerminalOutput.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/StandardStreams.h"
 #include "Preferences/HostSettings.h"
 #include "SessionState/DemoData.h"
 
@@ -19,10 +19,10 @@ int demo() {
     for (const auto& entry : data.entries) {
         SessionSnapshot session;
         session.cwd = entry.event.cwd;
-        text += TerminalText::padded(session.projectLabel(), 16) +
+        text += PrintableText::padded(session.projectLabel(), 16) +
                 timelineRow(entry.event, entry.effect, now);
     }
-    return TerminalOutput::showAsResult(text);
+    return StandardStreams::showAsResult(text);
 }
 
 }  // namespace tallowbrook::host

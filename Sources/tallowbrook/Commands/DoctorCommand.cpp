@@ -9,8 +9,8 @@
 #include "EventBridge/SpoolDrainer.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "Integrations/ProviderDetector.h"
-#include "Output/TerminalOutput.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/StandardStreams.h"
 #include "Setup/Agents.h"
 #include "Setup/ProgramLocation.h"
 
@@ -83,7 +83,7 @@ int doctor(const TallowbrookPaths& paths) {
     auto store = openIfAny(paths);
     if (store && *store) addStored(report, **store, now);
     addAgents(report, store ? readRecords(*store) : std::nullopt, now);
-    return TerminalOutput::showAsResult(TerminalText::printableLines(report.render()) + "\n");
+    return StandardStreams::showAsResult(PrintableText::printableLines(report.render()) + "\n");
 }
 
 }  // namespace tallowbrook::host

@@ -8,8 +8,8 @@
 #include "Commands/StoreCommand.h"
 #include "Focus/Focus.h"
 #include "Output/ExitStatus.h"
-#include "Output/TerminalOutput.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/StandardStreams.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -29,9 +29,9 @@ int exitStatus(FocusOutcome::Result result) {
 int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
     const auto outcome = focusSession(session, paths);
     const int status = exitStatus(outcome.result);
-    if (status == ExitStatus::failed) return TerminalOutput::fail(outcome.sentence);
+    if (status == ExitStatus::failed) return StandardStreams::fail(outcome.sentence);
     const int shown =
-        TerminalOutput::showAsResult(TerminalText::printable(outcome.sentence) + "\n");
+        StandardStreams::showAsResult(PrintableText::printable(outcome.sentence) + "\n");
     return shown == ExitStatus::done ? status : shown;
 }
 
@@ -40,7 +40,7 @@ int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
 int focus(const TallowbrookPaths& paths, const std::string& session) {
     return withExistingStore(paths, [&](EventStore& store) {
         const auto chosen = chooseSession(store, session, currentInstant());
-        if (!chosen) return TerminalOutput::fail(chosen.error(), ExitStatus::wrongUsage);
+        if (!chosen) return StandardStreams::fail(chosen.error(), ExitStatus::wrongUsage);
         return focusOne(chosen->snapshot, paths);
     });
 }
@@ -59,11 +59,11 @@ int focusNext(const TallowbrookPaths& paths) {
         auto cycle = store.waitingCycle();
         const auto id = cycle.next(waiting, now);
         store.setWaitingCycle(cycle);
-        if (!id) return TerminalOutput::showAsResult("No session waits for you.\n");
+        if (!id) return StandardStreams::showAsResult("No session waits for you.\n");
         const auto place = std::ranges::find(waiting, *id) - waiting.begin();
         const auto& session = list.sessions[static_cast<std::size_t>(place)].snapshot;
-        TerminalOutput::mention(fmt::format("{} of {}: {}\n", place + 1, waiting.size(),
-                                            TerminalText::printable(session.projectLabel())));
+        StandardStreams::mention(fmt::format("{} of {}: {}\n", place + 1, waiting.size(),
+                                             PrintableText::printable(session.projectLabel())));
         return focusOne(session, paths);
     });
 }

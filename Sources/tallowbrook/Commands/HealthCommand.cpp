@@ -8,8 +8,9 @@
 #include "Domain/RecordCoding.h"
 #include "Integrations/ConfigFileWriter.h"
 #include "Output/ExitStatus.h"
-#include "Output/TerminalOutput.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/StandardStreams.h"
+#include "Output/TimeText.h"
 #include "Preferences/HostSettings.h"
 #include "Setup/ProgramLocation.h"
 #include "Text/UTF8.h"
@@ -44,12 +45,11 @@ std::string joined(const std::vector<std::string>& words, const std::string& sep
 
 std::string eventsDetail(const IntegrationHealth& events, Instant now) {
     if (const auto* waiting = std::get_if<IntegrationHealth::Waiting>(&events.state))
-        return "for the first event since the setup at " +
-               TerminalText::shortTime(waiting->since, now);
+        return "for the first event since the setup at " + TimeText::shortTime(waiting->since, now);
     if (const auto* silent = std::get_if<IntegrationHealth::Silent>(&events.state))
-        return "no event since the setup at " + TerminalText::shortTime(silent->since, now);
+        return "no event since the setup at " + TimeText::shortTime(silent->since, now);
     if (const auto* receiving = std::get_if<IntegrationHealth::Receiving>(&events.state))
-        return "last event " + TerminalText::ago(receiving->lastEventAt, now);
+        return "last event " + TimeText::ago(receiving->lastEventAt, now);
     return "for the first event; start \"tallowbrook watch\", which reads what comes";
 }
 
@@ -102,12 +102,12 @@ struct Report {
 
     std::string table(Instant now) const {
         auto text = fmt::format("Helper: {} ({})\n", rawValue(helper),
-                                TerminalText::printable(helperFile.string()));
+                                PrintableText::printable(helperFile.string()));
         for (const auto& health : agents) {
-            const auto more = TerminalText::printable(detail(health, now));
+            const auto more = PrintableText::printable(detail(health, now));
             text += fmt::format("{}: {}{}{} ({})\n", displayName(health.agent.provider),
                                 health.state(), more.empty() ? "" : ", ", more,
-                                TerminalText::printable(health.agent.configFile.string()));
+                                PrintableText::printable(health.agent.configFile.string()));
         }
         return text;
     }
@@ -119,7 +119,7 @@ struct Report {
         report.encode("helper", helper);
         report.encode("helperFile", UTF8::replacingInvalid(helperFile.string()));
         report.encodeRaw("agents", "[" + list + "]");
-        return TerminalText::printableJSON(report.text()) + "\n";
+        return PrintableText::printableJSON(report.text()) + "\n";
     }
 };
 
@@ -182,7 +182,7 @@ void AgentHealth::judgeEvents(IntegrationHealthRecord& record, Instant now) {
 
 int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFormat format) {
     const auto agents = chosenAgents(choice, Unnamed::all);
-    if (!agents) return TerminalOutput::fail(agents.error());
+    if (!agents) return StandardStreams::fail(agents.error());
     Report report{
         IntegrationSetup::helperStatus(paths.installedHelper(), bundledHelper().value_or("")),
         paths.installedHelper(),
@@ -193,7 +193,7 @@ int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFor
     return withStoreIfAny(paths, [&](EventStore* store) {
         const Instant now = currentInstant();
         if (store != nullptr) judgeEvents(report.agents, choice, *store, now);
-        const int shown = TerminalOutput::showAsResult(
+        const int shown = StandardStreams::showAsResult(
             format == ListFormat::json ? report.json() : report.table(now));
         if (shown != ExitStatus::done) return shown;
         return std::ranges::any_of(report.agents, &AgentHealth::needsAttention)

@@ -9,7 +9,7 @@
 #include "Commands/StoreCommand.h"
 #include "Notifications/ReminderPolicy.h"
 #include "Output/ExitStatus.h"
-#include "Output/TerminalOutput.h"
+#include "Output/StandardStreams.h"
 #include "Preferences/HostSettings.h"
 
 namespace tallowbrook::host {
@@ -161,9 +161,9 @@ int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceCha
     return withStore(paths, [&](EventStore& store) {
         if (change)
             if (const auto refusal = apply(*change, store))
-                return TerminalOutput::fail(*refusal + " Nothing was changed.",
-                                            ExitStatus::wrongUsage);
-        return TerminalOutput::showAsResult(
+                return StandardStreams::fail(*refusal + " Nothing was changed.",
+                                             ExitStatus::wrongUsage);
+        return StandardStreams::showAsResult(
             preferencesTable(store.preferences().value_or(defaultPreferences())) +
             reminderIntervalRow(store.reminderInterval().value_or(defaultReminderInterval)));
     });

@@ -2,7 +2,7 @@
 
 #include "Commands/StoreCommand.h"
 #include "EventBridge/SpoolDrainer.h"
-#include "Output/TerminalOutput.h"
+#include "Output/StandardStreams.h"
 #include "Watch/HostLock.h"
 
 namespace tallowbrook::host {
@@ -10,7 +10,7 @@ namespace {
 
 void hintAtPendingEvents(const TallowbrookPaths& paths) {
     if (HostLock::isHeld(paths) || SpoolDrainer{paths}.pendingSegmentCount() == 0) return;
-    TerminalOutput::complain("Events wait in the spool. \"tallowbrook watch\" reads them.");
+    StandardStreams::complain("Events wait in the spool. \"tallowbrook watch\" reads them.");
 }
 
 }  // namespace
@@ -20,7 +20,7 @@ int listSessions(const TallowbrookPaths& paths, ListScope scope, ListFormat form
         const Instant now = currentInstant();
         const auto list = SessionList::make(
             store != nullptr ? store->sessions() : std::vector<SessionSnapshot>{}, scope, now);
-        const int status = TerminalOutput::showAsResult(
+        const int status = StandardStreams::showAsResult(
             format == ListFormat::json ? list.json(now) : list.table(now));
         hintAtPendingEvents(paths);
         return status;

@@ -5,8 +5,8 @@
 #include "Commands/StoreCommand.h"
 #include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
-#include "Output/TerminalOutput.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/StandardStreams.h"
 #include "Setup/HelperTrial.h"
 #include "Setup/ProgramLocation.h"
 
@@ -14,7 +14,7 @@ namespace tallowbrook::host {
 namespace {
 
 std::string printable(const std::filesystem::path& path) {
-    return TerminalText::printable(path.string());
+    return PrintableText::printable(path.string());
 }
 
 using MakePlan = std::expected<ConfigChangePlan, ConfigPlanError> (*)(Provider,
@@ -92,9 +92,9 @@ void noteSetUp(EventStore& store, Provider provider) {
 int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, EventStore& store) {
     if (isNew) noteSetUp(store, provider);
     if (auto tried = tryHelper(paths, provider, store); !tried)
-        return TerminalOutput::fail(tried.error());
-    TerminalOutput::mention("The test event has arrived.\n");
-    TerminalOutput::mention(nextStep(provider));
+        return StandardStreams::fail(tried.error());
+    StandardStreams::mention("The test event has arrived.\n");
+    StandardStreams::mention(nextStep(provider));
     return ExitStatus::done;
 }
 
@@ -116,18 +116,18 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
 int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const ReviewOptions& options) {
     const auto source = bundledHelper();
     if (!source)
-        return TerminalOutput::fail(
+        return StandardStreams::fail(
             "The helper was not found beside this program. Install tallowbrook again.");
     auto changes = prepare(paths, choice, IntegrationSetup::planInstall);
-    if (!changes) return TerminalOutput::fail(changes.error() + " Nothing was changed.");
+    if (!changes) return StandardStreams::fail(changes.error() + " Nothing was changed.");
     if (!canAsk(options)) return ExitStatus::failed;
 
     const auto helper = IntegrationSetup::helperStatus(paths.installedHelper(), *source);
-    TerminalOutput::mention(fmt::format("Helper: {} ({})\n", printable(paths.installedHelper()),
-                                        whatHappensTo(helper)) +
-                            announce(*changes, paths));
+    StandardStreams::mention(fmt::format("Helper: {} ({})\n", printable(paths.installedHelper()),
+                                         whatHappensTo(helper)) +
+                             announce(*changes, paths));
     if (paths != TallowbrookPaths::standard())
-        TerminalOutput::complain(fmt::format(
+        StandardStreams::complain(fmt::format(
             "The agents report to {} and not to this home, which is only for trying out.",
             TallowbrookPaths::defaultHome().string()));
     if (options.dryRun) {
@@ -138,7 +138,7 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     }
     if (helper != HelperStatus::current)
         if (auto installed = IntegrationSetup::installHelper(*source, paths); !installed)
-            return TerminalOutput::fail(installed.error().description());
+            return StandardStreams::fail(installed.error().description());
     return withStore(paths,
                      [&](EventStore& store) { return setUpEach(paths, *changes, options, store); });
 }
@@ -146,18 +146,18 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
                 const ReviewOptions& options) {
     auto changes = prepare(paths, choice, IntegrationSetup::planUninstall);
-    if (!changes) return TerminalOutput::fail(changes.error() + " Nothing was changed.");
+    if (!changes) return StandardStreams::fail(changes.error() + " Nothing was changed.");
     if (!canAsk(options)) return ExitStatus::failed;
-    TerminalOutput::mention(announce(*changes, paths));
+    StandardStreams::mention(announce(*changes, paths));
     int status = ExitStatus::done;
     for (auto& [agent, change] : *changes) {
         const auto outcome = change.review(options);
         status = worse(status, exitStatus(outcome));
         if (outcome == ReviewOutcome::applied)
-            TerminalOutput::mention(
+            StandardStreams::mention(
                 fmt::format("{} no longer calls tallowbrook.\n", displayName(agent.provider)));
         else if (outcome == ReviewOutcome::unchanged)
-            TerminalOutput::mention(
+            StandardStreams::mention(
                 fmt::format("{} does not call tallowbrook.\n", displayName(agent.provider)));
     }
     return status;

@@ -2,7 +2,7 @@
 
 #include <fmt/core.h>
 
-#include "Output/TerminalOutput.h"
+#include "Output/StandardStreams.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -11,7 +11,7 @@ int actOn(EventStore* store, const std::function<int(EventStore*)>& action) {
     try {
         return action(store);
     } catch (const SQLite::Exception& error) {
-        return TerminalOutput::fail(fmt::format("The database failed: {}.", error.what()));
+        return StandardStreams::fail(fmt::format("The database failed: {}.", error.what()));
     }
 }
 
@@ -24,13 +24,13 @@ std::expected<std::optional<EventStore>, std::string> openIfAny(const Tallowbroo
 
 int withStore(const TallowbrookPaths& paths, const std::function<int(EventStore&)>& action) {
     auto store = EventStore::open(paths);
-    if (!store) return TerminalOutput::fail(store.error());
+    if (!store) return StandardStreams::fail(store.error());
     return actOn(&*store, [&](EventStore* opened) { return action(*opened); });
 }
 
 int withStoreIfAny(const TallowbrookPaths& paths, const std::function<int(EventStore*)>& action) {
     auto store = openIfAny(paths);
-    if (!store) return TerminalOutput::fail(store.error());
+    if (!store) return StandardStreams::fail(store.error());
     return actOn(*store ? &**store : nullptr, action);
 }
 
@@ -38,7 +38,7 @@ int withExistingStore(const TallowbrookPaths& paths,
                       const std::function<int(EventStore&)>& action) {
     return withStoreIfAny(paths, [&](EventStore* store) {
         if (store != nullptr) return action(*store);
-        return TerminalOutput::fail(
+        return StandardStreams::fail(
             "There are no sessions yet. \"tallowbrook setup\" lets the agents report, "
             "\"tallowbrook watch\" reads what they say.");
     });

@@ -8,7 +8,7 @@
 #include "Lists/SessionList.h"
 #include "Loop/WakeUp.h"
 #include "Output/ExitStatus.h"
-#include "Output/TerminalOutput.h"
+#include "Output/StandardStreams.h"
 #include "Preferences/HostSettings.h"
 #include "Store/EventStore.h"
 #include "Watch/HostLock.h"
@@ -66,7 +66,7 @@ class Watcher {
     // Gives an exit status.
     int showSessions() {
         const Instant now = currentInstant();
-        return TerminalOutput::showAsResult(
+        return StandardStreams::showAsResult(
             SessionList::make(store_.sessions(), ListScope::recent, now).table(now));
     }
 
@@ -74,7 +74,7 @@ class Watcher {
     // Shows what another host has told, up to its last word when this one takes over from it.
     void lookOn(std::set<std::string>& troubles) {
         if (tryToLead() && leads())
-            TerminalOutput::complain("The other host has ended; this one takes over.");
+            StandardStreams::complain("The other host has ended; this one takes over.");
         const auto notifier = Notifier::printing();
         for (const auto& notification : store_.toldNotifications(lastShown_)) {
             if (!notifier.deliver(notification.content)) {
@@ -108,7 +108,7 @@ class Watcher {
     }
 
     void say(const std::string& sentence) {
-        TerminalOutput::complain(sentence);
+        StandardStreams::complain(sentence);
         DiagnosticLog{paths_.appLogFile(), maxLogBytes}.append("watch: " + sentence,
                                                                currentInstant());
     }
@@ -135,24 +135,24 @@ int run(Watcher& watcher, WakeUp& wakeUp, WatchMode mode) {
 
 int watch(const TallowbrookPaths& paths, WatchMode mode) {
     auto store = EventStore::open(paths);
-    if (!store) return TerminalOutput::fail(store.error());
+    if (!store) return StandardStreams::fail(store.error());
     try {
         Watcher watcher{paths, std::move(*store)};
         if (auto tried = watcher.tryToLead(); !tried)
-            return TerminalOutput::fail(
+            return StandardStreams::fail(
                 "The lock of this home cannot be taken: " + tried.error().description() + ".");
         if (!watcher.leads())
-            TerminalOutput::complain(
+            StandardStreams::complain(
                 "Another host watches this home already. This one only shows what that one "
                 "stores.");
         // Signals are received before the first pass, so that nothing slips through in between.
         auto wakeUp = WakeUp::start();
         if (!wakeUp)
-            return TerminalOutput::fail(
+            return StandardStreams::fail(
                 "Signals cannot be received: " + wakeUp.error().description() + ".");
         return run(watcher, *wakeUp, mode);
     } catch (const SQLite::Exception& error) {
-        return TerminalOutput::fail(fmt::format("The database cannot be read: {}.", error.what()));
+        return StandardStreams::fail(fmt::format("The database cannot be read: {}.", error.what()));
     }
 }
 

@@ -1,5 +1,5 @@
 #include "Focus/Focus.h"
-#include "Focus/TerminalFocus.h"
+#include "Focus/TabFocus.h"
 
 namespace tallowbrook::host {
 
@@ -7,7 +7,7 @@ std::optional<std::string> directoryOfProcess(pid_t) { return std::nullopt; }
 
 FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
                           const FocusOperations& operations) {
-    if (session.tty) return TerminalFocus{paths, operations}.focus(*session.tty);
+    if (session.tty) return TabFocus{paths, operations}.focus(*session.tty);
     return FocusOutcome::nothing(
         "The session reported no terminal, so its window cannot be found.");
 }

@@ -7,7 +7,8 @@
 #include <tuple>
 
 #include "Domain/EventCoding.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/TimeText.h"
 #include "Preferences/HostSettings.h"
 #include "SessionState/SessionSnapshotCoding.h"
 
@@ -105,19 +106,20 @@ std::string SessionList::table(Instant now) const {
     const auto addRow = [&](std::string_view number, std::string_view status,
                             std::string_view agent, std::string_view project,
                             std::string_view session, std::string_view heard) {
-        text += fmt::format("{:>3}  {}  {}  {}  {}  {}\n", number, TerminalText::padded(status, 16),
-                            TerminalText::padded(agent, 11),
-                            TerminalText::padded(TerminalText::printable(project), 24),
-                            TerminalText::padded(
-                                TerminalText::printable(session.substr(0, idLength)), idLength + 1),
-                            heard);
+        text +=
+            fmt::format("{:>3}  {}  {}  {}  {}  {}\n", number, PrintableText::padded(status, 16),
+                        PrintableText::padded(agent, 11),
+                        PrintableText::padded(PrintableText::printable(project), 24),
+                        PrintableText::padded(PrintableText::printable(session.substr(0, idLength)),
+                                              idLength + 1),
+                        heard);
     };
     if (!sessions.empty()) addRow("#", "STATUS", "AGENT", "PROJECT", "SESSION", "LAST HEARD OF");
     for (std::size_t i = 0; i < sessions.size(); ++i) {
         const auto& session = sessions[i];
         addRow(std::to_string(i + 1), statusText(session),
                displayName(session.snapshot.key.provider), session.snapshot.projectLabel(),
-               session.snapshot.key.sessionID, TerminalText::ago(session.snapshot.lastSeenAt, now));
+               session.snapshot.key.sessionID, TimeText::ago(session.snapshot.lastSeenAt, now));
     }
     if (olderCount > 0)
         text += fmt::format("{} older {} not shown (sessions --all shows all).\n", olderCount,
@@ -126,7 +128,7 @@ std::string SessionList::table(Instant now) const {
 }
 
 std::string SessionList::json(Instant now) const {
-    const auto formatTime = [now](Instant time) { return TerminalText::shortTime(time, now); };
+    const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
     std::string text{"["};
     for (const auto& [snapshot, status] : sessions) {
         RecordEncoder encoder = EventCoding::makeEncoder();
@@ -137,7 +139,7 @@ std::string SessionList::json(Instant now) const {
         encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
         text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();
     }
-    return TerminalText::printableJSON(text + (sessions.empty() ? "]\n" : "\n]\n"));
+    return PrintableText::printableJSON(text + (sessions.empty() ? "]\n" : "\n]\n"));
 }
 
 }  // namespace tallowbrook::host

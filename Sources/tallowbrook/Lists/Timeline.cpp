@@ -2,7 +2,8 @@
 
 #include <fmt/core.h>
 
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/TimeText.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -36,9 +37,9 @@ std::string_view effectText(EventEffect effect) {
 }  // namespace
 
 std::string timelineRow(const AgentEvent& event, EventEffect effect, Instant now) {
-    return fmt::format("{:<13}  {}  {}  {}\n", TerminalText::shortTime(event.observedAt, now),
-                       TerminalText::padded(TerminalText::printable(event.eventType), 20),
-                       TerminalText::padded(TerminalText::printable(detailOf(event.detail)), 20),
+    return fmt::format("{:<13}  {}  {}  {}\n", TimeText::shortTime(event.observedAt, now),
+                       PrintableText::padded(PrintableText::printable(event.eventType), 20),
+                       PrintableText::padded(PrintableText::printable(detailOf(event.detail)), 20),
                        effectText(effect));
 }
 

@@ -8,8 +8,8 @@
 #include <optional>
 
 #include "Output/ExitStatus.h"
-#include "Output/TerminalOutput.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/StandardStreams.h"
 #include "Setup/DiffView.h"
 
 namespace tallowbrook::host {
@@ -17,11 +17,11 @@ namespace {
 
 // Anything but a yes is a no, the end of the input too. Absent when nobody can be asked.
 std::optional<bool> agrees(const std::filesystem::path& file) {
-    const auto question = fmt::format("Change {}? [y/N] ", TerminalText::printable(file.string()));
-    if (TerminalOutput::showAsResult(question) != ExitStatus::done) return std::nullopt;
+    const auto question = fmt::format("Change {}? [y/N] ", PrintableText::printable(file.string()));
+    if (StandardStreams::showAsResult(question) != ExitStatus::done) return std::nullopt;
     std::string answer;
     if (!std::getline(std::cin, answer)) {
-        TerminalOutput::mention("\n");
+        StandardStreams::mention("\n");
         return false;
     }
     return answer == "y" || answer == "Y" || answer == "yes";
@@ -54,7 +54,7 @@ int worse(int status, int other) {
 
 bool canAsk(const ReviewOptions& options) {
     if (options.dryRun || options.assumeYes || isatty(STDIN_FILENO) == 1) return true;
-    TerminalOutput::complain(
+    StandardStreams::complain(
         "Standard input is no terminal, so nobody can be asked. Nothing was changed. Use --yes to "
         "agree beforehand, or --dry-run to look.");
     return false;
@@ -64,7 +64,7 @@ std::string announcement(const ConfigChangePlan& plan) {
     const char* what = plan.isNoOp() || !plan.proposedText ? "nothing to change"
                        : plan.originalText                 ? "to be changed"
                                                            : "to be created";
-    return fmt::format("{} ({})", TerminalText::printable(plan.fileURL.string()), what);
+    return fmt::format("{} ({})", PrintableText::printable(plan.fileURL.string()), what);
 }
 
 std::expected<ConfigChange, std::string> ConfigChange::prepare(
@@ -78,31 +78,31 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
     while (true) {
         if (plan.isNoOp() || !plan.proposedText) return ReviewOutcome::unchanged;
         // What was not shown was not agreed to.
-        if (TerminalOutput::showAsResult(showDiff(plan.diff, colourOfStandardOutput())) !=
+        if (StandardStreams::showAsResult(showDiff(plan.diff, colourOfStandardOutput())) !=
             ExitStatus::done)
             return ReviewOutcome::failed;
         if (options.dryRun) return ReviewOutcome::previewed;
         const auto agreed = options.assumeYes ? std::optional{true} : agrees(plan.fileURL);
         if (!agreed) return ReviewOutcome::failed;
         if (!*agreed) {
-            TerminalOutput::mention(fmt::format("{} was left as it is.\n",
-                                                TerminalText::printable(plan.fileURL.string())));
+            StandardStreams::mention(fmt::format("{} was left as it is.\n",
+                                                 PrintableText::printable(plan.fileURL.string())));
             return ReviewOutcome::declined;
         }
 
         const auto backup = ConfigFileWriter::apply(plan, backupDirectory, currentInstant());
         if (backup) {
             const auto kept = *backup ? fmt::format("What was there is kept in {}.\n",
-                                                    TerminalText::printable((*backup)->string()))
+                                                    PrintableText::printable((*backup)->string()))
                                       : std::string{};
-            TerminalOutput::mention(kept);
+            StandardStreams::mention(kept);
             return ReviewOutcome::applied;
         }
-        TerminalOutput::complain(backup.error().description());
+        StandardStreams::complain(backup.error().description());
         if (options.assumeYes || !isChangedSincePlan(backup.error())) return ReviewOutcome::failed;
         auto newPlan = makePlan();
         if (!newPlan) {
-            TerminalOutput::complain(newPlan.error());
+            StandardStreams::complain(newPlan.error());
             return ReviewOutcome::failed;
         }
         plan = std::move(*newPlan);

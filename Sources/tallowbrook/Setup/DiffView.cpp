@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
 #include "Text/TakeUntil.h"
 
 namespace tallowbrook::host {
@@ -43,7 +43,7 @@ std::string showDiff(std::string_view diff, Colour colour) {
         const auto start =
             colour == Colour::on ? colourOf(line, number < headerLines) : std::string_view{};
         text += start;
-        text += TerminalText::printable(line);
+        text += PrintableText::printable(line);
         if (!start.empty()) text += plain;
         text += '\n';
     }

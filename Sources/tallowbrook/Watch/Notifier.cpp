@@ -3,18 +3,19 @@
 #include <fmt/core.h>
 #include <unistd.h>
 
-#include "Output/TerminalOutput.h"
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
+#include "Output/StandardStreams.h"
+#include "Output/TimeText.h"
 
 namespace tallowbrook::host {
 
 Notifier Notifier::printing() {
     return {[](const NotificationContent& content) {
         const bool rings = content.playSound && isatty(STDOUT_FILENO) == 1;
-        const auto shown = TerminalOutput::show(
-            fmt::format("{}  {}: {}{}\n", TerminalText::timeOfDay(currentInstant()),
-                        TerminalText::printable(content.title),
-                        TerminalText::printable(content.body), rings ? "\a" : ""));
+        const auto shown = StandardStreams::show(
+            fmt::format("{}  {}: {}{}\n", TimeText::timeOfDay(currentInstant()),
+                        PrintableText::printable(content.title),
+                        PrintableText::printable(content.body), rings ? "\a" : ""));
         return shown.has_value();
     }};
 }

@@ -7,7 +7,7 @@
 #include "Output/ExitStatus.h"
 #include "System/FileError.h"
 
-namespace tallowbrook::host::TerminalOutput {
+namespace tallowbrook::host::StandardStreams {
 
 // Writes the text to standard output as it is, at once.
 [[nodiscard]] std::expected<void, FileError> show(std::string_view text);
@@ -25,4 +25,4 @@ void complain(std::string_view sentence);
 // The same for a command that ends with it: gives the status.
 int fail(std::string_view sentence, int status = ExitStatus::failed);
 
-}  // namespace tallowbrook::host::TerminalOutput
+}  // namespace tallowbrook::host::StandardStreams

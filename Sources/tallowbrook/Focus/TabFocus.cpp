@@ -1,4 +1,4 @@
-#include "Focus/TerminalFocus.h"
+#include "Focus/TabFocus.h"
 
 #include <fmt/core.h>
 
@@ -30,15 +30,15 @@ std::string trimmed(std::string text) {
 
 }  // namespace
 
-TerminalFocus::TerminalFocus(const TallowbrookPaths& paths, const FocusOperations& operations)
+TabFocus::TabFocus(const TallowbrookPaths& paths, const FocusOperations& operations)
     : paths_{paths}, operations_{operations} {}
 
-FocusOutcome TerminalFocus::focus(const std::string& tty) const {
+FocusOutcome TabFocus::focus(const std::string& tty) const {
     const auto chain = operations_.hostChain(tty);
     return TerminalHost::isTmux(chain) ? focusThroughTmux(tty) : focusDirectly(tty, chain);
 }
 
-FocusOutcome TerminalFocus::focusThroughTmux(const std::string& tty) const {
+FocusOutcome TabFocus::focusThroughTmux(const std::string& tty) const {
     const auto tmux = Tmux::find(operations_);
     if (!tmux) return FocusOutcome::nothing("The session runs in tmux, which is not on the PATH.");
     const auto panes = tmux->panes();
@@ -55,8 +55,8 @@ FocusOutcome TerminalFocus::focusThroughTmux(const std::string& tty) const {
     return outcome;
 }
 
-FocusOutcome TerminalFocus::focusDirectly(const std::string& tty,
-                                          const std::vector<TerminalHost::Process>& chain) const {
+FocusOutcome TabFocus::focusDirectly(const std::string& tty,
+                                     const std::vector<TerminalHost::Process>& chain) const {
     const auto editors = EditorBridge::bundleIdentifiers();
     for (const auto& process : chain) {
         const auto bundle = bundleOf(process.pid);
@@ -67,7 +67,7 @@ FocusOutcome TerminalFocus::focusDirectly(const std::string& tty,
     return tryEveryApp(tty);
 }
 
-FocusOutcome TerminalFocus::focusInApp(TerminalApp app, const std::string& tty) const {
+FocusOutcome TabFocus::focusInApp(TerminalApp app, const std::string& tty) const {
     const auto answer = runScript(app, tty);
     if (answer == "found")
         return FocusOutcome::focused(fmt::format("{} was brought to the front.", displayName(app)));
@@ -81,8 +81,8 @@ FocusOutcome TerminalFocus::focusInApp(TerminalApp app, const std::string& tty) 
     return FocusOutcome::nothing(fmt::format("{} {}.", displayName(app), reason));
 }
 
-FocusOutcome TerminalFocus::focusInEditor(const std::string& bundle, const std::string& tty,
-                                          const std::vector<TerminalHost::Process>& chain) const {
+FocusOutcome TabFocus::focusInEditor(const std::string& bundle, const std::string& tty,
+                                     const std::vector<TerminalHost::Process>& chain) const {
     std::vector<pid_t> processes;
     for (const auto& process : operations_.processesOnTTY(tty)) processes.push_back(process.pid);
     for (const auto& process : chain) processes.push_back(process.pid);
@@ -105,7 +105,7 @@ FocusOutcome TerminalFocus::focusInEditor(const std::string& bundle, const std::
     return EditorFocus{paths_, operations_, open}.reveal(owner->window, owner->shellPid);
 }
 
-FocusOutcome TerminalFocus::tryEveryApp(const std::string& tty) const {
+FocusOutcome TabFocus::tryEveryApp(const std::string& tty) const {
     for (const auto app : allCases<TerminalApp>())
         if (isRunning(app) && runScript(app, tty) == "found")
             return FocusOutcome::focused(
@@ -114,19 +114,19 @@ FocusOutcome TerminalFocus::tryEveryApp(const std::string& tty) const {
         "The session's terminal belongs to no running iTerm2, Terminal, Ghostty or editor.");
 }
 
-std::optional<std::string> TerminalFocus::bundleOf(pid_t pid) const {
+std::optional<std::string> TabFocus::bundleOf(pid_t pid) const {
     const auto serial = trimmed(output(applicationInfo, {"find", "pid=" + std::to_string(pid)}));
     if (serial.empty()) return std::nullopt;
     return lastQuoted(output(applicationInfo, {"info", "-only", "bundleid", serial}));
 }
 
-bool TerminalFocus::isRunning(TerminalApp app) const {
+bool TabFocus::isRunning(TerminalApp app) const {
     return !trimmed(
                 output(applicationInfo, {"find", "bundleid=" + std::string{bundleIdentifier(app)}}))
                 .empty();
 }
 
-std::optional<std::string> TerminalFocus::runScript(TerminalApp app, const std::string& tty) const {
+std::optional<std::string> TabFocus::runScript(TerminalApp app, const std::string& tty) const {
     const auto script = focusScript(app, tty);
     if (!script) return std::nullopt;
     const auto result = operations_.run(scriptRunner, {"-e", *script});
@@ -134,13 +134,13 @@ std::optional<std::string> TerminalFocus::runScript(TerminalApp app, const std::
     return trimmed(result->output);
 }
 
-bool TerminalFocus::activate(std::string_view bundle) const {
+bool TabFocus::activate(std::string_view bundle) const {
     const auto result = operations_.run(opener, {"-b", std::string{bundle}});
     return result && result->status == 0;
 }
 
-std::string TerminalFocus::output(const std::string& program,
-                                  const std::vector<std::string>& arguments) const {
+std::string TabFocus::output(const std::string& program,
+                             const std::vector<std::string>& arguments) const {
     const auto result = operations_.run(program, arguments);
     return result && result->status == 0 ? result->output : std::string{};
 }

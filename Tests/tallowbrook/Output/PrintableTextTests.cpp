@@ -1,42 +1,23 @@
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
 
 #include <gtest/gtest.h>
-#include <time.h>
 
 #include <boost/json/parse.hpp>
-#include <chrono>
-
-#include "Support/EnvironmentVariable.h"
 
 namespace tallowbrook::host {
 namespace {
 
-using namespace std::chrono;
-
-// The system's zone for as long as this value lives.
-class TimeZone {
- public:
-    explicit TimeZone(const std::string& zone) : variable_{"TZ", zone} { tzset(); }
-
- private:
-    EnvironmentVariable variable_;
-};
-
-Instant at(int y, unsigned m, unsigned d, int hour, int minute, int second = 0) {
-    return sys_days{year{y} / month{m} / day{d}} + hours{hour} + minutes{minute} + seconds{second};
-}
-
-TEST(TerminalText, keepsWhatIsPrintable) {
+TEST(PrintableText, keepsWhatIsPrintable) {
     for (const std::string text :
          {"", "plain text 0-9 ~", "na\u00EFve \u2014 \u201Cquoted\u201D", "\u65E5\u672C\u8A9E",
           "e\u0301", "\U0001F469\u200D\U0001F4BB", "\u0646\u0645\u200C\u06CC", "\u2764\uFE0F",
           "\u00A0", "\uFFFD", "\uE000", "\u0378"})
-        EXPECT_EQ(TerminalText::printable(text), text);
+        EXPECT_EQ(PrintableText::printable(text), text);
 }
 
-TEST(TerminalText, replacesWhatATerminalWouldObey) {
+TEST(PrintableText, replacesWhatATerminalWouldObey) {
     for (unsigned byte = 0; byte < 0x20; ++byte)
-        EXPECT_EQ(TerminalText::printable("a" + std::string(1, static_cast<char>(byte)) + "b"),
+        EXPECT_EQ(PrintableText::printable("a" + std::string(1, static_cast<char>(byte)) + "b"),
                   "a\uFFFDb")
             << byte;
     struct Row {
@@ -63,10 +44,10 @@ TEST(TerminalText, replacesWhatATerminalWouldObey) {
              Row{"byte-order mark", "\uFEFF"},
              Row{"invisible tag", "\U000E0041"},
          })
-        EXPECT_EQ(TerminalText::printable("a" + text + "b"), "a\uFFFDb") << why;
+        EXPECT_EQ(PrintableText::printable("a" + text + "b"), "a\uFFFDb") << why;
 }
 
-TEST(TerminalText, replacesEachByteThatIsNoUTF8) {
+TEST(PrintableText, replacesEachByteThatIsNoUTF8) {
     struct Row {
         const char* why;
         std::string text;
@@ -81,10 +62,10 @@ TEST(TerminalText, replacesEachByteThatIsNoUTF8) {
              Row{"a surrogate", "\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
              Row{"beyond Unicode", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
          })
-        EXPECT_EQ(TerminalText::printable(text), expected) << why;
+        EXPECT_EQ(PrintableText::printable(text), expected) << why;
 }
 
-TEST(TerminalText, escapesInJSONWhatATerminalWouldObey) {
+TEST(PrintableText, escapesInJSONWhatATerminalWouldObey) {
     struct Row {
         const char* why;
         std::string json;
@@ -100,13 +81,13 @@ TEST(TerminalText, escapesInJSONWhatATerminalWouldObey) {
              Row{"right-to-left override", "\"\u202E\"", R"("\u202e")"},
              Row{"beyond the first plane", "\"\U000E0041\"", R"("\udb40\udc41")"},
          }) {
-        EXPECT_EQ(TerminalText::printableJSON(json), expected) << why;
-        EXPECT_EQ(boost::json::parse(TerminalText::printableJSON(json)), boost::json::parse(json))
+        EXPECT_EQ(PrintableText::printableJSON(json), expected) << why;
+        EXPECT_EQ(boost::json::parse(PrintableText::printableJSON(json)), boost::json::parse(json))
             << why;
     }
 }
 
-TEST(TerminalText, isPaddedToItsColumns) {
+TEST(PrintableText, isPaddedToItsColumns) {
     struct Row {
         const char* why;
         std::string text;
@@ -131,60 +112,7 @@ TEST(TerminalText, isPaddedToItsColumns) {
              Row{"it goes with its letter", "abe\u0301x", 3, "ab\u2026"},
              Row{"an emoji", "\U0001F600", 3, "\U0001F600 "},
          })
-        EXPECT_EQ(TerminalText::padded(text, columns), expected) << why;
-}
-
-TEST(TerminalText, tellsTheLocalTimeOfDay) {
-    const TimeZone zone{"EST5"};
-    EXPECT_EQ(TerminalText::timeOfDay(at(2026, 11, 21, 5, 0)), "00:00:00");
-    EXPECT_EQ(TerminalText::timeOfDay(at(2026, 11, 21, 4, 59, 59) + microseconds{999'999}),
-              "23:59:59");
-    EXPECT_EQ(TerminalText::timeOfDay(at(2026, 11, 21, 19, 5, 9)), "14:05:09");
-}
-
-TEST(TerminalText, addsTheDateToTimesOfOtherLocalDays) {
-    const TimeZone zone{"EST5"};
-    const Instant now = at(2026, 11, 21, 19, 5);
-    struct Row {
-        const char* why;
-        Instant time;
-        const char* expected;
-    };
-    for (const auto& [why, time, expected] : {
-             Row{"now", now, "14:05"},
-             Row{"the day's first minute", at(2026, 11, 21, 5, 0), "00:00"},
-             Row{"the minute before", at(2026, 11, 21, 4, 59), "20 Nov 23:59"},
-             Row{"the day's last minute", at(2026, 11, 22, 4, 59), "23:59"},
-             Row{"tomorrow", at(2026, 11, 22, 5, 0), "22 Nov 00:00"},
-             Row{"the year's first minute", at(2026, 1, 1, 5, 0), "1 Jan 00:00"},
-             Row{"last year", at(2026, 1, 1, 4, 59), "31 Dec 2025 23:59"},
-             Row{"the same day of another year", at(2025, 11, 21, 19, 5), "21 Nov 2025 14:05"},
-         })
-        EXPECT_EQ(TerminalText::shortTime(time, now), expected) << why;
-}
-
-TEST(TerminalText, countsAgesDownwards) {
-    const Instant now = at(2026, 11, 21, 12, 0);
-    struct Row {
-        microseconds age;
-        const char* expected;
-    };
-    const microseconds little{1};
-    for (const auto& [age, expected] : {
-             Row{hours{-5}, "just now"},
-             Row{seconds{0}, "just now"},
-             Row{minutes{1} - little, "just now"},
-             Row{minutes{1}, "1 min ago"},
-             Row{minutes{2} - little, "1 min ago"},
-             Row{hours{1} - little, "59 min ago"},
-             Row{hours{1}, "1 h ago"},
-             Row{hours{2} - little, "1 h ago"},
-             Row{hours{48} - little, "47 h ago"},
-             Row{hours{48}, "2 days ago"},
-             Row{hours{72} - little, "2 days ago"},
-             Row{hours{24 * 400}, "400 days ago"},
-         })
-        EXPECT_EQ(TerminalText::ago(now - age, now), expected) << age.count();
+        EXPECT_EQ(PrintableText::padded(text, columns), expected) << why;
 }
 
 }  // namespace

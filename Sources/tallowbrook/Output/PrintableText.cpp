@@ -1,11 +1,9 @@
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
 
 #include <fmt/core.h>
 #include <utf8proc.h>
 
 #include <algorithm>
-#include <array>
-#include <ctime>
 
 namespace tallowbrook::host {
 namespace {
@@ -45,20 +43,9 @@ std::size_t columnsOf(utf8proc_int32_t codePoint) {
     return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(codePoint)));
 }
 
-std::tm localTime(Instant instant) {
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(
-        std::chrono::time_point_cast<std::chrono::system_clock::duration>(instant));
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    return local;
-}
-
-constexpr std::array months{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-
 }  // namespace
 
-std::string TerminalText::printable(std::string_view text) {
+std::string PrintableText::printable(std::string_view text) {
     std::string result;
     for (std::string_view rest = text; !rest.empty();) {
         const Piece piece = firstPiece(rest);
@@ -68,7 +55,7 @@ std::string TerminalText::printable(std::string_view text) {
     return result;
 }
 
-std::string TerminalText::printableLines(std::string_view text) {
+std::string PrintableText::printableLines(std::string_view text) {
     std::string result;
     while (true) {
         const auto end = text.find('\n');
@@ -79,7 +66,7 @@ std::string TerminalText::printableLines(std::string_view text) {
     }
 }
 
-std::string TerminalText::printableJSON(std::string_view json) {
+std::string PrintableText::printableJSON(std::string_view json) {
     std::string result;
     for (std::string_view rest = json; !rest.empty();) {
         const Piece piece = firstPiece(rest);
@@ -93,7 +80,7 @@ std::string TerminalText::printableJSON(std::string_view json) {
     return result;
 }
 
-std::string TerminalText::padded(std::string_view text, std::size_t columns) {
+std::string PrintableText::padded(std::string_view text, std::size_t columns) {
     if (columns == 0) return {};
     std::string result;
     std::string shortened;  // what fits in front of an ellipsis
@@ -111,30 +98,6 @@ std::string TerminalText::padded(std::string_view text, std::size_t columns) {
         rest.remove_prefix(piece.bytes.size());
     }
     return result.append(columns - used, ' ');
-}
-
-std::string TerminalText::timeOfDay(Instant instant) {
-    const std::tm local = localTime(instant);
-    return fmt::format("{:02}:{:02}:{:02}", local.tm_hour, local.tm_min, local.tm_sec);
-}
-
-std::string TerminalText::shortTime(Instant instant, Instant now) {
-    const std::tm local = localTime(instant);
-    const std::tm today = localTime(now);
-    std::string time = fmt::format("{:02}:{:02}", local.tm_hour, local.tm_min);
-    if (local.tm_year == today.tm_year && local.tm_yday == today.tm_yday) return time;
-    const auto* month = months[static_cast<std::size_t>(local.tm_mon)];
-    if (local.tm_year == today.tm_year) return fmt::format("{} {} {}", local.tm_mday, month, time);
-    return fmt::format("{} {} {} {}", local.tm_mday, month, local.tm_year + 1900, time);
-}
-
-std::string TerminalText::ago(Instant instant, Instant now) {
-    using namespace std::chrono;
-    const auto age = now - instant;
-    if (age < 1min) return "just now";
-    if (age < 1h) return fmt::format("{} min ago", floor<minutes>(age).count());
-    if (age < 48h) return fmt::format("{} h ago", floor<hours>(age).count());
-    return fmt::format("{} days ago", floor<days>(age).count());
 }
 
 }  // namespace tallowbrook::host

@@ -11,9 +11,9 @@
 
 namespace tallowbrook::host {
 
-class TerminalFocus {
+class TabFocus {
  public:
-    TerminalFocus(const TallowbrookPaths& paths, const FocusOperations& operations);
+    TabFocus(const TallowbrookPaths& paths, const FocusOperations& operations);
 
     // Through tmux the pane is selected first, and then the terminal that shows it is focused. The
     // application that owns the terminal is asked for the tab; where no owner is known, every

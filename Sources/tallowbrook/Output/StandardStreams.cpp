@@ -1,15 +1,15 @@
-#include "Output/TerminalOutput.h"
+#include "Output/StandardStreams.h"
 
 #include <fmt/core.h>
 
 #include <cerrno>
 #include <cstdio>
 
-#include "Output/TerminalText.h"
+#include "Output/PrintableText.h"
 
 namespace tallowbrook::host {
 
-std::expected<void, FileError> TerminalOutput::show(std::string_view text) {
+std::expected<void, FileError> StandardStreams::show(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
         return {};
     const int error = errno;
@@ -17,21 +17,21 @@ std::expected<void, FileError> TerminalOutput::show(std::string_view text) {
     return std::unexpected(FileError{"write", error});
 }
 
-void TerminalOutput::mention(std::string_view text) {
+void StandardStreams::mention(std::string_view text) {
     [[maybe_unused]] const auto shown = show(text);
 }
 
-int TerminalOutput::showAsResult(std::string_view text) {
+int StandardStreams::showAsResult(std::string_view text) {
     const auto shown = show(text);
     if (shown) return ExitStatus::done;
     return fail("Standard output cannot be written: " + shown.error().description() + ".");
 }
 
-void TerminalOutput::complain(std::string_view sentence) {
-    fmt::print(stderr, "tallowbrook: {}\n", TerminalText::printable(sentence));
+void StandardStreams::complain(std::string_view sentence) {
+    fmt::print(stderr, "tallowbrook: {}\n", PrintableText::printable(sentence));
 }
 
-int TerminalOutput::fail(std::string_view sentence, int status) {
+int StandardStreams::fail(std::string_view sentence, int status) {
     complain(sentence);
     return status;
 }

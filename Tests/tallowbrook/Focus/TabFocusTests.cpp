@@ -1,4 +1,4 @@
-#include "Focus/TerminalFocus.h"
+#include "Focus/TabFocus.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ struct FocusByTerminal : testing::Test {
 
     FocusOutcome focus(const std::string& tty = "ttys003") {
         const auto operations = machine.operations();
-        return TerminalFocus{paths, operations}.focus(tty);
+        return TabFocus{paths, operations}.focus(tty);
     }
 
     // Process 700 hosts the terminal and is the application with this bundle identifier.

@@ -1,0 +1,24 @@
+// Text made fit for a screen. What the host prints came from files that any program of the user may
+// have written. Pure functions; safe from any thread.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tallowbrook::host::PrintableText {
+
+// Control characters, marks that turn the direction of writing, and bytes that are no UTF-8 each
+// become U+FFFD, so that no text can move the cursor or pose as another.
+std::string printable(std::string_view text);
+
+// Each line made printable; the line feeds stay.
+std::string printableLines(std::string_view text);
+
+// A JSON text (RFC 8259) of the same value, in which such characters stand as escapes.
+std::string printableJSON(std::string_view json);
+
+// The text with blanks behind it, `columns` wide on the screen; a longer one ends in "…".
+std::string padded(std::string_view text, std::size_t columns);
+
+}  // namespace tallowbrook::host::PrintableText

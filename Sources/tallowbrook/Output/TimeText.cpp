@@ -1,0 +1,49 @@
+#include "Output/TimeText.h"
+
+#include <fmt/core.h>
+
+#include <array>
+#include <chrono>
+#include <ctime>
+
+namespace tallowbrook::host {
+namespace {
+
+std::tm localTime(Instant instant) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(
+        std::chrono::time_point_cast<std::chrono::system_clock::duration>(instant));
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    return local;
+}
+
+constexpr std::array months{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+}  // namespace
+
+std::string TimeText::timeOfDay(Instant instant) {
+    const std::tm local = localTime(instant);
+    return fmt::format("{:02}:{:02}:{:02}", local.tm_hour, local.tm_min, local.tm_sec);
+}
+
+std::string TimeText::shortTime(Instant instant, Instant now) {
+    const std::tm local = localTime(instant);
+    const std::tm today = localTime(now);
+    std::string time = fmt::format("{:02}:{:02}", local.tm_hour, local.tm_min);
+    if (local.tm_year == today.tm_year && local.tm_yday == today.tm_yday) return time;
+    const auto* month = months[static_cast<std::size_t>(local.tm_mon)];
+    if (local.tm_year == today.tm_year) return fmt::format("{} {} {}", local.tm_mday, month, time);
+    return fmt::format("{} {} {} {}", local.tm_mday, month, local.tm_year + 1900, time);
+}
+
+std::string TimeText::ago(Instant instant, Instant now) {
+    using namespace std::chrono;
+    const auto age = now - instant;
+    if (age < 1min) return "just now";
+    if (age < 1h) return fmt::format("{} min ago", floor<minutes>(age).count());
+    if (age < 48h) return fmt::format("{} h ago", floor<hours>(age).count());
+    return fmt::format("{} days ago", floor<days>(age).count());
+}
+
+}  // namespace tallowbrook::host

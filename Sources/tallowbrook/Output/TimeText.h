@@ -1,0 +1,22 @@
+// Words for points in time, in the local time zone of this process.
+//
+// Safe from any thread, while none changes the environment.
+#pragma once
+
+#include <string>
+
+#include "Domain/Instant.h"
+
+namespace tallowbrook::host::TimeText {
+
+// The local time of day, "14:05:09".
+std::string timeOfDay(Instant instant);
+
+// "14:05" for a time of the local day of `now`, else "21 Nov 14:05", and with the year
+// "21 Nov 2025 14:05" in another year.
+std::string shortTime(Instant instant, Instant now);
+
+// "just now", "5 min ago", "3 h ago", "2 days ago".
+std::string ago(Instant instant, Instant now);
+
+}  // namespace tallowbrook::host::TimeText
