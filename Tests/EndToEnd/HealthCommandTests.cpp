@@ -100,7 +100,7 @@ TEST(Health, remembersTheSetupWhileTheFileHasOnlySomeHooksOrCannotBeRead) {
     auto partial = whole;
     partial.replace(partial.find("\"Stop\""), 6, "\"Halt\"");
     auto stale = whole;
-    stale.replace(stale.find("/data/bin/"), 10, "/gone/bin/");
+    stale.replace(stale.find("/Tallowbrook/bin/"), 17, "/gone/bin/");
     struct Row {
         std::string text;
         std::string state;

@@ -204,6 +204,58 @@ TEST(Setup, worksOnTheFileThatTheUserNames) {
     EXPECT_THAT(unnamed.errors, HasSubstr("name the one agent whose file it is"));
 }
 
+// The words of a call with another home than the one that the agents report to.
+ProgramCall callOnAnotherHome(const SetupHome& home, std::vector<std::string> words) {
+    words.insert(words.end(), {"--home", home.directory.path / "other"});
+    return home.plainHostCall(std::move(words));
+}
+
+TEST(Setup, andRemoveOfAnotherHomeLeaveTheAgentsOwnFilesAlone) {
+    const SetupHome home;
+    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+    const auto before = contentsOf(home.claudeFile);
+    for (const std::string command : {"setup", "remove"}) {
+        const auto refused = run(callOnAnotherHome(home, {command, "claude-code", "--yes"}));
+        EXPECT_EQ(refused.status, 2) << command;
+        EXPECT_THAT(refused.errors, HasSubstr("so their own configuration is left alone."));
+        EXPECT_THAT(refused.errors, HasSubstr("--config FILE"));
+        const auto shown = run(callOnAnotherHome(home, {command, "claude-code", "--dry-run"}));
+        EXPECT_EQ(shown.status, 0) << shown.errors;
+        EXPECT_THAT(shown.output, HasSubstr("+++ " + home.claudeFile.string()));
+    }
+    EXPECT_EQ(contentsOf(home.claudeFile), before);
+    EXPECT_FALSE(std::filesystem::exists(home.directory.path / "other"));
+}
+
+TEST(Setup, andRemoveOfAnotherHomeWorkOnAFileToTryOn) {
+    const SetupHome home;
+    const auto file = home.directory.path / "settings.json";
+    const std::vector<std::string> words{"claude-code", "--yes", "--config", file};
+    const auto callOf = [&](const std::string& command) {
+        std::vector<std::string> all{command};
+        all.insert(all.end(), words.begin(), words.end());
+        return callOnAnotherHome(home, all);
+    };
+    const auto result = run(callOf("setup"));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(contentsOf(file), HasSubstr((home.directory.path / "other" / "bin").string()));
+    EXPECT_EQ(run(callOf("remove")).status, 0);
+    EXPECT_EQ(contentsOf(file), "{}\n");
+    EXPECT_FALSE(std::filesystem::exists(home.claudeFile));
+}
+
+TEST(Setup, takesAnotherSpellingOfTheStandardHomeForIt) {
+    const SetupHome home;
+    auto link = home.directory.path / "link";
+    std::filesystem::create_directories(home.paths.home);
+    std::filesystem::create_directory_symlink(home.paths.home, link);
+    for (const auto& spelling : {home.paths.home.string() + "/", link.string()}) {
+        const auto result =
+            run(home.plainHostCall({"setup", "codex", "--dry-run", "--home", spelling}));
+        EXPECT_EQ(result.errors, "") << spelling;
+    }
+}
+
 TEST(Setup, saysWhenTheTestEventDoesNotArrive) {
     const SetupHome home;
     writeContents(home.paths.spoolDirectory(), "in the way");

@@ -1,10 +1,12 @@
-// A user of one test with the two agents' directories, for the commands that set agents up.
+// A user of one test with the two agents' directories, for the commands that set agents up. Its
+// data home is the user's standard one, since no other is set up for the agents' own files.
 #pragma once
 
 #include <map>
 #include <string>
 #include <vector>
 
+#include "Support/EnvironmentVariable.h"
 #include "Support/FileContents.h"
 #include "Support/PseudoTerminal.h"
 #include "TestHome.h"
@@ -19,6 +21,9 @@ struct SetupHome : TestHome {
         environment["CLAUDE_CONFIG_DIR"] = std::nullopt;
         environment["CODEX_HOME"] = std::nullopt;
         environment["NO_COLOR"] = std::nullopt;
+        const EnvironmentVariable userHome{"HOME", user.string()};
+        const EnvironmentVariable dataHome{"XDG_DATA_HOME", std::nullopt};
+        paths = TallowbrookPaths::standard();
     }
 
     std::filesystem::path user = directory.path / "user";

@@ -9,12 +9,26 @@
 #include "Output/StandardStreams.h"
 #include "Setup/HelperTrial.h"
 #include "Setup/ProgramLocation.h"
+#include "Setup/ReportingHome.h"
 
 namespace tallowbrook::host {
 namespace {
 
 std::string printable(const std::filesystem::path& path) {
     return PrintableText::printable(path.string());
+}
+
+// Whether the chosen files may be changed on behalf of this home; says why not. Hooks that call
+// another home's helper would still report to the standard one, and to take hooks out of an agent's
+// own file would cut off the home that is in use.
+bool mayChange(const TallowbrookPaths& paths, const AgentChoice& choice,
+               const ReviewOptions& options) {
+    if (options.dryRun || choice.configFile || agentsReportTo(paths)) return true;
+    StandardStreams::complain(fmt::format(
+        "The agents report to {} and not to {}, so their own configuration is left alone. Leave "
+        "--home out, name a file to try on with --config FILE, or look with --dry-run.",
+        TallowbrookPaths::defaultHome().string(), paths.home.string()));
+    return false;
 }
 
 using MakePlan = std::expected<ConfigChangePlan, ConfigPlanError> (*)(Provider,
@@ -114,6 +128,7 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
 }  // namespace
 
 int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const ReviewOptions& options) {
+    if (!mayChange(paths, choice, options)) return ExitStatus::wrongUsage;
     const auto source = bundledHelper();
     if (!source)
         return StandardStreams::fail(
@@ -126,7 +141,7 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     StandardStreams::mention(fmt::format("Helper: {} ({})\n", printable(paths.installedHelper()),
                                          whatHappensTo(helper)) +
                              announce(*changes, paths));
-    if (paths != TallowbrookPaths::standard())
+    if (!agentsReportTo(paths))
         StandardStreams::complain(fmt::format(
             "The agents report to {} and not to this home, which is only for trying out.",
             TallowbrookPaths::defaultHome().string()));
@@ -145,6 +160,7 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
 
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
                 const ReviewOptions& options) {
+    if (!mayChange(paths, choice, options)) return ExitStatus::wrongUsage;
     auto changes = prepare(paths, choice, IntegrationSetup::planUninstall);
     if (!changes) return StandardStreams::fail(changes.error() + " Nothing was changed.");
     if (!canAsk(options)) return ExitStatus::failed;

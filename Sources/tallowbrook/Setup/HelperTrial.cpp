@@ -11,6 +11,7 @@
 
 #include "Integrations/IntegrationSetup.h"
 #include "Preferences/HostSettings.h"
+#include "Setup/ReportingHome.h"
 #include "System/ProcessLaunch.h"
 #include "Watch/HostLock.h"
 #include "Watch/Ingest.h"
@@ -87,7 +88,7 @@ std::expected<void, std::string> tryHelper(const TallowbrookPaths& paths, Provid
     const SessionKey key{provider, std::string{setupCheckPrefix} + UUIDText::text(*id)};
     auto arguments = IntegrationSetup::testEventArguments(provider);
     // Where it can be left out, the helper must find the home by itself, as it will in a hook.
-    if (paths != TallowbrookPaths::standard()) {
+    if (!agentsReportTo(paths)) {
         arguments.emplace_back("--home");
         arguments.push_back(paths.home.string());
     }
