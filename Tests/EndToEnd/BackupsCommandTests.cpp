@@ -122,6 +122,15 @@ TEST(Restore, withoutAnyBackupFails) {
     EXPECT_THAT(result.errors, HasSubstr("There are no backups."));
 }
 
+TEST(Restore, overAFileThatCannotBeReadSaysWhyInWholeSentences) {
+    const SetUpHome home;
+    std::filesystem::remove(home.claudeFile);
+    std::filesystem::create_directory(home.claudeFile);
+    EXPECT_EQ(home.host({"restore", "--yes"}).errors,
+              "tallowbrook: Could not read " + home.claudeFile.string() +
+                  ": Is a directory. Nothing was changed.\n");
+}
+
 TEST(Restore, ofADamagedBackupChangesNothing) {
     const SetUpHome home;
     writeContents(home.backups().at(0), "\xFF");

@@ -172,6 +172,17 @@ TEST(Setup, ofAFileThatIsNoJSONSaysWhereAndChangesNothing) {
     EXPECT_EQ(home.tree(), before);
 }
 
+TEST(Setup, ofAFileThatCannotBeReadSaysWhyInWholeSentences) {
+    const SetupHome home;
+    std::filesystem::create_directories(home.claudeFile);
+    const auto expected = "tallowbrook: Could not read " + home.claudeFile.string() +
+                          ": Is a directory. Nothing was changed.\n";
+    for (const std::string command : {"setup", "remove"}) {
+        const auto result = home.host({command, "claude-code", "--yes"});
+        EXPECT_EQ(result, (ProgramResult{.status = 1, .errors = expected})) << command;
+    }
+}
+
 TEST(Setup, withoutAgentsSaysHowToNameOne) {
     for (const auto provider : allCases<Provider>())
         if (const auto found = ProviderDetector::live(false).detect(provider).executablePath)

@@ -27,8 +27,8 @@ std::filesystem::file_time_type writtenAt(const std::filesystem::path& file) {
     return error ? std::filesystem::file_time_type::min() : time;
 }
 
-std::expected<std::vector<AgentBackup>, std::string> find(const TallowbrookPaths& paths,
-                                                          const AgentChoice& choice) {
+std::expected<std::vector<AgentBackup>, Sentence> find(const TallowbrookPaths& paths,
+                                                       const AgentChoice& choice) {
     const auto agents = chosenAgents(choice, Unnamed::all);
     if (!agents) return std::unexpected(agents.error());
     std::vector<AgentBackup> found;
@@ -84,13 +84,13 @@ int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
         return StandardStreams::fail(
             fmt::format("There is no backup \"{}\". \"tallowbrook backups\" lists them.", *backup),
             ExitStatus::wrongUsage);
-    const auto planner = [=]() -> std::expected<ConfigChangePlan, std::string> {
+    const auto planner = [=]() -> std::expected<ConfigChangePlan, Sentence> {
         auto plan = IntegrationSetup::planRestore(selected->backup, selected->agent.configFile);
         if (plan) return std::move(*plan);
-        return std::unexpected(plan.error().description());
+        return std::unexpected(Sentence{plan.error().description()});
     };
     auto change = ConfigChange::prepare(planner, selected->agent.backupDirectory(paths));
-    if (!change) return StandardStreams::fail(change.error() + " Nothing was changed.");
+    if (!change) return StandardStreams::fail(change.error().followedBy("Nothing was changed."));
     if (!canAsk(options)) return ExitStatus::failed;
     StandardStreams::mention(fmt::format(
         "{}: {}\nBackup: {}\n", displayName(selected->agent.provider), announcement(change->plan),

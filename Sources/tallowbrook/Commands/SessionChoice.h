@@ -11,10 +11,9 @@
 namespace tallowbrook::host {
 
 // A number of the list that `tallowbrook sessions` shows, or the beginning of an id, of older
-// sessions too. The error is a whole sentence for the user. Throws SQLite::Exception when the store
-// fails.
-[[nodiscard]] std::expected<ListedSession, std::string> chooseSession(EventStore& store,
-                                                                      std::string_view word,
-                                                                      Instant now);
+// sessions too. Throws SQLite::Exception when the store fails.
+[[nodiscard]] std::expected<ListedSession, Sentence> chooseSession(EventStore& store,
+                                                                   std::string_view word,
+                                                                   Instant now);
 
 }  // namespace tallowbrook::host

@@ -40,21 +40,22 @@ struct AgentChange {
     ConfigChange change;
 };
 
-std::expected<std::vector<AgentChange>, std::string> prepare(const TallowbrookPaths& paths,
-                                                             const AgentChoice& choice,
-                                                             MakePlan makePlan) {
+std::expected<std::vector<AgentChange>, Sentence> prepare(const TallowbrookPaths& paths,
+                                                          const AgentChoice& choice,
+                                                          MakePlan makePlan) {
     const auto agents = chosenAgents(choice, Unnamed::thoseThere);
     if (!agents) return std::unexpected(agents.error());
     std::vector<AgentChange> changes;
     for (const auto& agent : *agents) {
-        auto planner = [=]() -> std::expected<ConfigChangePlan, std::string> {
+        auto planner = [=]() -> std::expected<ConfigChangePlan, Sentence> {
             auto plan =
                 makePlan(agent.provider, agent.configFile, paths.installedHelper().string());
             if (plan) return std::move(*plan);
             const auto text = plan.error().description();
             // What is wrong inside a file is told without its name.
             const bool namesFile = std::holds_alternative<ConfigFileError>(plan.error().reason);
-            return std::unexpected(namesFile ? text : agent.configFile.string() + ": " + text);
+            return std::unexpected(
+                Sentence{namesFile ? text : agent.configFile.string() + ": " + text});
         };
         auto change = ConfigChange::prepare(std::move(planner), agent.backupDirectory(paths));
         if (!change) return std::unexpected(change.error());
@@ -134,7 +135,7 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
         return StandardStreams::fail(
             "The helper was not found beside this program. Install tallowbrook again.");
     auto changes = prepare(paths, choice, IntegrationSetup::planInstall);
-    if (!changes) return StandardStreams::fail(changes.error() + " Nothing was changed.");
+    if (!changes) return StandardStreams::fail(changes.error().followedBy("Nothing was changed."));
     if (!canAsk(options)) return ExitStatus::failed;
 
     const auto helper = IntegrationSetup::helperStatus(paths.installedHelper(), *source);
@@ -153,7 +154,7 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     }
     if (helper != HelperStatus::current)
         if (auto installed = IntegrationSetup::installHelper(*source, paths); !installed)
-            return StandardStreams::fail(installed.error().description());
+            return StandardStreams::fail(Sentence{installed.error().description()});
     return withStore(paths,
                      [&](EventStore& store) { return setUpEach(paths, *changes, options, store); });
 }
@@ -162,7 +163,7 @@ int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
                 const ReviewOptions& options) {
     if (!mayChange(paths, choice, options)) return ExitStatus::wrongUsage;
     auto changes = prepare(paths, choice, IntegrationSetup::planUninstall);
-    if (!changes) return StandardStreams::fail(changes.error() + " Nothing was changed.");
+    if (!changes) return StandardStreams::fail(changes.error().followedBy("Nothing was changed."));
     if (!canAsk(options)) return ExitStatus::failed;
     StandardStreams::mention(announce(*changes, paths));
     int status = ExitStatus::done;

@@ -79,7 +79,7 @@ std::size_t SessionList::shortIDLength() const {
     return length;
 }
 
-std::expected<ListedSession, std::string> SessionList::find(std::string_view word) const {
+std::expected<ListedSession, Sentence> SessionList::find(std::string_view word) const {
     std::size_t number = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
     const bool isNumber = error == std::errc{} && end == word.data() + word.size();
@@ -92,11 +92,11 @@ std::expected<ListedSession, std::string> SessionList::find(std::string_view wor
         if (!word.empty() && id.starts_with(word)) found.push_back(&session);
     }
     if (found.size() == 1) return *found.front();
-    return std::unexpected(
+    return std::unexpected(Sentence{
         found.empty()
             ? fmt::format("There is no session \"{}\". \"tallowbrook sessions\" lists them.", word)
             : fmt::format("{} sessions begin with \"{}\". Give more of the id.", found.size(),
-                          word));
+                          word)});
 }
 
 std::string SessionList::table(Instant now) const {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Output/Sentence.h"
 #include "SessionState/SessionSnapshot.h"
 
 namespace tallowbrook::host {
@@ -28,8 +29,8 @@ struct SessionList {
     static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now);
 
     // The session that the user means by a number of the table, or by the beginning of an id that
-    // no other session here shares. The error is a whole sentence for the user.
-    [[nodiscard]] std::expected<ListedSession, std::string> find(std::string_view word) const;
+    // no other session here shares.
+    [[nodiscard]] std::expected<ListedSession, Sentence> find(std::string_view word) const;
 
     // How much of each id, at least 8 characters, tells it from all others here.
     std::size_t shortIDLength() const;

@@ -31,9 +31,15 @@ void StandardStreams::complain(std::string_view sentence) {
     fmt::print(stderr, "tallowbrook: {}\n", PrintableText::printable(sentence));
 }
 
+void StandardStreams::complain(const Sentence& sentence) { complain(sentence.text()); }
+
 int StandardStreams::fail(std::string_view sentence, int status) {
     complain(sentence);
     return status;
+}
+
+int StandardStreams::fail(const Sentence& sentence, int status) {
+    return fail(sentence.text(), status);
 }
 
 }  // namespace tallowbrook::host

@@ -49,8 +49,8 @@ std::vector<Agent> allAgents() {
     return agents;
 }
 
-std::expected<std::vector<Agent>, std::string> chosenAgents(const AgentChoice& choice,
-                                                            Unnamed unnamed) {
+std::expected<std::vector<Agent>, Sentence> chosenAgents(const AgentChoice& choice,
+                                                         Unnamed unnamed) {
     auto agents = allAgents();
     std::erase_if(agents, [&](const Agent& agent) {
         if (choice.names.empty()) return unnamed == Unnamed::thoseThere && !agent.isThere;
@@ -59,12 +59,12 @@ std::expected<std::vector<Agent>, std::string> chosenAgents(const AgentChoice& c
     });
     if (choice.configFile) {
         if (choice.names.empty() || agents.size() != 1)
-            return std::unexpected("With --config, name the one agent whose file it is.");
+            return std::unexpected(Sentence{"With --config, name the one agent whose file it is."});
         agents.front().configFile = std::filesystem::absolute(*choice.configFile);
     }
     if (agents.empty())
-        return std::unexpected(
-            "No agent was found on this machine. Name the one you mean: claude-code or codex.");
+        return std::unexpected(Sentence{
+            "No agent was found on this machine. Name the one you mean: claude-code or codex."});
     return agents;
 }
 

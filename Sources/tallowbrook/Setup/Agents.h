@@ -10,6 +10,7 @@
 
 #include "Domain/AgentEvent.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "Output/Sentence.h"
 
 namespace tallowbrook::host {
 
@@ -37,11 +38,11 @@ std::vector<std::string> agentNames();
 // variable says, CLAUDE_CONFIG_DIR or CODEX_HOME, else below the user's home directory.
 std::vector<Agent> allAgents();
 
-// Who is meant when the user names nobody.
+// Which agents are meant when the user names none.
 enum class Unnamed { thoseThere, all };
 
-// Each agent that the choice means, once. The error is a whole sentence for the user.
-[[nodiscard]] std::expected<std::vector<Agent>, std::string> chosenAgents(const AgentChoice& choice,
-                                                                          Unnamed unnamed);
+// Each agent that the choice means, once.
+[[nodiscard]] std::expected<std::vector<Agent>, Sentence> chosenAgents(const AgentChoice& choice,
+                                                                       Unnamed unnamed);
 
 }  // namespace tallowbrook::host

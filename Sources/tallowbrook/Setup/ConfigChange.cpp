@@ -67,8 +67,8 @@ std::string announcement(const ConfigChangePlan& plan) {
     return fmt::format("{} ({})", PrintableText::printable(plan.fileURL.string()), what);
 }
 
-std::expected<ConfigChange, std::string> ConfigChange::prepare(
-    Planner makePlan, std::filesystem::path backupDirectory) {
+std::expected<ConfigChange, Sentence> ConfigChange::prepare(Planner makePlan,
+                                                            std::filesystem::path backupDirectory) {
     auto plan = makePlan();
     if (!plan) return std::unexpected(plan.error());
     return ConfigChange{std::move(makePlan), std::move(*plan), std::move(backupDirectory)};
@@ -98,7 +98,7 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
             StandardStreams::mention(kept);
             return ReviewOutcome::applied;
         }
-        StandardStreams::complain(backup.error().description());
+        StandardStreams::complain(Sentence{backup.error().description()});
         if (options.assumeYes || !isChangedSincePlan(backup.error())) return ReviewOutcome::failed;
         auto newPlan = makePlan();
         if (!newPlan) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Integrations/ConfigFileWriter.h"
+#include "Output/Sentence.h"
 
 namespace tallowbrook::host {
 
@@ -34,14 +35,13 @@ int worse(int status, int other);
 bool canAsk(const ReviewOptions& options);
 
 struct ConfigChange {
-    // The error is a whole sentence for the user.
-    using Planner = std::function<std::expected<ConfigChangePlan, std::string>()>;
+    using Planner = std::function<std::expected<ConfigChangePlan, Sentence>()>;
 
     Planner makePlan;
     ConfigChangePlan plan;  // as first made
     std::filesystem::path backupDirectory;
 
-    [[nodiscard]] static std::expected<ConfigChange, std::string> prepare(
+    [[nodiscard]] static std::expected<ConfigChange, Sentence> prepare(
         Planner makePlan, std::filesystem::path backupDirectory);
 
     // Shows the difference and asks, unless there is none; applies the plan after a yes and names

@@ -48,18 +48,18 @@ bool waitForEnd(pid_t child) {
     return true;
 }
 
-std::expected<void, std::string> runHelper(const TallowbrookPaths& paths,
-                                           const std::vector<std::string>& arguments,
-                                           std::string_view payload) {
+std::expected<void, Sentence> runHelper(const TallowbrookPaths& paths,
+                                        const std::vector<std::string>& arguments,
+                                        std::string_view payload) {
     const auto input = readerOf(payload);
-    if (!input) return std::unexpected("No pipe can be made for the test event.");
+    if (!input) return std::unexpected(Sentence{"No pipe can be made for the test event."});
     const auto child =
         ProcessLaunch::start(paths.installedHelper().string(), arguments, FileDescriptor{}, *input);
     if (!child)
         return std::unexpected(
-            "The helper cannot be run: " + FileError{"spawn", child.error()}.reason() + ".");
+            Sentence{"The helper cannot be run: " + FileError{"spawn", child.error()}.reason()});
     if (waitForEnd(*child)) return {};
-    return std::unexpected("The helper does not end.");
+    return std::unexpected(Sentence{"The helper does not end."});
 }
 
 void drainUnlessWatched(const TallowbrookPaths& paths, EventStore& store) {
@@ -81,10 +81,10 @@ bool comesBack(const TallowbrookPaths& paths, const SessionKey& key, EventStore&
 
 }  // namespace
 
-std::expected<void, std::string> tryHelper(const TallowbrookPaths& paths, Provider provider,
-                                           EventStore& store) {
+std::expected<void, Sentence> tryHelper(const TallowbrookPaths& paths, Provider provider,
+                                        EventStore& store) {
     const auto id = randomUUID();
-    if (!id) return std::unexpected("No test event can be made: " + id.error().reason() + ".");
+    if (!id) return std::unexpected(Sentence{"No test event can be made: " + id.error().reason()});
     const SessionKey key{provider, std::string{setupCheckPrefix} + UUIDText::text(*id)};
     auto arguments = IntegrationSetup::testEventArguments(provider);
     // Where it can be left out, the helper must find the home by itself, as it will in a hook.
@@ -95,9 +95,9 @@ std::expected<void, std::string> tryHelper(const TallowbrookPaths& paths, Provid
     const auto payload = IntegrationSetup::testEventPayload(provider, key.sessionID, "/");
     if (auto ran = runHelper(paths, arguments, payload); !ran) return ran;
     if (!comesBack(paths, key, store))
-        return std::unexpected(
+        return std::unexpected(Sentence{
             fmt::format("The helper ran, but its test event did not arrive. {} may say why.",
-                        paths.helperLogFile().string()));
+                        paths.helperLogFile().string())});
     store.removeSession(key);
     return {};
 }

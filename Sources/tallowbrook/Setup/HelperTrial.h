@@ -7,14 +7,15 @@
 
 #include "Domain/AgentEvent.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "Output/Sentence.h"
 #include "Store/EventStore.h"
 
 namespace tallowbrook::host {
 
 // Waits at most 5 s for the helper and 5 s for the event. Where no other host drains this home,
-// does so meanwhile. The test session is removed again. The error is a whole sentence for the user.
+// does so meanwhile. The test session is removed again.
 // Throws SQLite::Exception when the store fails.
-[[nodiscard]] std::expected<void, std::string> tryHelper(const TallowbrookPaths& paths,
-                                                         Provider provider, EventStore& store);
+[[nodiscard]] std::expected<void, Sentence> tryHelper(const TallowbrookPaths& paths,
+                                                      Provider provider, EventStore& store);
 
 }  // namespace tallowbrook::host

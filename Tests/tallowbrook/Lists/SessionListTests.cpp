@@ -230,8 +230,9 @@ TEST(SessionList, findsASessionByABeginningThatNoOtherShares) {
     const auto list = listOf({"0199e8a2-41c7", "0199e8a2-0b3f", "9e2d7c41"});
     EXPECT_EQ(list.find("9")->snapshot.key.sessionID, "9e2d7c41");
     EXPECT_EQ(list.find("0199e8a2-4")->snapshot.key.sessionID, "0199e8a2-41c7");
-    EXPECT_EQ(list.find("0199").error(), "2 sessions begin with \"0199\". Give more of the id.");
-    EXPECT_EQ(list.find("x").error(),
+    EXPECT_EQ(list.find("0199").error().text(),
+              "2 sessions begin with \"0199\". Give more of the id.");
+    EXPECT_EQ(list.find("x").error().text(),
               "There is no session \"x\". \"tallowbrook sessions\" lists them.");
     EXPECT_FALSE(list.find(""));
 }
