@@ -3,15 +3,15 @@
 #include <map>
 #include <optional>
 
-#include "Commands/HealthCommand.h"
 #include "Commands/StoreCommand.h"
 #include "Diagnostics/DiagnosticsReport.h"
 #include "EventBridge/SpoolDrainer.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "Integrations/ProviderDetector.h"
+#include "Lists/SessionList.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
-#include "Setup/Agents.h"
+#include "Setup/AgentHealth.h"
 #include "Setup/ProgramLocation.h"
 
 namespace tallowbrook::host {
@@ -62,7 +62,7 @@ void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
             auto record = records->at(agent.provider);
             health.judgeEvents(record, now);
         }
-        report.integrationStates[agent.provider] = health.state();
+        report.integrationStates[agent.provider] = rawValue(health.state());
         if (auto text = health.events.diagnosticDescription())
             report.integrationHealth[agent.provider] = std::move(*text);
     }

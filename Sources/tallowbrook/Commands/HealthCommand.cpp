@@ -1,47 +1,21 @@
 #include "Commands/HealthCommand.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 
 #include "Commands/StoreCommand.h"
 #include "Domain/RecordCoding.h"
-#include "Integrations/ConfigFileWriter.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Output/TimeText.h"
-#include "Preferences/HostSettings.h"
+#include "Setup/AgentHealth.h"
 #include "Setup/ProgramLocation.h"
 #include "Text/UTF8.h"
 
 namespace tallowbrook::host {
 namespace {
-
-template <typename State>
-bool is(const HookInstallState& hooks) {
-    return std::holds_alternative<State>(hooks.state);
-}
-
-bool canRun(HelperStatus helper) {
-    return helper == HelperStatus::current || helper == HelperStatus::outdated;
-}
-
-std::expected<HookInstallState, std::string> inspect(const Agent& agent,
-                                                     const TallowbrookPaths& paths) {
-    const auto text = ConfigFileWriter::readText(agent.configFile);
-    if (!text) return std::unexpected(text.error().description());
-    const auto hooks = HookConfigMerger::inspect(
-        *text, IntegrationSetup::spec(agent.provider, paths.installedHelper().string()));
-    if (!hooks) return std::unexpected(hooks.error().description());
-    return *hooks;
-}
-
-std::string joined(const std::vector<std::string>& words, const std::string& separator) {
-    std::string text;
-    for (const auto& word : words) text += (text.empty() ? "" : separator) + word;
-    return text;
-}
 
 std::string eventsDetail(const IntegrationHealth& events, Instant now) {
     if (const auto* waiting = std::get_if<IntegrationHealth::Waiting>(&events.state))
@@ -55,15 +29,15 @@ std::string eventsDetail(const IntegrationHealth& events, Instant now) {
 
 // What stands behind the state in the table; may be empty.
 std::string detail(const AgentHealth& health, Instant now) {
-    if (!health.hooks) return health.hooks.error();
+    if (!health.hooks) return health.hooks.error().description();
     if (const auto* partial = std::get_if<HookInstallState::Partial>(&health.hooks->state))
-        return "no hook for " + joined(partial->missingEvents, ", ");
+        return fmt::format("no hook for {}", fmt::join(partial->missingEvents, ", "));
     if (const auto* stale = std::get_if<HookInstallState::NeedsRepair>(&health.hooks->state))
         return fmt::format("{} out of date",
                            stale->staleHandlers == 1
                                ? "one hook is"
                                : fmt::format("{} hooks are", stale->staleHandlers));
-    if (is<HookInstallState::NotConfigured>(*health.hooks)) return {};
+    if (health.state() == AgentHealth::State::notSetUp) return {};
     if (!health.isReady) return "the helper cannot run";
     return eventsDetail(health.events, now);
 }
@@ -83,11 +57,10 @@ std::string agentJSON(const AgentHealth& health) {
     entry.encode("configFile", UTF8::replacingInvalid(health.agent.configFile.string()));
     entry.encode("state", health.state());
     if (!health.hooks) {
-        entry.encode("error", UTF8::replacingInvalid(health.hooks.error()));
+        entry.encode("error", UTF8::replacingInvalid(health.hooks.error().description()));
     } else {
         if (const auto* partial = std::get_if<HookInstallState::Partial>(&health.hooks->state))
-            entry.encodeRaw("missingEvents",
-                            "[\"" + joined(partial->missingEvents, "\",\"") + "\"]");
+            entry.encode("missingEvents", partial->missingEvents);
         if (const auto* stale = std::get_if<HookInstallState::NeedsRepair>(&health.hooks->state))
             entry.encode("staleHandlers", stale->staleHandlers);
     }
@@ -106,7 +79,7 @@ struct Report {
         for (const auto& health : agents) {
             const auto more = PrintableText::printable(detail(health, now));
             text += fmt::format("{}: {}{}{} ({})\n", displayName(health.agent.provider),
-                                health.state(), more.empty() ? "" : ", ", more,
+                                rawValue(health.state()), more.empty() ? "" : ", ", more,
                                 PrintableText::printable(health.agent.configFile.string()));
         }
         return text;
@@ -125,7 +98,7 @@ struct Report {
 
 void judgeEvents(std::vector<AgentHealth>& agents, const AgentChoice& choice, EventStore& store,
                  Instant now) {
-    // Whoever watches may note an event at any moment, which must not be overwritten.
+    // A host that watches may note an event at any moment, which must not be overwritten.
     auto transaction = store.beginWriting();
     for (auto& health : agents) {
         const auto stored = store.integrationHealth(health.agent.provider);
@@ -138,47 +111,6 @@ void judgeEvents(std::vector<AgentHealth>& agents, const AgentChoice& choice, Ev
 }
 
 }  // namespace
-
-std::string_view AgentHealth::state() const {
-    if (!hooks) return "unreadable";
-    if (is<HookInstallState::NotConfigured>(*hooks)) return "not set up";
-    if (is<HookInstallState::Partial>(*hooks)) return "partial";
-    if (is<HookInstallState::NeedsRepair>(*hooks)) return "needs repair";
-    struct Word {
-        std::string_view operator()(const IntegrationHealth::Waiting&) const { return "waiting"; }
-        std::string_view operator()(const IntegrationHealth::Silent&) const { return "silent"; }
-        std::string_view operator()(const IntegrationHealth::Receiving&) const {
-            return "receiving";
-        }
-        // Nothing was ever stored.
-        std::string_view operator()(const IntegrationHealth::NotApplicable&) const {
-            return "waiting";
-        }
-    };
-    // All hooks are there, but they call a helper that is not.
-    if (!isReady) return "needs repair";
-    return std::visit(Word{}, events.state);
-}
-
-bool AgentHealth::needsAttention() const {
-    const auto word = state();
-    return word != "not set up" && word != "waiting" && word != "receiving";
-}
-
-AgentHealth AgentHealth::of(const Agent& agent, const TallowbrookPaths& paths,
-                            HelperStatus helper) {
-    auto hooks = inspect(agent, paths);
-    const bool isReady = hooks && is<HookInstallState::Installed>(*hooks) && canRun(helper);
-    return {agent, std::move(hooks), isReady};
-}
-
-void AgentHealth::judgeEvents(IntegrationHealthRecord& record, Instant now) {
-    // A file that cannot be read does not say that the hooks are gone. Live events are noted as
-    // they are stored.
-    if (hooks)
-        record.reconcile(!is<HookInstallState::NotConfigured>(*hooks), isReady, std::nullopt, now);
-    events = record.health(isReady, now, healthGracePeriod);
-}
 
 int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFormat format) {
     const auto agents = chosenAgents(choice, Unnamed::all);

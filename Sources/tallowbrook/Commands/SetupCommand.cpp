@@ -96,7 +96,7 @@ std::string_view nextStep(Provider provider) {
 }
 
 void noteSetUp(EventStore& store, Provider provider) {
-    // Whoever watches may note an event at any moment, which must not be overwritten.
+    // A host that watches may note an event at any moment, which must not be overwritten.
     auto transaction = store.beginWriting();
     auto record = store.integrationHealth(provider);
     record.noteSetUp(currentInstant());
