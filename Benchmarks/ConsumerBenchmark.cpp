@@ -107,7 +107,7 @@ std::vector<AgentEvent> renewed(std::vector<AgentEvent> events) {
 void ingestSegment(benchmark::State& state) {
     static int run = 0;
     const TallowbrookPaths paths{scratch() / fmt::format("ingest-{}", run++)};
-    auto store = EventStore::open(paths).value();
+    auto store = Database::open(paths).value();
     const Ingest ingest{{paths}, defaultPreferences(), Calendar::current()};
     std::filesystem::create_directories(paths.spoolDirectory());
     for ([[maybe_unused]] auto _ : state) {
@@ -124,7 +124,7 @@ void insertRows(benchmark::State& state) {
     static int run = 0;
     const TallowbrookPaths paths{scratch() / fmt::format("insert-{}", run++)};
     {
-        const auto schema = EventStore::open(paths).value();
+        const auto schema = Database::open(paths).value();
     }
     SQLite::Database database{paths.databaseFile().string(), SQLite::OPEN_READWRITE};
     database.exec("PRAGMA synchronous = FULL");
@@ -152,11 +152,11 @@ void insertRows(benchmark::State& state) {
 }
 
 // A store that holds `count` events already; filled once.
-EventStore& filledStore(std::int64_t count) {
-    static std::map<std::int64_t, EventStore> stores;
+Database& filledStore(std::int64_t count) {
+    static std::map<std::int64_t, Database> stores;
     if (const auto found = stores.find(count); found != stores.end()) return found->second;
     const TallowbrookPaths paths{scratch() / fmt::format("filled-{}", count)};
-    auto& store = stores.emplace(count, EventStore::open(paths).value()).first->second;
+    auto& store = stores.emplace(count, Database::open(paths).value()).first->second;
     const Ingest ingest{{paths}, defaultPreferences(), Calendar::current()};
     std::filesystem::create_directories(paths.spoolDirectory());
     for (std::int64_t stored = 0; stored < count; stored += 1000) {

@@ -89,7 +89,7 @@ TEST(HostOnLinux, tellsOnceWhatItsOutputTakesAtLast) {
     ASSERT_TRUE(host.waitForErrors("Standard output cannot be written"));
     // Now there is room again.
     while (read(reader.number(), buffer.data(), buffer.size()) > 0) continue;
-    ASSERT_TRUE(comes([&] { return home.rows("notifications WHERE state = 'told'") > 0; }));
+    ASSERT_TRUE(comes([&] { return home.rows("deliveries WHERE state = 'told'") > 0; }));
     host.send(SIGTERM);
     EXPECT_EQ(host.wait().status, 0);
     const ssize_t length = read(reader.number(), buffer.data(), buffer.size());

@@ -154,7 +154,7 @@ TEST(WatchOnce, showsASessionWhoseIdOnlyLooksLikeTheSetups) {
     EXPECT_NE(output.find("completed"), std::string::npos);
 }
 
-TEST(WatchOnce, storesAnOldBacklogWithoutTellingIt) {
+TEST(WatchOnce, tellsOfAnOldBacklogInOneLine) {
     const TestHome home;
     AgentEvent old = currentEvent("old");
     old.observedAt -= std::chrono::minutes{11};
@@ -164,7 +164,7 @@ TEST(WatchOnce, storesAnOldBacklogWithoutTellingIt) {
     home.spool(young);
     EXPECT_EQ(
         watched(home),
-        finishedLine + header +
+        finishedLine + "TIME  While you were away: 1 finished.\n" + header +
             "  1  completed         Claude Code  proj                      young      9 min ago\n"
             "  2  completed         Claude Code  proj                      old        11 min "
             "ago\n");

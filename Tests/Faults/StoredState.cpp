@@ -29,7 +29,8 @@ void readEvents(SQLite::Database& database, StoredState& state) {
 
 void readNotifications(SQLite::Database& database, StoredState& state) {
     SQLite::Statement query{database,
-                            "SELECT session_storage_id, state, told_at FROM notifications"};
+                            "SELECT session_storage_id, state, told_at FROM notifications"
+                            " JOIN deliveries ON notification = number"};
     while (query.executeStep()) {
         std::string session = query.getColumn(0).getString();
         session.erase(0, session.find('|') + 1);
@@ -55,7 +56,8 @@ StoredState StoredState::of(const TallowbrookPaths& paths) {
         state.isSound = database.execAndGet("PRAGMA integrity_check").getString() == "ok";
         if (!database.tableExists("events")) return state;
         readEvents(database, state);
-        readNotifications(database, state);
+        // A kill between two steps of the schema leaves a database without it, and so without any.
+        if (database.tableExists("deliveries")) readNotifications(database, state);
     } catch (const SQLite::Exception& error) {
         ADD_FAILURE() << "the database cannot be read: " << error.what();
         state.isSound = false;

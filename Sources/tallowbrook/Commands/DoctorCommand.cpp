@@ -3,7 +3,8 @@
 #include <map>
 #include <optional>
 
-#include "Commands/StoreCommand.h"
+#include "Commands/DatabaseDoor.h"
+#include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticsReport.h"
 #include "EventBridge/SpoolDrainer.h"
 #include "EventIngestion/PayloadNormalizer.h"
@@ -13,37 +14,34 @@
 #include "Output/StandardStreams.h"
 #include "Setup/AgentHealth.h"
 #include "Setup/ProgramLocation.h"
+#include "Store/SessionStore.h"
+#include "Store/Settings.h"
 
 namespace tallowbrook::host {
 namespace {
 
 constexpr std::size_t logLines = 10;
 
-void addStored(DiagnosticsReport& report, EventStore& store, Instant now) {
-    try {
-        report.storedEventCount = store.eventCount();
-        report.lastEventAt = store.newestEventAt();
-        for (const auto& session :
-             SessionList::make(store.sessions(), ListScope::all, now).sessions)
-            ++report.sessionCountsByStatus[std::string{rawValue(session.status)}];
-    } catch (const SQLite::Exception&) {
-        report.storedEventCount.reset();
-    }
-}
-
-// Absent when the store cannot be read; empty where nothing was ever stored.
+// Absent when the database fails; empty where nothing was ever stored.
 using Records = std::optional<std::map<Provider, IntegrationHealthRecord>>;
 
-Records readRecords(std::optional<EventStore>& store) {
+// A database that fails is part of what the report is for.
+Records addStored(DiagnosticsReport& report, const TallowbrookPaths& paths, Instant now) {
     Records records{std::in_place};
-    if (!store) return records;
-    try {
+    const auto read = tryDatabaseIfAny(paths, [&](Database* database) {
+        if (database == nullptr) return;
+        SessionStore store{*database};
+        report.storedEventCount = store.eventCount();
+        report.lastEventAt = store.newestEventAt();
+        for (const auto& session : listedSessions(*database, ListScope::all, now).sessions)
+            ++report.sessionCountsByStatus[std::string{rawValue(session.status)}];
+        Settings settings{*database};
         for (const auto provider : allCases<Provider>())
-            records->emplace(provider, store->integrationHealth(provider));
-    } catch (const SQLite::Exception&) {
-        return std::nullopt;
-    }
-    return records;
+            records->emplace(provider, settings.integrationHealth(provider));
+    });
+    if (read) return records;
+    report.storedEventCount.reset();
+    return std::nullopt;
 }
 
 void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
@@ -79,10 +77,7 @@ int doctor(const TallowbrookPaths& paths) {
     report.notificationAuthorization = "not needed, printed in the terminal";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
-    // A store that fails is part of what the report is for.
-    auto store = openIfAny(paths);
-    if (store && *store) addStored(report, **store, now);
-    addAgents(report, store ? readRecords(*store) : std::nullopt, now);
+    addAgents(report, addStored(report, paths, now), now);
     return StandardStreams::showAsResult(PrintableText::printableLines(report.render()) + "\n");
 }
 

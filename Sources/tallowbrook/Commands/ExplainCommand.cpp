@@ -2,27 +2,28 @@
 
 #include <fmt/core.h>
 
+#include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
-#include "Commands/StoreCommand.h"
 #include "Lists/Timeline.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Output/TimeText.h"
 #include "Preferences/HostSettings.h"
+#include "Store/SessionStore.h"
 
 namespace tallowbrook::host {
 namespace {
 
 constexpr int shownEvents = 10;
 
-std::string explanationOf(const SessionSnapshot& session, EventStore& store, Instant now) {
+std::string explanationOf(const SessionSnapshot& session, Database& database, Instant now) {
     const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
     auto text = fmt::format(
         "{}, {}, session {}\n{}\n", PrintableText::printable(session.projectLabel()),
         displayName(session.key.provider), PrintableText::printable(session.key.sessionID),
         PrintableText::printable(session.explanation(now, staleAfter, formatTime)));
-    const auto events = store.latestEvents(session.key, shownEvents);
+    const auto events = SessionStore{database}.latestEvents(session.key, shownEvents);
     text += fmt::format("\nThe last {} of {} events:\n", events.size(), session.eventCount);
     for (const auto& [event, effect] : events) text += timelineRow(event, effect, now);
     return text;
@@ -31,11 +32,11 @@ std::string explanationOf(const SessionSnapshot& session, EventStore& store, Ins
 }  // namespace
 
 int explain(const TallowbrookPaths& paths, const std::string& session) {
-    return withExistingStore(paths, [&](EventStore& store) {
+    return withExistingDatabase(paths, [&](Database& database) {
         const Instant now = currentInstant();
-        const auto chosen = chooseSession(store, session, now);
+        const auto chosen = chooseSession(database, session, now);
         if (!chosen) return StandardStreams::fail(chosen.error(), ExitStatus::wrongUsage);
-        return StandardStreams::showAsResult(explanationOf(chosen->snapshot, store, now));
+        return StandardStreams::showAsResult(explanationOf(chosen->snapshot, database, now));
     });
 }
 

@@ -4,12 +4,13 @@
 
 #include <algorithm>
 
+#include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
-#include "Commands/StoreCommand.h"
 #include "Focus/Focus.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
+#include "Store/Settings.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -38,17 +39,17 @@ int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
 }  // namespace
 
 int focus(const TallowbrookPaths& paths, const std::string& session) {
-    return withExistingStore(paths, [&](EventStore& store) {
-        const auto chosen = chooseSession(store, session, currentInstant());
+    return withExistingDatabase(paths, [&](Database& database) {
+        const auto chosen = chooseSession(database, session, currentInstant());
         if (!chosen) return StandardStreams::fail(chosen.error(), ExitStatus::wrongUsage);
         return focusOne(chosen->snapshot, paths);
     });
 }
 
 int focusNext(const TallowbrookPaths& paths) {
-    return withExistingStore(paths, [&](EventStore& store) {
+    return withExistingDatabase(paths, [&](Database& database) {
         const Instant now = currentInstant();
-        auto list = SessionList::make(store.sessions(), ListScope::recent, now);
+        auto list = recentSessions(database, now);
         std::erase_if(list.sessions, [](const ListedSession& session) {
             return session.status != SessionStatus::needsAttention;
         });
@@ -56,9 +57,10 @@ int focusNext(const TallowbrookPaths& paths) {
         waiting.reserve(list.sessions.size());
         for (const auto& session : list.sessions) waiting.push_back(session.snapshot.id());
 
-        auto cycle = store.waitingCycle();
+        Settings settings{database};
+        auto cycle = settings.waitingCycle();
         const auto id = cycle.next(waiting, now);
-        store.setWaitingCycle(cycle);
+        settings.setWaitingCycle(cycle);
         if (!id) return StandardStreams::showAsResult("No session waits for you.\n");
         const auto place = std::ranges::find(waiting, *id) - waiting.begin();
         const auto& session = list.sessions[static_cast<std::size_t>(place)].snapshot;

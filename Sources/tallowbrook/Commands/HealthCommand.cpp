@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "Commands/StoreCommand.h"
+#include "Commands/DatabaseDoor.h"
 #include "Domain/RecordCoding.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
@@ -12,6 +12,7 @@
 #include "Output/TimeText.h"
 #include "Setup/AgentHealth.h"
 #include "Setup/ProgramLocation.h"
+#include "Store/Settings.h"
 #include "Text/UTF8.h"
 
 namespace tallowbrook::host {
@@ -96,15 +97,16 @@ struct Report {
     }
 };
 
-void judgeEvents(std::vector<AgentHealth>& agents, const AgentChoice& choice, EventStore& store,
+void judgeEvents(std::vector<AgentHealth>& agents, const AgentChoice& choice, Database& database,
                  Instant now) {
     // A host that watches may note an event at any moment, which must not be overwritten.
-    auto transaction = store.beginWriting();
+    Settings settings{database};
+    auto transaction = database.beginWriting();
     for (auto& health : agents) {
-        const auto stored = store.integrationHealth(health.agent.provider);
+        const auto stored = settings.integrationHealth(health.agent.provider);
         auto record = stored;
         health.judgeEvents(record, now);
-        if (record != stored) store.setIntegrationHealth(health.agent.provider, record);
+        if (record != stored) settings.setIntegrationHealth(health.agent.provider, record);
     }
     // What is stored is about the agent's own file, of which another one says nothing.
     if (!choice.configFile) transaction.commit();
@@ -122,9 +124,9 @@ int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFor
     for (const auto& agent : *agents)
         report.agents.push_back(AgentHealth::of(agent, paths, report.helper));
 
-    return withStoreIfAny(paths, [&](EventStore* store) {
+    return withDatabaseIfAny(paths, [&](Database* database) {
         const Instant now = currentInstant();
-        if (store != nullptr) judgeEvents(report.agents, choice, *store, now);
+        if (database != nullptr) judgeEvents(report.agents, choice, *database, now);
         const int shown = StandardStreams::showAsResult(
             format == ListFormat::json ? report.json() : report.table(now));
         if (shown != ExitStatus::done) return shown;

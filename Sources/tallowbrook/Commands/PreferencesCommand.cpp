@@ -6,11 +6,12 @@
 #include <array>
 #include <charconv>
 
-#include "Commands/StoreCommand.h"
+#include "Commands/DatabaseDoor.h"
 #include "Notifications/ReminderPolicy.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
 #include "Preferences/HostSettings.h"
+#include "Store/Settings.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -112,17 +113,17 @@ std::string noSuchValue(std::string_view name, std::string_view value) {
 }
 
 // Absent, or a whole sentence for the user; nothing is changed then.
-std::optional<std::string> apply(const PreferenceChange& change, EventStore& store) {
+std::optional<std::string> apply(const PreferenceChange& change, Database& database) {
     if (change.name == reminderIntervalName) {
         const auto interval = parseReminderInterval(change.value);
         if (!interval) return interval.error();
-        store.setReminderInterval(*interval);
+        Settings{database}.setReminderInterval(*interval);
         return std::nullopt;
     }
-    const auto changed = setPreference(store.preferences().value_or(defaultPreferences()),
-                                       change.name, change.value);
+    const auto changed = setPreference(
+        Settings{database}.preferences().value_or(defaultPreferences()), change.name, change.value);
     if (!changed) return changed.error();
-    store.setPreferences(*changed);
+    Settings{database}.setPreferences(*changed);
     return std::nullopt;
 }
 
@@ -158,14 +159,15 @@ std::expected<NotificationPreferences, std::string> setPreference(
 }
 
 int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceChange>& change) {
-    return withStore(paths, [&](EventStore& store) {
+    return withDatabase(paths, [&](Database& database) {
         if (change)
-            if (const auto refusal = apply(*change, store))
+            if (const auto refusal = apply(*change, database))
                 return StandardStreams::fail(*refusal + " Nothing was changed.",
                                              ExitStatus::wrongUsage);
         return StandardStreams::showAsResult(
-            preferencesTable(store.preferences().value_or(defaultPreferences())) +
-            reminderIntervalRow(store.reminderInterval().value_or(defaultReminderInterval)));
+            preferencesTable(Settings{database}.preferences().value_or(defaultPreferences())) +
+            reminderIntervalRow(
+                Settings{database}.reminderInterval().value_or(defaultReminderInterval)));
     });
 }
 

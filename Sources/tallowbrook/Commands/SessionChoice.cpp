@@ -1,12 +1,30 @@
 #include "Commands/SessionChoice.h"
 
+#include <chrono>
+
+#include "Preferences/HostSettings.h"
+#include "Store/SessionStore.h"
+
 namespace tallowbrook::host {
 
-std::expected<ListedSession, Sentence> chooseSession(EventStore& store, std::string_view word,
+SessionList recentSessions(Database& database, Instant now) {
+    const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
+    SessionStore store{database};
+    auto list = SessionList::make(store.sessionsSeenSince(since), ListScope::recent, now);
+    list.olderCount = static_cast<std::size_t>(store.countOfSessionsSeenBefore(since));
+    return list;
+}
+
+SessionList listedSessions(Database& database, ListScope scope, Instant now) {
+    if (scope == ListScope::recent) return recentSessions(database, now);
+    return SessionList::make(SessionStore{database}.sessions(), scope, now);
+}
+
+std::expected<ListedSession, Sentence> chooseSession(Database& database, std::string_view word,
                                                      Instant now) {
-    const auto sessions = store.sessions();
-    if (auto recent = SessionList::make(sessions, ListScope::recent, now).find(word)) return recent;
-    return SessionList::make(sessions, ListScope::all, now).find(word);
+    // What the list shows comes first: a number or the beginning of an id means that one.
+    if (auto recent = recentSessions(database, now).find(word)) return recent;
+    return listedSessions(database, ListScope::all, now).find(word);
 }
 
 }  // namespace tallowbrook::host

@@ -1,4 +1,4 @@
-// The session that the user means by a word of the command line.
+// The sessions of the database as commands choose from them.
 #pragma once
 
 #include <expected>
@@ -6,14 +6,22 @@
 #include <string_view>
 
 #include "Lists/SessionList.h"
-#include "Store/EventStore.h"
+#include "Store/Database.h"
 
 namespace tallowbrook::host {
 
 // A number of the list that `tallowbrook sessions` shows, or the beginning of an id, of older
-// sessions too. Throws SQLite::Exception when the store fails.
-[[nodiscard]] std::expected<ListedSession, Sentence> chooseSession(EventStore& store,
+// sessions too. Throws SQLite::Exception when the database
+// fails.
+[[nodiscard]] std::expected<ListedSession, Sentence> chooseSession(Database& database,
                                                                    std::string_view word,
                                                                    Instant now);
+
+// The sessions that a list shows by default, and how many it leaves out. Throws SQLite::Exception
+// when the database fails.
+SessionList recentSessions(Database& database, Instant now);
+
+// `recentSessions`, or all.
+SessionList listedSessions(Database& database, ListScope scope, Instant now);
 
 }  // namespace tallowbrook::host

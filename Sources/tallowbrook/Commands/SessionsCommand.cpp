@@ -1,6 +1,7 @@
 #include "Commands/SessionsCommand.h"
 
-#include "Commands/StoreCommand.h"
+#include "Commands/DatabaseDoor.h"
+#include "Commands/SessionChoice.h"
 #include "EventBridge/SpoolDrainer.h"
 #include "Output/StandardStreams.h"
 #include "Watch/HostLock.h"
@@ -16,10 +17,10 @@ void hintAtPendingEvents(const TallowbrookPaths& paths) {
 }  // namespace
 
 int listSessions(const TallowbrookPaths& paths, ListScope scope, ListFormat format) {
-    return withStoreIfAny(paths, [&](EventStore* store) {
+    return withDatabaseIfAny(paths, [&](Database* database) {
         const Instant now = currentInstant();
-        const auto list = SessionList::make(
-            store != nullptr ? store->sessions() : std::vector<SessionSnapshot>{}, scope, now);
+        const auto list =
+            database != nullptr ? listedSessions(*database, scope, now) : SessionList{};
         const int status = StandardStreams::showAsResult(
             format == ListFormat::json ? list.json(now) : list.table(now));
         hintAtPendingEvents(paths);

@@ -2,7 +2,7 @@
 
 #include <fmt/core.h>
 
-#include "Commands/StoreCommand.h"
+#include "Commands/DatabaseDoor.h"
 #include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
@@ -10,6 +10,7 @@
 #include "Setup/HelperTrial.h"
 #include "Setup/ProgramLocation.h"
 #include "Setup/ReportingHome.h"
+#include "Store/Settings.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -95,18 +96,19 @@ std::string_view nextStep(Provider provider) {
            "review, or it skips them without a word.\n";
 }
 
-void noteSetUp(EventStore& store, Provider provider) {
+void noteSetUp(Database& database, Provider provider) {
     // A host that watches may note an event at any moment, which must not be overwritten.
-    auto transaction = store.beginWriting();
-    auto record = store.integrationHealth(provider);
+    Settings settings{database};
+    auto transaction = database.beginWriting();
+    auto record = settings.integrationHealth(provider);
     record.noteSetUp(currentInstant());
-    store.setIntegrationHealth(provider, record);
+    settings.setIntegrationHealth(provider, record);
     transaction.commit();
 }
 
-int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, EventStore& store) {
-    if (isNew) noteSetUp(store, provider);
-    if (auto tried = tryHelper(paths, provider, store); !tried)
+int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, Database& database) {
+    if (isNew) noteSetUp(database, provider);
+    if (auto tried = tryHelper(paths, provider, database); !tried)
         return StandardStreams::fail(tried.error());
     StandardStreams::mention("The test event has arrived.\n");
     StandardStreams::mention(nextStep(provider));
@@ -114,14 +116,14 @@ int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, Ev
 }
 
 int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
-              const ReviewOptions& options, EventStore& store) {
+              const ReviewOptions& options, Database& database) {
     int status = ExitStatus::done;
     for (auto& [agent, change] : changes) {
         const auto outcome = change.review(options);
         status = worse(status, exitStatus(outcome));
         if (outcome == ReviewOutcome::applied || outcome == ReviewOutcome::unchanged)
             status = worse(status, finishSetup(paths, agent.provider,
-                                               outcome == ReviewOutcome::applied, store));
+                                               outcome == ReviewOutcome::applied, database));
     }
     return status;
 }
@@ -155,8 +157,8 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     if (helper != HelperStatus::current)
         if (auto installed = IntegrationSetup::installHelper(*source, paths); !installed)
             return StandardStreams::fail(Sentence{installed.error().description()});
-    return withStore(paths,
-                     [&](EventStore& store) { return setUpEach(paths, *changes, options, store); });
+    return withDatabase(
+        paths, [&](Database& database) { return setUpEach(paths, *changes, options, database); });
 }
 
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,

@@ -10,11 +10,10 @@
 #include <vector>
 
 #include "Integrations/IntegrationSetup.h"
-#include "Preferences/HostSettings.h"
 #include "Setup/ReportingHome.h"
+#include "Store/SessionStore.h"
 #include "System/ProcessLaunch.h"
-#include "Watch/HostLock.h"
-#include "Watch/Ingest.h"
+#include "Watch/SpoolIntake.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -62,18 +61,11 @@ std::expected<void, Sentence> runHelper(const TallowbrookPaths& paths,
     return std::unexpected(Sentence{"The helper does not end."});
 }
 
-void drainUnlessWatched(const TallowbrookPaths& paths, EventStore& store) {
-    const auto lock = HostLock::tryAcquire(paths);
-    if (!lock || !*lock) return;
-    const auto preferences = store.preferences().value_or(defaultPreferences());
-    Ingest{{paths}, preferences, Calendar::current()}.run(store, currentInstant());
-}
-
-bool comesBack(const TallowbrookPaths& paths, const SessionKey& key, EventStore& store) {
+bool comesBack(const TallowbrookPaths& paths, const SessionKey& key, Database& database) {
     const auto deadline = Clock::now() + patience;
     while (true) {
-        drainUnlessWatched(paths, store);
-        if (store.session(key)) return true;
+        takeInUnlessWatched(paths, database);
+        if (SessionStore{database}.session(key)) return true;
         if (Clock::now() >= deadline) return false;
         std::this_thread::sleep_for(pollInterval);
     }
@@ -82,7 +74,7 @@ bool comesBack(const TallowbrookPaths& paths, const SessionKey& key, EventStore&
 }  // namespace
 
 std::expected<void, Sentence> tryHelper(const TallowbrookPaths& paths, Provider provider,
-                                        EventStore& store) {
+                                        Database& database) {
     const auto id = randomUUID();
     if (!id) return std::unexpected(Sentence{"No test event can be made: " + id.error().reason()});
     const SessionKey key{provider, std::string{setupCheckPrefix} + UUIDText::text(*id)};
@@ -94,11 +86,13 @@ std::expected<void, Sentence> tryHelper(const TallowbrookPaths& paths, Provider 
     }
     const auto payload = IntegrationSetup::testEventPayload(provider, key.sessionID, "/");
     if (auto ran = runHelper(paths, arguments, payload); !ran) return ran;
-    if (!comesBack(paths, key, store))
+    if (!comesBack(paths, key, database))
         return std::unexpected(Sentence{
             fmt::format("The helper ran, but its test event did not arrive. {} may say why.",
                         paths.helperLogFile().string())});
-    store.removeSession(key);
+    auto transaction = database.beginWriting();
+    SessionStore{database}.removeSession(key);
+    transaction.commit();
     return {};
 }
 

@@ -8,7 +8,7 @@
 #include "Domain/AgentEvent.h"
 #include "EventBridge/TallowbrookPaths.h"
 #include "Output/Sentence.h"
-#include "Store/EventStore.h"
+#include "Store/Database.h"
 
 namespace tallowbrook::host {
 
@@ -16,6 +16,6 @@ namespace tallowbrook::host {
 // does so meanwhile. The test session is removed again.
 // Throws SQLite::Exception when the store fails.
 [[nodiscard]] std::expected<void, Sentence> tryHelper(const TallowbrookPaths& paths,
-                                                      Provider provider, EventStore& store);
+                                                      Provider provider, Database& database);
 
 }  // namespace tallowbrook::host

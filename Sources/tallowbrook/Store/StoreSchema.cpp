@@ -73,6 +73,39 @@ constexpr std::array steps{
             last_sent_at INTEGER NOT NULL
         ) WITHOUT ROWID;
     )sql",
+    // What lists and reminders look for gets columns, since reading the records of all sessions
+    // takes longer than a list may. What a notification has come to is told for each channel.
+    R"sql(
+        ALTER TABLE sessions ADD COLUMN last_seen_at INTEGER NOT NULL DEFAULT 0;
+        ALTER TABLE sessions ADD COLUMN status TEXT NOT NULL DEFAULT '';
+        UPDATE sessions SET
+            last_seen_at = coalesce(
+                CAST(strftime('%s', json_extract(snapshot, '$.lastSeenAt')) AS INTEGER) * 1000000 +
+                CAST(substr(json_extract(snapshot, '$.lastSeenAt'), 21, 3) AS INTEGER) * 1000, 0),
+            status = coalesce(json_extract(snapshot, '$.status'), '')
+            WHERE json_valid(snapshot);
+        CREATE INDEX sessions_by_last_seen ON sessions (last_seen_at);
+        CREATE INDEX sessions_that_wait ON sessions (last_seen_at)
+            WHERE status = 'needsAttention';
+        CREATE TABLE deliveries (
+            notification INTEGER NOT NULL REFERENCES notifications (number),
+            channel TEXT NOT NULL,
+            state TEXT NOT NULL,
+            attempts INTEGER NOT NULL,
+            due_at INTEGER NOT NULL,
+            told_at INTEGER,
+            place INTEGER UNIQUE,
+            PRIMARY KEY (notification, channel)
+        ) WITHOUT ROWID;
+        INSERT INTO deliveries
+            SELECT number, 'lines', state, state = 'told', decided_at, told_at,
+                CASE WHEN state = 'told' THEN number END FROM notifications;
+        CREATE INDEX deliveries_that_are_open ON deliveries (channel, notification)
+            WHERE state IN ('pending', 'begun');
+        DROP INDEX notifications_pending;
+        ALTER TABLE notifications DROP COLUMN state;
+        ALTER TABLE notifications DROP COLUMN told_at;
+    )sql",
 };
 
 }  // namespace

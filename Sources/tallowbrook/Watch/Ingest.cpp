@@ -5,6 +5,9 @@
 #include <unordered_map>
 
 #include "Preferences/HostSettings.h"
+#include "Store/Outbox.h"
+#include "Store/SessionStore.h"
+#include "Store/Settings.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -17,7 +20,7 @@ class SessionCache {
         std::optional<SessionSnapshot> snapshot;
     };
 
-    explicit SessionCache(EventStore& store) : store_{store} {}
+    explicit SessionCache(Database& database) : store_{database} {}
 
     Entry& entry(const SessionKey& key) {
         const auto [found, isNew] = entries_.try_emplace(key);
@@ -35,23 +38,46 @@ class SessionCache {
     }
 
  private:
-    EventStore& store_;
+    SessionStore store_;
     std::unordered_map<SessionKey, Entry> entries_;
 };
 
-class SegmentIngest {
+class BatchIngest {
  public:
-    SegmentIngest(const Ingest& settings, EventStore& store, Instant now)
-        : settings_{settings}, store_{store}, now_{now}, sessions_{store} {}
+    BatchIngest(const Ingest& settings, Database& database, Instant now)
+        : settings_{settings},
+          store_{database},
+          outbox_{database},
+          stored_{database},
+          now_{now},
+          sessions_{database} {}
 
-    // Tells whether the event was new.
-    bool add(const AgentEvent& event, std::string_view line) {
+    void add(const AgentEvent& event, std::string_view line) {
+        ++(isNew(event, line) ? report.stored : report.seenBefore);
+    }
+
+    void finish() {
+        sessions_.writeBack();
+        for (const auto& [provider, observedAt] : newestLive_) {
+            const auto stored = stored_.integrationHealth(provider);
+            auto record = stored;
+            record.noteLiveEvent(observedAt);
+            if (record != stored) stored_.setIntegrationHealth(provider, record);
+        }
+    }
+
+    IngestReport report;
+
+ private:
+    bool isNew(const AgentEvent& event, std::string_view line) {
         if (!event.sessionID) {
             noteLive(event);
             return store_.addEvent(event, line, std::nullopt, EventEffect::noSession);
         }
         auto& session = sessions_.entry({event.provider, *event.sessionID});
         auto result = reducer_.reduce(std::move(session.snapshot), event);
+        // Before it is known whether the event is new: its row refers to the session's. An event
+        // that is there already has made its session when it first came.
         if (!session.number) session.number = store_.addSession(*result.current);
         if (!store_.addEvent(event, line, session.number, result.effect)) {
             session.snapshot = std::move(result.previous);
@@ -63,24 +89,16 @@ class SegmentIngest {
         return true;
     }
 
-    void finish() {
-        sessions_.writeBack();
-        for (const auto& [provider, observedAt] : newestLive_) {
-            const auto stored = store_.integrationHealth(provider);
-            auto record = stored;
-            record.noteLiveEvent(observedAt);
-            if (record != stored) store_.setIntegrationHealth(provider, record);
-        }
-    }
-
- private:
     void decide(const AgentEvent& event, const ReductionResult& result) {
         if (result.current->key.isSetupCheck()) return;
         const auto decision = NotificationPolicy::decide(
             event, result, settings_.preferences, now_, settings_.calendar,
-            [this](const std::string& key) { return store_.lastDelivered(key); });
+            [this](const std::string& key) { return outbox_.lastDelivered(key); });
         if (const auto* deliver = std::get_if<NotificationDecision::Deliver>(&decision.outcome))
-            store_.addNotification(deliver->content, event.observedAt, now_);
+            outbox_.add(deliver->content, event.observedAt, now_, settings_.channels);
+        if (const auto* held = std::get_if<NotificationDecision::Suppressed>(&decision.outcome);
+            held != nullptr && held->reason == NotificationSuppression::staleBacklog)
+            report.missedSessions.insert(held->content.sessionStorageID);
     }
 
     void noteLive(const AgentEvent& event) {
@@ -90,48 +108,45 @@ class SegmentIngest {
     }
 
     const Ingest& settings_;
-    EventStore& store_;
+    SessionStore store_;
+    Outbox outbox_;
+    Settings stored_;
     Instant now_;
     SessionReducer reducer_{duplicateWindow};
     SessionCache sessions_;
     std::map<Provider, Instant> newestLive_;
 };
 
-std::string describe(const SpoolAccessError& error) {
-    if (const auto* spool = std::get_if<SpoolError>(&error)) return spool->diagnosticCode();
-    return std::get<FileError>(error).description();
+void add(IngestReport& sum, IngestReport part) {
+    sum.stored += part.stored;
+    sum.seenBefore += part.seenBefore;
+    sum.missedSessions.merge(part.missedSessions);
 }
 
 }  // namespace
 
-IngestReport Ingest::run(EventStore& store, Instant now) const {
+IngestReport Ingest::run(const EventSource& source, Database& database, Instant now) const {
     IngestReport report;
-    const auto files = drainer.claimPendingFiles();
-    if (!files) {
-        report.troubles.push_back("The spool could not be claimed: " + describe(files.error()) +
-                                  ". Its events are kept.");
+    const auto batches = source.claim();
+    if (!batches) {
+        report.troubles.push_back(batches.error().text());
         return report;
     }
-    for (const auto& file : *files) {
-        auto transaction = store.beginWriting();
-        SegmentIngest segment{*this, store, now};
-        IngestReport counted;
-        const auto invalidLines =
-            SpoolDrainer::forEachEvent(file, [&](const AgentEvent& event, std::string_view line) {
-                ++(segment.add(event, line) ? counted.stored : counted.seenBefore);
-            });
+    for (const auto& batch : *batches) {
+        auto transaction = database.beginWriting();
+        BatchIngest ingest{*this, database, now};
+        const auto invalidLines = batch.forEachEvent(
+            [&](const AgentEvent& event, std::string_view line) { ingest.add(event, line); });
         if (!invalidLines) {
-            report.troubles.push_back("The spool segment " + file.filename().string() +
-                                      " could not be read: " + invalidLines.error().description() +
-                                      ". It is kept.");
+            report.troubles.push_back("The " + batch.name + " could not be read: " +
+                                      invalidLines.error().description() + ". It is kept.");
             continue;
         }
-        segment.finish();
+        ingest.finish();
         transaction.commit();
-        SpoolDrainer::remove(file);
-
-        report.stored += counted.stored;
-        report.seenBefore += counted.seenBefore;
+        // Only now: until the commit the batch is the one place where its events are.
+        batch.remove();
+        add(report, std::move(ingest.report));
         report.invalidLines += *invalidLines;
     }
     return report;

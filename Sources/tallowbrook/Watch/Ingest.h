@@ -1,14 +1,15 @@
-// The step from the spool into the store: every claimed segment in one transaction.
+// The step from the sources of events into the store: every batch in one transaction.
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "EventBridge/SpoolDrainer.h"
 #include "Notifications/Calendar.h"
 #include "Notifications/NotificationPreferences.h"
-#include "Store/EventStore.h"
+#include "Store/Database.h"
+#include "Watch/EventSource.h"
 
 namespace tallowbrook::host {
 
@@ -17,19 +18,21 @@ struct IngestReport {
     std::int64_t seenBefore = 0;        // delivered a second time, and skipped
     std::int64_t invalidLines = 0;      // no events, and skipped
     std::vector<std::string> troubles;  // whole sentences; what they name was kept for later
+    // The sessions, by storage id, of what would have been told had it not come too late.
+    std::set<std::string> missedSessions;
     bool operator==(const IngestReport&) const = default;
 };
 
 struct Ingest {
-    SpoolDrainer drainer;
     NotificationPreferences preferences;
     Calendar calendar;
+    std::vector<std::string> channels;  // that are to tell what is due
 
-    // Claims what the spool holds and stores it, oldest first: the events, the sessions as they
-    // are then, and the notifications that are due at `now`. A segment is removed once its
+    // Claims what the source holds and stores it, oldest first: the events, the sessions as they
+    // are then, and the notifications that are due at `now`. A batch is removed once its
     // transaction is committed; one that cannot be read is kept and does not stop the others.
-    // Throws SQLite::Exception when the store fails: that segment and those behind it stay.
-    IngestReport run(EventStore& store, Instant now) const;
+    // Throws SQLite::Exception when the database fails: that batch and those behind it stay.
+    IngestReport run(const EventSource& source, Database& database, Instant now) const;
 };
 
 }  // namespace tallowbrook::host

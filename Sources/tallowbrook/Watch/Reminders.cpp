@@ -1,34 +1,79 @@
 #include "Watch/Reminders.h"
 
+#include <algorithm>
+
 #include "Notifications/ReminderPolicy.h"
+#include "Preferences/HostSettings.h"
+#include "Store/SessionStore.h"
 
 namespace tallowbrook::host {
 namespace {
 
 // The count of the waiting period that the session is in.
-ReminderCount countOf(const SessionSnapshot& session, EventStore& store) {
-    const auto stored = store.reminderCount(session.key);
+ReminderCount countOf(const SessionSnapshot& session, Outbox& outbox) {
+    const auto stored = outbox.reminderCount(session.key);
     if (stored && stored->waitingSince == session.statusSince) return *stored;
     return {.waitingSince = session.statusSince};
 }
 
+Instant after(Instant start, Seconds span) {
+    return start + std::chrono::ceil<Instant::duration>(span);
+}
+
+// When the hours are over, by the clock on the wall; where that clock is changed meanwhile the next
+// look comes to another answer.
+Instant endOf(const QuietHours& hours, Instant now, const Calendar& calendar) {
+    constexpr int minutesOfADay = 24 * 60;
+    const auto local = calendar.localTime(now);
+    const int minute = local.hour * 60 + local.minute;
+    const auto left = (static_cast<int>(hours.endMinute) - minute + minutesOfADay) % minutesOfADay;
+    return now + std::chrono::minutes{left > 0 ? left : minutesOfADay};
+}
+
 }  // namespace
 
-void Reminders::run(EventStore& store, Instant now) const {
-    for (const auto& session : store.sessions()) {
-        if (session.status != SessionStatus::needsAttention || session.key.isSetupCheck()) continue;
-        auto count = countOf(session, store);
-        if (Seconds{now - count.lastSentAt} < interval) continue;
-        const auto reminder =
-            ReminderPolicy::due(session, count.sent, interval, preferences, now, calendar);
-        if (!reminder) continue;
-        ++count.sent;
-        count.lastSentAt = now;
-        auto transaction = store.beginWriting();
-        store.addNotification(*reminder, now, now);
-        store.setReminderCount(session.key, count);
-        transaction.commit();
+Reminders::Outlook Reminders::look(Database& database, Instant now) const {
+    Outlook outlook;
+    if (interval <= Seconds{0}) return outlook;
+    Outbox outbox{database};
+    const auto shownSince = now - std::chrono::duration_cast<Instant::duration>(listedFor);
+    for (const auto& session : SessionStore{database}.sessionsThatWait(shownSince)) {
+        if (session.key.isSetupCheck()) continue;
+        auto count = countOf(session, outbox);
+        if (Seconds{now - count.lastSentAt} >= interval) {
+            if (auto content = ReminderPolicy::due(session, count.sent, interval, preferences, now,
+                                                   calendar)) {
+                ++count.sent;
+                count.lastSentAt = now;
+                outlook.due.push_back({session.key, std::move(*content), count});
+            }
+        }
+        const auto next = nextLook(session, count, now);
+        if (next && (!outlook.next || *next < *outlook.next)) outlook.next = next;
     }
+    return outlook;
+}
+
+std::optional<Instant> Reminders::nextLook(const SessionSnapshot& session,
+                                           const ReminderCount& count, Instant now) const {
+    // Someone who wants none now says so again when that changes.
+    if (!preferences.enabled || preferences.paused || !preferences.notifyOnAttention)
+        return std::nullopt;
+    if (count.sent >= ReminderPolicy::maxReminders) return std::nullopt;
+    const auto earned = after(session.statusSince, interval * (count.sent + 1));
+    const auto apart = after(std::max(count.lastSentAt, session.statusSince), interval);
+    const auto next = std::max(earned, apart);
+    if (next > now) return next;
+    if (preferences.quietHours.contains(now, calendar))
+        return endOf(preferences.quietHours, now, calendar);
+    // It is due, and the system had no random bytes for its id.
+    return now + std::chrono::minutes{1};
+}
+
+void Reminders::tell(const DueReminder& reminder, Outbox& outbox, Instant now,
+                     const std::vector<std::string>& channels) {
+    outbox.add(reminder.content, now, now, channels);
+    outbox.setReminderCount(reminder.session, reminder.count);
 }
 
 }  // namespace tallowbrook::host

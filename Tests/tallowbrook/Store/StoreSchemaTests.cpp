@@ -39,14 +39,19 @@ constexpr const char* firstVersion = R"sql(
     CREATE INDEX notifications_pending ON notifications (number) WHERE state = 'pending';
     CREATE TABLE settings (key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
 
-    INSERT INTO sessions VALUES (4, 'claudeCode|S1', '{"snapshot":1}');
+    INSERT INTO sessions VALUES
+        (4, 'claudeCode|S1',
+         '{"lastSeenAt":"2026-11-15T03:30:55.123Z","status":"needsAttention"}'),
+        (5, 'claudeCode|S2', 'damaged');
     INSERT INTO events VALUES
         (7, x'00112233445566778899AABBCCDDEEFF', 4, 1700000000000001, 'applied', '{"event":1}'),
         (9, x'FF112233445566778899AABBCCDDEEFF', NULL, 1600000000000002, 'noSession', '{"e":2}');
     INSERT INTO notifications VALUES
         (3, x'00112233445566778899AABBCCDDEEFF', 'claudeCode|S1', 'completion', 'title', 'body',
          'claudeCode|S1|completion', 1, 1700000000000001, 1700000000000003, 'told',
-         1700000000000004);
+         1700000000000004),
+        (4, x'FF112233445566778899AABBCCDDEEFF', 'claudeCode|S1', 'attention', 'title', 'body',
+         'claudeCode|S1|attention', 0, 1700000000000005, 1700000000000006, 'pending', NULL);
     INSERT INTO settings VALUES ('k', 'v');
     PRAGMA user_version = 1;
 )sql";
@@ -74,20 +79,31 @@ std::vector<std::string> rowsOf(SQLite::Database& database, const std::string& t
     return rows;
 }
 
-TEST(StoreSchema, ofTheFirstVersionBecomesTheSecondWithEveryRowAsItWas) {
+TEST(StoreSchema, ofTheFirstVersionKeepsEveryRow) {
     auto database = inMemory();
     database.exec(firstVersion);
     std::map<std::string, std::vector<std::string>> before;
-    for (const std::string table : {"sessions", "events", "notifications", "settings"}) {
-        before[table] = rowsOf(database, table);
-        EXPECT_FALSE(before[table].empty());
-    }
+    for (const std::string table : {"events", "settings"}) before[table] = rowsOf(database, table);
     StoreSchema::migrate(database);
     EXPECT_EQ(StoreSchema::version(database), StoreSchema::currentVersion());
     for (const auto& [table, rows] : before) EXPECT_EQ(rowsOf(database, table), rows) << table;
     EXPECT_EQ(before["events"].front(),
               "7|X'00112233445566778899AABBCCDDEEFF'|4|1700000000000001|'applied'|"
               "'{\"event\":1}'");
+    EXPECT_EQ(rowsOf(database, "sessions"),
+              (std::vector<std::string>{
+                  "4|'claudeCode|S1'|'{\"lastSeenAt\":\"2026-11-15T03:30:55.123Z\","
+                  "\"status\":\"needsAttention\"}'|1794713455123000|'needsAttention'",
+                  "5|'claudeCode|S2'|'damaged'|0|''"}));
+    EXPECT_EQ(rowsOf(database, "notifications"),
+              (std::vector<std::string>{
+                  "3|X'00112233445566778899AABBCCDDEEFF'|'claudeCode|S1'|'completion'|'title'|"
+                  "'body'|'claudeCode|S1|completion'|1|1700000000000001|1700000000000003",
+                  "4|X'FF112233445566778899AABBCCDDEEFF'|'claudeCode|S1'|'attention'|'title'|"
+                  "'body'|'claudeCode|S1|attention'|0|1700000000000005|1700000000000006"}));
+    EXPECT_EQ(rowsOf(database, "deliveries"),
+              (std::vector<std::string>{"3|'lines'|'told'|1|1700000000000003|1700000000000004|3",
+                                        "4|'lines'|'pending'|0|1700000000000006|NULL|NULL"}));
 
     const std::string insert = "INSERT INTO events (id, observed_at, effect, record) VALUES ";
     const std::string id = "x'00112233445566778899AABBCCDDEEFF'";
@@ -101,8 +117,8 @@ TEST(StoreSchema, isMadeFromNothing) {
     EXPECT_EQ(StoreSchema::version(database), 0);
     StoreSchema::migrate(database);
     EXPECT_EQ(StoreSchema::version(database), StoreSchema::currentVersion());
-    EXPECT_EQ(tables(database), (std::set<std::string>{"events", "notifications", "reminders",
-                                                       "sessions", "settings"}));
+    EXPECT_EQ(tables(database), (std::set<std::string>{"deliveries", "events", "notifications",
+                                                       "reminders", "sessions", "settings"}));
 }
 
 TEST(StoreSchema, thatIsCurrentIsLeftAlone) {

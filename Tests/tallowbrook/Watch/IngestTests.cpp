@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "DatabaseAtHome.h"
 #include "EventBridge/SpoolFileName.h"
 #include "Preferences/HostSettings.h"
-#include "StoreAtHome.h"
 #include "Support/FileContents.h"
 #include "Support/LockHolder.h"
 
@@ -18,7 +18,7 @@ using Titles = std::vector<std::string>;
 
 IngestReport report(std::int64_t stored, std::int64_t seenBefore = 0,
                     std::int64_t invalidLines = 0) {
-    return {stored, seenBefore, invalidLines, {}};
+    return {stored, seenBefore, invalidLines, {}, {}};
 }
 
 // A spool and a store on one home.
@@ -36,7 +36,8 @@ class IngestIntoStore : public testing::Test {
     }
 
     IngestReport run(Instant now = sampleTime) {
-        return Ingest{{home.paths}, preferences, calendar}.run(store, now);
+        return Ingest{preferences, calendar, lines}.run(EventSource::spool({home.paths}), database,
+                                                        now);
     }
 
     std::size_t segments() const {
@@ -45,7 +46,7 @@ class IngestIntoStore : public testing::Test {
 
     Titles pending() {
         Titles titles;
-        for (const auto& notification : store.pendingNotifications())
+        for (const auto& [notification, attempts, dueAt] : Outbox{database}.pending("lines"))
             titles.push_back(notification.content.title + ": " + notification.content.body);
         return titles;
     }
@@ -61,8 +62,9 @@ class IngestIntoStore : public testing::Test {
             " BEGIN SELECT RAISE(ABORT, 'refused'); END");
     }
 
-    StoreAtHome home;
-    EventStore store = home.open();
+    DatabaseAtHome home;
+    Database database = home.open();
+    SessionStore store{database};
     NotificationPreferences preferences = defaultPreferences();
     Calendar calendar = Calendar::fixed(minutes{0});
 };
@@ -117,7 +119,7 @@ TEST_F(IngestIntoStore, keepsAnEventsLineAsItWasRead) {
 TEST_F(IngestIntoStore, beginsASessionAnewWhoseRecordCannotBeRead) {
     segment(1, {event(1, "UserPromptSubmit", EventCategory::promptSubmitted)});
     EXPECT_EQ(run(), report(1));
-    home.database().exec("UPDATE sessions SET snapshot = 'damaged'");
+    home.execute("UPDATE sessions SET snapshot = 'damaged'");
     segment(2, {permission(2)});
     EXPECT_EQ(run(), report(1));
     EXPECT_EQ(segments(), 0U);
@@ -195,7 +197,7 @@ TEST_F(IngestIntoStore, changesNothingWhenTheStoreFailsInTheMiddle) {
     EXPECT_EQ(store.sessions(), sessions);
     EXPECT_EQ(pending(), titles);
 
-    // The same store value goes on once the cause is gone.
+    // The same connection goes on once the cause is gone.
     home.execute("DROP TRIGGER refuse");
     EXPECT_EQ(run(), report(4));
     EXPECT_EQ(store.eventCount(), 5);
@@ -243,8 +245,9 @@ TEST_F(IngestIntoStore, leavesASpoolThatIsLockedForLater) {
     ASSERT_TRUE(holder.holds);
     IngestReport expected;
     expected.troubles = {"The spool could not be claimed: lock-timeout. Its events are kept."};
-    const Ingest impatient{{home.paths, Seconds{0}}, preferences, calendar};
-    EXPECT_EQ(impatient.run(store, sampleTime), expected);
+    const Ingest ingest{preferences, calendar, lines};
+    const auto impatient = EventSource::spool({home.paths, Seconds{0}});
+    EXPECT_EQ(ingest.run(impatient, database, sampleTime), expected);
     EXPECT_TRUE(exists(home.paths.activeSpoolFile()));
 }
 
@@ -287,8 +290,9 @@ TEST_F(IngestIntoStore, decidesByTheAgeOfTheEventNow) {
     late.id = numberedID(9);
     late.sessionID = "S2";
     segment(2, {late});
-    run(sampleTime + minutes{10} + std::chrono::microseconds{1});
+    const auto found = run(sampleTime + minutes{10} + std::chrono::microseconds{1});
     EXPECT_EQ(pending().size(), 1U);
+    EXPECT_EQ(found.missedSessions, std::set<std::string>{"claudeCode|S2"});
 }
 
 TEST_F(IngestIntoStore, decidesOnceForWhatIsAlreadyToBeTold) {

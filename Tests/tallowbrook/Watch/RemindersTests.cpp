@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "DatabaseAtHome.h"
 #include "Preferences/HostSettings.h"
-#include "StoreAtHome.h"
 #include "Support/SampleSnapshots.h"
 
 namespace tallowbrook::host {
@@ -12,23 +12,36 @@ namespace {
 using std::chrono::minutes;
 
 struct WaitingSession : testing::Test {
-    StoreAtHome home;
-    std::optional<EventStore> store = home.open();
+    DatabaseAtHome home;
+    std::optional<Database> database = home.open();
     SessionSnapshot session = [] {
         SessionSnapshot waiting = minimalSnapshot();
         waiting.status = SessionStatus::needsAttention;
         waiting.attention = AttentionKind::permission;
+        waiting.lastSeenAt = waiting.statusSince;
         return waiting;
     }();
-    std::int64_t number = store->addSession(session);
+    std::int64_t number = SessionStore{*database}.addSession(session);
     Reminders reminders{minutes{10}, defaultPreferences(),
                         Calendar::fixed(std::chrono::minutes{0})};
 
     // How many reminders are in the outbox after looking at these minutes of waiting.
     int afterLookingAt(std::initializer_list<int> waited) {
-        for (const int minute : waited)
-            reminders.run(*store, session.statusSince + minutes{minute});
+        for (const int minute : waited) {
+            const Instant now = session.statusSince + minutes{minute};
+            Outbox outbox{*database};
+            for (const auto& due : reminders.look(*database, now).due)
+                Reminders::tell(due, outbox, now, lines);
+        }
         return home.rows("notifications");
+    }
+
+    // How many minutes after the wait began the next look is wanted, as seen at `waited`.
+    std::optional<double> nextLookSeenAt(int waited) {
+        const Instant now = session.statusSince + minutes{waited};
+        const auto next = reminders.look(*database, now).next;
+        if (!next) return std::nullopt;
+        return std::chrono::duration<double, std::ratio<60>>(*next - session.statusSince).count();
     }
 };
 
@@ -42,8 +55,8 @@ TEST_F(WaitingSession, isRemindedOfEachTimeTheIntervalHasPassed) {
 
 TEST_F(WaitingSession, isNotRemindedOfAgainAfterARestart) {
     EXPECT_EQ(afterLookingAt({10}), 1);
-    store.reset();
-    store = home.open();
+    database.reset();
+    database = home.open();
     EXPECT_EQ(afterLookingAt({10, 12}), 1);
     EXPECT_EQ(afterLookingAt({20}), 2);
 }
@@ -56,7 +69,7 @@ TEST_F(WaitingSession, thatWaitedWhileNoHostRanIsRemindedOfOnceAtATime) {
 TEST_F(WaitingSession, thatAsksAnewIsCountedAnew) {
     EXPECT_EQ(afterLookingAt({10, 20, 30, 40}), 3);
     session.statusSince += minutes{60};
-    store->updateSession(number, session);
+    SessionStore{*database}.updateSession(number, session);
     EXPECT_EQ(afterLookingAt({5}), 3);
     EXPECT_EQ(afterLookingAt({10}), 4);
 }
@@ -71,10 +84,44 @@ TEST_F(WaitingSession, isNotRemindedOfWhileTheUserWantsNone) {
     EXPECT_EQ(afterLookingAt({21}), 1);
 }
 
-TEST_F(WaitingSession, ofTheSetupIsNobodysConcern) {
+TEST_F(WaitingSession, ofTheSetupEarnsNoReminder) {
     session.key.sessionID = std::string{setupCheckPrefix} + "1";
-    store->addSession(session);
+    SessionStore{*database}.addSession(session);
     EXPECT_EQ(afterLookingAt({10}), 1);
+}
+
+TEST_F(WaitingSession, thatNoListShowsAnyMoreEarnsNoReminder) {
+    constexpr int day = 24 * 60;
+    session.statusSince -= minutes{3 * day};
+    EXPECT_EQ(afterLookingAt({4 * day + 1}), 0);
+    EXPECT_EQ(afterLookingAt({4 * day}), 1);
+}
+
+TEST_F(WaitingSession, saysWhenToLookAgain) {
+    EXPECT_EQ(nextLookSeenAt(0), 10);
+    EXPECT_EQ(nextLookSeenAt(9), 10);
+    afterLookingAt({10});
+    EXPECT_EQ(nextLookSeenAt(10), 20);
+    afterLookingAt({25});
+    EXPECT_EQ(nextLookSeenAt(25), 35) << "an interval apart";
+    afterLookingAt({35});
+    EXPECT_EQ(nextLookSeenAt(35), std::nullopt) << "it has earned all";
+}
+
+TEST_F(WaitingSession, isLookedAtAgainWhenTheQuietHoursEnd) {
+    // The wait begins at 3:30:55.
+    reminders.preferences.quietHours = QuietHours{true, 3 * 60, 5 * 60};
+    EXPECT_EQ(nextLookSeenAt(5), 10);
+    EXPECT_EQ(afterLookingAt({10}), 0);
+    EXPECT_EQ(nextLookSeenAt(10), 90);
+    EXPECT_EQ(afterLookingAt({90}), 1);
+}
+
+TEST_F(WaitingSession, isNotLookedAtAgainWhileTheUserWantsNone) {
+    reminders.preferences.notifyOnAttention = false;
+    EXPECT_EQ(nextLookSeenAt(10), std::nullopt);
+    reminders.interval = minutes{0};
+    EXPECT_EQ(nextLookSeenAt(10), std::nullopt);
 }
 
 }  // namespace

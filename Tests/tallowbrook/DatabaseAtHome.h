@@ -1,4 +1,4 @@
-// A store on a data home of its own, and what tests put into it.
+// A database on a data home of its own, and what tests put into it.
 #pragma once
 
 #include <SQLiteCpp/Database.h>
@@ -6,32 +6,35 @@
 
 #include <string>
 
-#include "Store/EventStore.h"
+#include "Store/Database.h"
+#include "Store/Outbox.h"
+#include "Store/SessionStore.h"
+#include "Store/Settings.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
 
 namespace tallowbrook::host {
 
-struct StoreAtHome {
+struct DatabaseAtHome {
     TemporaryDirectory directory;
     TallowbrookPaths paths{directory.path / "data"};
 
-    EventStore open() const {
-        auto store = EventStore::open(paths);
-        if (!store) throw SQLite::Exception(store.error());
-        return std::move(*store);
+    Database open() const {
+        auto database = Database::open(paths);
+        if (!database) throw SQLite::Exception(database.error().text());
+        return std::move(*database);
     }
 
-    // A second connection, to do what the store has no operation for.
-    SQLite::Database database() const {
+    // A second connection, to do what the stores have no operation for.
+    SQLite::Database connection() const {
         return SQLite::Database{paths.databaseFile().string(), SQLite::OPEN_READWRITE};
     }
-    void execute(const std::string& sql) const { database().exec(sql); }
+    void execute(const std::string& sql) const { connection().exec(sql); }
     std::string text(const std::string& query) const {
-        return database().execAndGet(query).getString();
+        return connection().execAndGet(query).getString();
     }
     int rows(const std::string& table) const {
-        return database().execAndGet("SELECT count(*) FROM " + table).getInt();
+        return connection().execAndGet("SELECT count(*) FROM " + table).getInt();
     }
 };
 
@@ -50,6 +53,9 @@ inline AgentEvent numberedEvent(std::uint8_t number) {
     event.cwd = "/Users/x/proj";
     return event;
 }
+
+// The channel of most tests.
+inline const std::vector<std::string> lines{"lines"};
 
 inline NotificationContent numberedContent(std::uint8_t number) {
     return {.kind = NotificationKind::completion,

@@ -1,0 +1,57 @@
+// A way to tell the user: what every channel offers, and nothing of how.
+//
+// A channel belongs to one thread. Beginning never waits: what becomes of a delivery comes back as
+// an event that bears the delivery's number, so that an answer that comes late finds its row.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Loop/PollLoop.h"
+#include "Notifications/NotificationPolicy.h"
+
+namespace tallowbrook::host {
+
+struct ChannelState {
+    bool isUsable = true;
+    std::string reason;      // why it is used, or why it cannot be
+    bool replaces = false;   // a later notification of a session takes the place of the earlier
+    bool withdraws = false;  // takes a notification back
+    bool clicks = false;     // tells when the user clicked one
+    bool toldTwiceHarms = false;  // a delivery that was cut off must not be begun again
+};
+
+struct Delivery {
+    std::int64_t number = 0;  // of the notification
+    NotificationContent content;
+};
+
+struct ChannelEvent {
+    enum class Kind {
+        handedOver,  // all that can be known: whether the user saw it stays open
+        failed,      // and may be tried again
+        refused,     // and will fail again
+        clicked,
+        closed,
+    };
+    Kind kind = Kind::handedOver;
+    std::int64_t delivery = 0;
+    bool operator==(const ChannelEvent&) const = default;
+};
+
+struct Channel {
+    std::string name;  // under which the outbox keeps its deliveries, for ever
+    std::function<ChannelState()> state;
+    std::function<void(const Delivery& delivery)> begin;
+    // Takes back what was told of a session; does nothing where the channel cannot.
+    std::function<void(const std::string& sessionStorageID)> withdraw;
+    // What has come of deliveries since the last call.
+    std::function<std::vector<ChannelEvent>()> takeEvents;
+    // What it waits for, where it does.
+    std::optional<PollSource> source;
+};
+
+}  // namespace tallowbrook::host

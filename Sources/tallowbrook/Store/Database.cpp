@@ -1,0 +1,102 @@
+#include "Store/Database.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+#include "Store/StoreSchema.h"
+#include "System/FileDescriptor.h"
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr std::chrono::milliseconds busyTimeout{5000};
+
+// SQLite gives its companion files the mode of the database, so that one must be right first.
+std::expected<void, FileError> makeOwnerOnlyFile(const std::filesystem::path& path) {
+    const FileDescriptor file{::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
+    if (!file.isOpen()) return std::unexpected(FileError{"open", errno});
+    if (fchmod(file.number(), 0600) != 0) return std::unexpected(FileError{"chmod", errno});
+    return {};
+}
+
+// The step into this mode does not wait for other processes as all else does, so it is tried again.
+void enterWALMode(SQLite::Database& database) {
+    const auto deadline = std::chrono::steady_clock::now() + busyTimeout;
+    while (database.tryExec("PRAGMA journal_mode = WAL") == SQLITE_BUSY) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            throw SQLite::Exception(database.getHandle());
+        std::this_thread::sleep_for(std::chrono::milliseconds{5});
+    }
+}
+
+}  // namespace
+
+Database::Database(std::unique_ptr<SQLite::Database> database) : database_{std::move(database)} {}
+
+std::expected<Database, Sentence> Database::open(const TallowbrookPaths& paths) {
+    const auto refuse = [&](const std::string& reason) {
+        return std::unexpected(Sentence{"The database " + paths.databaseFile().string() +
+                                        " cannot be opened: " + reason});
+    };
+    if (auto made = TallowbrookPaths::ensureDirectory(paths.home); !made)
+        return refuse(made.error().description());
+    if (auto made = makeOwnerOnlyFile(paths.databaseFile()); !made)
+        return refuse(made.error().description());
+    auto database =
+        std::make_unique<SQLite::Database>(paths.databaseFile().string(), SQLite::OPEN_READWRITE,
+                                           static_cast<int>(busyTimeout.count()));
+    if (StoreSchema::version(*database) > StoreSchema::currentVersion())
+        return refuse("it was written by a newer version of tallowbrook");
+    enterWALMode(*database);
+    // A segment is deleted once its events are committed, so a commit must survive a power cut.
+    database->exec("PRAGMA synchronous = FULL");
+    database->exec("PRAGMA foreign_keys = ON");
+    StoreSchema::migrate(*database);
+    return Database{std::move(database)};
+}
+
+bool Database::exists(const TallowbrookPaths& paths) {
+    struct stat status{};
+    // What cannot be looked at may well be there: opening it will tell the reason.
+    if (stat(paths.databaseFile().c_str(), &status) != 0) return errno != ENOENT;
+    // A program that is about to make the database has made an empty file first.
+    return status.st_size > 0;
+}
+
+SQLite::Transaction Database::beginWriting() {
+    // Not deferred: a transaction that began by reading cannot wait for another writer any more.
+    return SQLite::Transaction{*database_, SQLite::TransactionBehavior::IMMEDIATE};
+}
+
+void Database::ReleaseStatement::operator()(SQLite::Statement* statement) const {
+    // A failure was thrown by the step that met it, so what the reset says is old news.
+    statement->tryReset();
+    statement->clearBindings();
+}
+
+Database::StatementUse Database::prepared(const char* sql) {
+    auto found = statements_.find(sql);
+    if (found == statements_.end())
+        found = statements_.emplace(sql, SQLite::Statement{*database_, sql}).first;
+    return StatementUse{&found->second};
+}
+
+std::int64_t Database::lastInsertedRow() const { return database_->getLastInsertRowid(); }
+
+std::int64_t Database::dataVersion() {
+    const auto query = prepared("PRAGMA data_version");
+    return query->executeStep() ? query->getColumn(0).getInt64() : 0;
+}
+
+std::int64_t storedForm(Instant instant) { return instant.time_since_epoch().count(); }
+
+Instant instantOf(const SQLite::Column& column) {
+    return Instant{std::chrono::microseconds{column.getInt64()}};
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,64 @@
+// The host's database: one SQLite file in the data home, its tables, and the statements on it.
+//
+// `SessionStore`, `Outbox` and `Settings` say what lies in it. A value belongs to one thread; any
+// number of processes may open the same file. Everything but `open` throws SQLite::Exception when
+// the database fails. Transactions belong to the callers of the stores: a statement outside of one
+// is a transaction of its own.
+#pragma once
+
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/Transaction.h>
+
+#include <cstdint>
+#include <expected>
+#include <map>
+#include <memory>
+
+#include "Domain/Instant.h"
+#include "EventBridge/TallowbrookPaths.h"
+#include "Output/Sentence.h"
+
+namespace tallowbrook::host {
+
+class Database {
+ public:
+    // One of a home at a time in a process: closing a second one would give the locks of the first
+    // back (POSIX fcntl(2)). Creates the file, owner-only, and brings it to the current schema. A
+    // database of a newer program is refused and left as it is. Throws SQLite::Exception as well.
+    [[nodiscard]] static std::expected<Database, Sentence> open(const TallowbrookPaths& paths);
+
+    // Whether there is a database to open at all, for a caller that only looks.
+    static bool exists(const TallowbrookPaths& paths);
+
+    // A transaction that writes; waits for another process that writes, 5 s at most. Undone unless
+    // it is committed.
+    SQLite::Transaction beginWriting();
+
+    // Resets a statement at the end of its use. One that is not reset keeps its view of the
+    // database, and the write-ahead log could never be cut.
+    struct ReleaseStatement {
+        void operator()(SQLite::Statement* statement) const;
+    };
+    using StatementUse = std::unique_ptr<SQLite::Statement, ReleaseStatement>;
+
+    // Compiles a statement once. `sql` lives as long as the value, so it is a literal.
+    StatementUse prepared(const char* sql);
+
+    std::int64_t lastInsertedRow() const;
+
+    // Another number after another process has changed the file; reads no table.
+    std::int64_t dataVersion();
+
+ private:
+    explicit Database(std::unique_ptr<SQLite::Database> database);
+
+    std::unique_ptr<SQLite::Database> database_;
+    std::map<const char*, SQLite::Statement> statements_;
+};
+
+// How instants lie in the tables: microseconds since 1970-01-01 UTC.
+std::int64_t storedForm(Instant instant);
+Instant instantOf(const SQLite::Column& column);
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,90 @@
+// What is to be told to the user, and what was: a notification is stored once, with one row for
+// each channel that is to tell it, so that one dead channel stops no other.
+//
+// A view of a `Database`, which must outlive it; made where it is needed. Throws SQLite::Exception
+// when the database fails.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Notifications/NotificationPolicy.h"
+#include "Store/Database.h"
+
+namespace tallowbrook::host {
+
+struct StoredNotification {
+    std::int64_t number = 0;  // ascending in the order of the decisions
+    NotificationContent content;
+    Instant observedAt{};  // of the event behind it
+};
+
+// A notification that a channel has still to tell.
+struct OpenDelivery {
+    StoredNotification notification;
+    int attempts = 0;  // that failed
+    Instant dueAt{};   // not before then
+};
+
+// A notification that was told, with its place in the order of telling.
+struct ToldNotification {
+    StoredNotification notification;
+    std::int64_t place = 0;
+};
+
+// The reminders of one waiting period of a session.
+struct ReminderCount {
+    Instant waitingSince{};
+    int sent = 0;
+    Instant lastSentAt = distantPast;
+    bool operator==(const ReminderCount&) const = default;
+};
+
+class Outbox {
+ public:
+    explicit Outbox(Database& database) : database_{database} {}
+
+    // To be told by each of these channels, at once. The rows of all are made or none where the
+    // caller has a transaction.
+    void add(const NotificationContent& content, Instant observedAt, Instant decidedAt,
+             const std::vector<std::string>& channels);
+
+    // What the channel has still to tell, in the order of the decisions, and has not begun.
+    std::vector<OpenDelivery> pending(const std::string& channel);
+
+    // The channel is at it, and what comes of it will be known later.
+    void markBegun(std::int64_t notification, const std::string& channel);
+    void markTold(std::int64_t notification, const std::string& channel, Instant at);
+    // The attempt failed; the next one is made at `dueAt`.
+    void postpone(std::int64_t notification, const std::string& channel, Instant dueAt);
+    // It will not be told by this channel.
+    void markRefused(std::int64_t notification, const std::string& channel);
+
+    // At the start of a host. What the end of the last one has cut off is pending again, or refused
+    // where telling it twice would do harm. What was postponed is due at once: the new host may
+    // well have what the old one lacked.
+    void recover(const std::string& channel, bool mayRepeat);
+
+    // Gives up what no channel has told and whose event was observed before `time`; gives it once.
+    std::vector<StoredNotification> dropOlderThan(Instant time);
+
+    // When the user was last told of this key by any channel, or when that was last decided if it
+    // is still to come.
+    std::optional<Instant> lastDelivered(const std::string& dedupeKey);
+
+    // For a host that shows what another one tells: each notification once, at its first telling,
+    // in the order of telling, behind this place.
+    std::vector<ToldNotification> toldSince(std::int64_t place);
+    std::int64_t newestPlace();  // 0 for none
+
+    std::optional<ReminderCount> reminderCount(const SessionKey& key);
+    void setReminderCount(const SessionKey& key, const ReminderCount& count);
+
+ private:
+    Database& database_;
+};
+
+}  // namespace tallowbrook::host

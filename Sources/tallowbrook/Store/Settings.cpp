@@ -1,0 +1,90 @@
+#include "Store/Settings.h"
+
+#include <charconv>
+
+#include "Domain/RecordCoding.h"
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr const char* preferencesKey = "notificationPreferences";
+constexpr const char* reminderIntervalKey = "reminderIntervalMinutes";
+constexpr const char* waitingCycleKey = "waitingCycle";
+
+std::string healthKey(Provider provider) {
+    return "integrationHealth." + std::string{rawValue(provider)};
+}
+
+}  // namespace
+
+std::optional<std::string> Settings::value(const std::string& key) {
+    const auto query = database_.prepared("SELECT value FROM settings WHERE key = ?");
+    query->bind(1, key);
+    if (!query->executeStep()) return std::nullopt;
+    return query->getColumn(0).getString();
+}
+
+void Settings::setValue(const std::string& key, const std::string& value) {
+    const auto insert =
+        database_.prepared("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)");
+    insert->bind(1, key);
+    insert->bind(2, value);
+    insert->exec();
+}
+
+std::optional<NotificationPreferences> Settings::preferences() {
+    const auto stored = value(preferencesKey);
+    if (!stored) return std::nullopt;
+    auto decoded = NotificationPreferencesCoding::decode(*stored);
+    if (!decoded) return std::nullopt;
+    return *decoded;
+}
+
+void Settings::setPreferences(const NotificationPreferences& preferences) {
+    setValue(preferencesKey, NotificationPreferencesCoding::encode(preferences));
+}
+
+std::optional<std::chrono::minutes> Settings::reminderInterval() {
+    const auto stored = value(reminderIntervalKey);
+    if (!stored) return std::nullopt;
+    int minutes = 0;
+    const auto [end, error] =
+        std::from_chars(stored->data(), stored->data() + stored->size(), minutes);
+    if (error != std::errc{} || end != stored->data() + stored->size()) return std::nullopt;
+    return std::chrono::minutes{minutes};
+}
+
+void Settings::setReminderInterval(std::chrono::minutes interval) {
+    setValue(reminderIntervalKey, std::to_string(interval.count()));
+}
+
+WaitingCycle Settings::waitingCycle() {
+    const auto stored = value(waitingCycleKey);
+    auto decoder = RecordDecoder::parse(stored.value_or(""));
+    if (!decoder) return {};
+    WaitingCycle::Pick pick{decoder->text("id"), decoder->date("at")};
+    // A cycle that has picked nothing is stored as an object without members.
+    if (decoder->failure()) return {};
+    return {std::move(pick)};
+}
+
+void Settings::setWaitingCycle(const WaitingCycle& cycle) {
+    RecordEncoder encoder;
+    if (cycle.last) {
+        encoder.encode("id", cycle.last->id);
+        encoder.encode("at", cycle.last->at);
+    }
+    setValue(waitingCycleKey, encoder.text());
+}
+
+IntegrationHealthRecord Settings::integrationHealth(Provider provider) {
+    const auto stored = value(healthKey(provider));
+    if (!stored) return {};
+    return IntegrationHealthCoding::decode(*stored).value_or(IntegrationHealthRecord{});
+}
+
+void Settings::setIntegrationHealth(Provider provider, const IntegrationHealthRecord& record) {
+    setValue(healthKey(provider), IntegrationHealthCoding::encode(record));
+}
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,46 @@
+// What the host keeps by name: the user's preferences, and what it has to remember from run to run.
+//
+// A view of a `Database`, which must outlive it; made where it is needed. Throws SQLite::Exception
+// when the database fails. What is stored and cannot be read counts as never stored.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "Domain/AgentEvent.h"
+#include "Integrations/IntegrationHealth.h"
+#include "Notifications/NotificationPreferences.h"
+#include "SessionState/WaitingCycle.h"
+#include "Store/Database.h"
+
+namespace tallowbrook::host {
+
+class Settings {
+ public:
+    explicit Settings(Database& database) : database_{database} {}
+
+    // Absent until the user has stored some.
+    std::optional<NotificationPreferences> preferences();
+    void setPreferences(const NotificationPreferences& preferences);
+
+    // Zero: none. Absent until the user has chosen.
+    std::optional<std::chrono::minutes> reminderInterval();
+    void setReminderInterval(std::chrono::minutes interval);
+
+    // Where stepping through the waiting sessions has come to.
+    WaitingCycle waitingCycle();
+    void setWaitingCycle(const WaitingCycle& cycle);
+
+    // Empty until something is stored.
+    IntegrationHealthRecord integrationHealth(Provider provider);
+    void setIntegrationHealth(Provider provider, const IntegrationHealthRecord& record);
+
+ private:
+    std::optional<std::string> value(const std::string& key);
+    void setValue(const std::string& key, const std::string& value);
+
+    Database& database_;
+};
+
+}  // namespace tallowbrook::host

@@ -1,0 +1,25 @@
+// Hands what is in the outbox over to the channels, and writes down what came of it.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "Channels/Channel.h"
+#include "Store/Outbox.h"
+
+namespace tallowbrook::host {
+
+struct DeliveryOutlook {
+    bool failed = false;          // an attempt that was made now
+    std::optional<Instant> next;  // when the next attempt is due
+};
+
+// Writes down what has become of the channel's deliveries, then makes one attempt at each that is
+// pending and due, in the order of the decisions. Stops at the first that fails or is not due, so
+// that nothing is told before what was decided before it. `now` gives the time at each call. Throws
+// SQLite::Exception when the database fails; what was handed over and not written down is told
+// again.
+DeliveryOutlook deliver(const Channel& channel, Outbox& outbox,
+                        const std::function<Instant()>& now);
+
+}  // namespace tallowbrook::host

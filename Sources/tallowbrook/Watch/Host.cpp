@@ -1,0 +1,87 @@
+#include "Watch/Host.h"
+
+#include <poll.h>
+
+#include <algorithm>
+
+namespace tallowbrook::host {
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds leadersLook{2000};
+// No signal says that another host has stored what a signal announced.
+constexpr std::chrono::milliseconds onlookersLook{500};
+
+}  // namespace
+
+Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
+           Troubles::Say say)
+    : paths_{std::move(paths)},
+      channels_{std::move(channels)},
+      troubles_{std::move(say)},
+      watcher_{database, {EventSource::spool({paths_})}, channels_, troubles_},
+      onlooker_{database, channels_.front(), troubles_} {}
+
+std::expected<void, FileError> Host::tryToLead() {
+    auto lock = HostLock::tryAcquire(paths_);
+    if (!lock) return std::unexpected(lock.error());
+    lock_ = std::move(*lock);
+    return {};
+}
+
+bool Host::pass() {
+    nextLook_ = steady_clock::now() + (leads() ? leadersLook : onlookersLook);
+    if (!leads()) {
+        // Its last words may have come before its end was seen.
+        const bool ended = !HostLock::isHeld(paths_) && tryToLead() && leads();
+        const bool shown = onlooker_.pass();
+        if (!ended) return shown;
+        troubles_.sayOnce("The other host has ended; this one takes over.");
+        watcher_.takeOver();
+    }
+    // Before the pass: what is written meanwhile must look like news afterwards.
+    seenSpool_ = SpoolState::of(paths_);
+    return watcher_.pass();
+}
+
+void Host::attachTo(PollLoop& loop) {
+    // Without a working signal the clock alone wakes.
+    if (auto observer = SpoolSignal::Observer::start()) {
+        signal_ = std::move(*observer);
+        attachments_.push_back(loop.attach({
+            .interest =
+                [this] { return PollInterest{signal_->fileDescriptor(), POLLIN, std::nullopt}; },
+            .proceed =
+                [this](short) {
+                    // Of the other files in the signal's directory nothing is asked.
+                    if (signal_->consume() && leads()) pass();
+                },
+        }));
+    }
+    attachments_.push_back(loop.attach({
+        .interest = [this] { return clockInterest(); },
+        .proceed = [this](short) { lookAround(); },
+    }));
+    for (const auto& channel : channels_)
+        if (channel.source) attachments_.push_back(loop.attach(*channel.source));
+}
+
+PollInterest Host::clockInterest() const {
+    auto deadline = nextLook_;
+    if (const auto due = leads() ? watcher_.nextDue() : std::nullopt)
+        deadline = std::min(deadline, steady_clock::now() + (*due - currentInstant()));
+    return {-1, 0, deadline};
+}
+
+void Host::lookAround() {
+    const auto due = watcher_.nextDue();
+    const bool isDue = due && *due <= currentInstant();
+    if (!leads() || isDue || SpoolState::of(paths_) != seenSpool_) {
+        pass();
+        return;
+    }
+    nextLook_ = steady_clock::now() + leadersLook;
+}
+
+}  // namespace tallowbrook::host

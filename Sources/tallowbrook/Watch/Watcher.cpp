@@ -1,0 +1,130 @@
+#include "Watch/Watcher.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "Preferences/HostSettings.h"
+#include "Store/Outbox.h"
+#include "Watch/Absence.h"
+#include "Watch/Deliveries.h"
+#include "Watch/Ingest.h"
+#include "Watch/Reminders.h"
+
+namespace tallowbrook::host {
+namespace {
+
+// What could not be done is tried again: a lock is free by then, a disk has room.
+constexpr std::chrono::seconds timeToNextTry{2};
+constexpr const char* notTold =
+    "Standard output cannot be written. What is to be told is kept for the next try.";
+
+}  // namespace
+
+Watcher::Watcher(Database& database, std::vector<EventSource> sources,
+                 const std::vector<Channel>& channels, Troubles& troubles,
+                 WatcherOperations operations)
+    : database_{database},
+      sources_{std::move(sources)},
+      channels_{channels},
+      troubles_{troubles},
+      operations_{std::move(operations)} {}
+
+bool Watcher::pass() {
+    nextDue_.reset();
+    const bool done = troubles_.during([this] {
+        // Read anew each time: another process may have changed them.
+        const auto preferences = Settings{database_}.preferences().value_or(defaultPreferences());
+        const Instant now = operations_.now();
+        if (!hasBegun_)
+            for (const auto& channel : channels_)
+                Outbox{database_}.recover(channel.name, !channel.state().toldTwiceHarms);
+        ingest(preferences, now);
+        remind(preferences, now);
+        tellWhatWasMissed(preferences, now);
+        hasBegun_ = true;
+        deliverAll();
+    });
+    if (!done) passBy(operations_.now() + timeToNextTry);
+    return done;
+}
+
+void Watcher::ingest(const NotificationPreferences& preferences, Instant now) {
+    const Ingest ingest{preferences, operations_.calendar(), usableChannels()};
+    for (const auto& source : sources_) {
+        auto report = ingest.run(source, database_, now);
+        for (auto& trouble : report.troubles) troubles_.add(std::move(trouble));
+        if (report.invalidLines > 0)
+            troubles_.sayOnce(fmt::format("{} of the spool held no event and {} skipped.",
+                                          report.invalidLines == 1
+                                              ? "One line"
+                                              : fmt::format("{} lines", report.invalidLines),
+                                          report.invalidLines == 1 ? "was" : "were"));
+        missed_.merge(report.missedSessions);
+    }
+    const auto oldest =
+        now - std::chrono::duration_cast<Instant::duration>(preferences.maxEventAge);
+    for (const auto& dropped : Outbox{database_}.dropOlderThan(oldest))
+        missed_.insert(dropped.content.sessionStorageID);
+}
+
+void Watcher::remind(const NotificationPreferences& preferences, Instant now) {
+    const Reminders reminders{
+        Settings{database_}.reminderInterval().value_or(defaultReminderInterval), preferences,
+        operations_.calendar()};
+    const auto outlook = reminders.look(database_, now);
+    passBy(outlook.next);
+    if (outlook.due.empty()) return;
+
+    // Several at once can only have piled up: one line tells of all, and each counts as sent.
+    std::set<std::string> sessions = missed_;
+    for (const auto& reminder : outlook.due) sessions.insert(reminder.session.storageID());
+    const bool piledUp = !hasBegun_ && !missesNothing_ && sessions.size() > 1;
+    if (piledUp) missed_ = sessions;
+    Outbox outbox{database_};
+    auto transaction = database_.beginWriting();
+    for (const auto& reminder : outlook.due) {
+        if (piledUp) {
+            outbox.setReminderCount(reminder.session, reminder.count);
+        } else {
+            Reminders::tell(reminder, outbox, now, usableChannels());
+            // Its reminder says more of one session than a count.
+            missed_.erase(reminder.session.storageID());
+        }
+    }
+    transaction.commit();
+}
+
+void Watcher::tellWhatWasMissed(const NotificationPreferences& preferences, Instant now) {
+    const auto missed = std::exchange(missed_, {});
+    if (hasBegun_ || missesNothing_) return;
+    if (const auto content =
+            awayNotification(missed, preferences, database_, now, operations_.calendar())) {
+        auto transaction = database_.beginWriting();
+        Outbox{database_}.add(*content, now, now, usableChannels());
+        transaction.commit();
+    }
+}
+
+void Watcher::deliverAll() {
+    Outbox outbox{database_};
+    for (const auto& channel : channels_) {
+        const auto outlook = deliver(channel, outbox, operations_.now);
+        if (outlook.failed) troubles_.add(notTold);
+        passBy(outlook.next);
+    }
+}
+
+std::vector<std::string> Watcher::usableChannels() const {
+    std::vector<std::string> names;
+    for (const auto& channel : channels_)
+        if (channel.state().isUsable) names.push_back(channel.name);
+    return names;
+}
+
+void Watcher::passBy(std::optional<Instant> time) {
+    if (time && (!nextDue_ || *time < *nextDue_)) nextDue_ = time;
+}
+
+}  // namespace tallowbrook::host

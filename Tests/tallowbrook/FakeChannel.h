@@ -1,0 +1,63 @@
+// A channel of which a test decides what becomes of each delivery.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Channels/Channel.h"
+
+namespace tallowbrook::host {
+
+struct FakeChannel {
+    // What it answers at once to each delivery, from the first on; then it hands over.
+    enum class Answer { handsOver, fails, refuses, later };
+
+    struct State {
+        std::vector<std::string> heard;  // titles
+        std::vector<std::int64_t> begun;
+        std::vector<Answer> answers;
+        std::vector<ChannelEvent> events;
+        bool isUsable = true;
+        bool toldTwiceHarms = false;
+    };
+    std::shared_ptr<State> state = std::make_shared<State>();
+
+    Channel channel(const std::string& name = "lines") const {
+        return {
+            .name = name,
+            .state =
+                [state = state] {
+                    return ChannelState{.isUsable = state->isUsable,
+                                        .reason = "as the test wants it",
+                                        .toldTwiceHarms = state->toldTwiceHarms};
+                },
+            .begin = [state = state](const Delivery& delivery) { begin(*state, delivery); },
+            .withdraw = [](const std::string&) {},
+            .takeEvents = [state = state] { return std::exchange(state->events, {}); },
+            .source = std::nullopt,
+        };
+    }
+
+    std::vector<std::string> takeHeard() const { return std::exchange(state->heard, {}); }
+
+ private:
+    static void begin(State& state, const Delivery& delivery) {
+        auto answer = Answer::handsOver;
+        if (!state.answers.empty()) {
+            answer = state.answers.front();
+            state.answers.erase(state.answers.begin());
+        }
+        state.begun.push_back(delivery.number);
+        if (answer == Answer::later) return;
+        using Kind = ChannelEvent::Kind;
+        const auto kind = answer == Answer::fails     ? Kind::failed
+                          : answer == Answer::refuses ? Kind::refused
+                                                      : Kind::handedOver;
+        if (kind == Kind::handedOver) state.heard.push_back(delivery.content.title);
+        state.events.push_back({kind, delivery.number});
+    }
+};
+
+}  // namespace tallowbrook::host

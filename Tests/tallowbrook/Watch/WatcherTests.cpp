@@ -1,0 +1,213 @@
+#include "Watch/Watcher.h"
+
+#include <gtest/gtest.h>
+
+#include "DatabaseAtHome.h"
+#include "FakeChannel.h"
+#include "Preferences/HostSettings.h"
+#include "Support/SampleSnapshots.h"
+
+namespace tallowbrook::host {
+namespace {
+
+using std::chrono::minutes;
+using std::chrono::seconds;
+
+using Texts = std::vector<std::string>;
+
+AgentEvent eventOf(const std::string& session, EventCategory category, Instant at) {
+    static std::uint8_t number = 0;
+    AgentEvent event = numberedEvent(++number);
+    event.sessionID = session;
+    event.eventType = std::string{rawValue(category)};
+    event.category = category;
+    event.observedAt = at;
+    if (category == EventCategory::attentionRequested) event.attention = AttentionKind::permission;
+    return event;
+}
+
+// A watcher whose events, clock and channel are the test's.
+struct Watching : testing::Test {
+    DatabaseAtHome home;
+    Database database = home.open();
+    Instant now = sampleTime;
+    std::vector<AgentEvent> waiting;  // to be claimed with the next pass
+    std::expected<void, Sentence> source;
+    FakeChannel fake;
+    std::vector<Channel> channels{fake.channel()};
+    Texts said;
+    Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); }};
+
+    EventSource events() {
+        return {[this]() -> std::expected<std::vector<EventBatch>, Sentence> {
+            if (!source) return std::unexpected(source.error());
+            if (waiting.empty()) return {};
+            return std::vector{EventBatch{
+                .name = "batch",
+                .forEachEvent = [this](const SpoolDrainer::EventSink& take)
+                    -> std::expected<std::int64_t, FileError> {
+                    for (auto event : waiting) take(std::move(event), "{}");
+                    return 0;
+                },
+                .remove = [this] { waiting.clear(); },
+            }};
+        }};
+    }
+
+    Watcher makeWatcher() {
+        return Watcher{database,
+                       {events()},
+                       channels,
+                       troubles,
+                       {.now = [this] { return now; },
+                        .calendar = [] { return Calendar::fixed(minutes{0}); }}};
+    }
+
+    void storeWaiting(const std::string& id, Instant since) {
+        auto session = minimalSnapshot();
+        session.key.sessionID = id;
+        session.status = SessionStatus::needsAttention;
+        session.attention = AttentionKind::permission;
+        session.statusSince = session.lastSeenAt = since;
+        SessionStore{database}.addSession(session);
+    }
+
+    // What was told at last.
+    std::string lastBody() const {
+        return home.text("SELECT title || ': ' || body FROM notifications ORDER BY number DESC");
+    }
+};
+
+TEST_F(Watching, storesAndTellsInOnePass) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"});
+    EXPECT_TRUE(waiting.empty());
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_TRUE(fake.takeHeard().empty());
+}
+
+TEST_F(Watching, wakesForAReminderByItsOwnTime) {
+    auto watcher = makeWatcher();
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(watcher.nextDue(), std::nullopt) << "nothing waits";
+
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_EQ(watcher.nextDue(), sampleTime + minutes{10});
+    fake.takeHeard();
+    now = *watcher.nextDue();
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code is still waiting for permission"});
+    EXPECT_EQ(watcher.nextDue(), sampleTime + minutes{20});
+}
+
+TEST_F(Watching, tellsWhatPiledUpWhileNoHostRanInOneLine) {
+    for (const char* id : {"W1", "W2", "W3"}) storeWaiting(id, now - minutes{60});
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now - minutes{30}),
+               eventOf("S2", EventCategory::turnCompleted, now - minutes{20}),
+               eventOf("S3", EventCategory::turnFailed, now - minutes{20}),
+               eventOf("S4", EventCategory::attentionRequested, now - seconds{1})};
+    auto watcher = makeWatcher();
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), (Texts{"Claude Code needs permission", "While you were away"}));
+    EXPECT_EQ(lastBody(), "While you were away: 3 wait, 2 finished, 1 failed.");
+
+    // Each counts as reminded of: the next reminder comes an interval later.
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+    now += minutes{11};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard().size(), 4U);
+}
+
+TEST_F(Watching, tellsOfOneSessionThatWaitedByItsReminder) {
+    storeWaiting("W1", now - minutes{60});
+    auto watcher = makeWatcher();
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code is still waiting for permission"});
+}
+
+TEST_F(Watching, saysNothingOfSessionsThatNoListShows) {
+    storeWaiting("W1", now - std::chrono::hours{24 * 200});
+    storeWaiting("W2", now - std::chrono::hours{25});
+    auto watcher = makeWatcher();
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+    EXPECT_EQ(watcher.nextDue(), std::nullopt);
+}
+
+TEST_F(Watching, saysNothingOfAnAbsenceWhenItTakesOverOrTheUserWantsNone) {
+    for (const char* id : {"W1", "W2"}) storeWaiting(id, now - minutes{60});
+    auto preferences = defaultPreferences();
+    preferences.paused = true;
+    Settings{database}.setPreferences(preferences);
+    auto paused = makeWatcher();
+    paused.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+
+    Settings{database}.setPreferences(defaultPreferences());
+    auto successor = makeWatcher();
+    successor.takeOver();
+    successor.pass();
+    EXPECT_EQ(fake.takeHeard(), (Texts(2, "Claude Code is still waiting for permission")));
+}
+
+TEST_F(Watching, countsWhatNoChannelCouldTellInTimeAsMissed) {
+    fake.state->answers = {FakeChannel::Answer::fails};
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
+    makeWatcher().pass();
+    now += minutes{30};
+    makeWatcher().pass();
+    EXPECT_EQ(lastBody(), "While you were away: 1 finished.");
+}
+
+TEST_F(Watching, saysATroubleOnceForAsLongAsItLasts) {
+    auto watcher = makeWatcher();
+    source = std::unexpected(Sentence{"The spool could not be claimed"});
+    EXPECT_FALSE(watcher.pass());
+    EXPECT_EQ(watcher.nextDue(), now + seconds{2}) << "it is tried again";
+    EXPECT_FALSE(watcher.pass());
+    EXPECT_EQ(said, Texts{"The spool could not be claimed."});
+    source = {};
+    EXPECT_TRUE(watcher.pass());
+    source = std::unexpected(Sentence{"The spool could not be claimed"});
+    EXPECT_FALSE(watcher.pass());
+    EXPECT_EQ(said.size(), 2U);
+}
+
+TEST_F(Watching, keepsWhatTheDatabaseRefusesForTheNextPass) {
+    auto watcher = makeWatcher();
+    home.execute(
+        "CREATE TRIGGER refuse BEFORE INSERT ON events BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    EXPECT_FALSE(watcher.pass());
+    EXPECT_EQ(said, Texts{"The database failed: refused. The spool is kept."});
+    EXPECT_EQ(waiting.size(), 1U);
+
+    home.execute("DROP TRIGGER refuse");
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(fake.takeHeard().size(), 1U);
+}
+
+TEST_F(Watching, tellsByEveryChannelThatIsUsable) {
+    const FakeChannel other;
+    const FakeChannel broken;
+    broken.state->isUsable = false;
+    channels = {fake.channel(), other.channel("desktop"), broken.channel("broken")};
+    fake.state->answers = {FakeChannel::Answer::fails};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    auto watcher = makeWatcher();
+    EXPECT_FALSE(watcher.pass());
+    EXPECT_EQ(other.takeHeard().size(), 1U) << "a channel that fails stops no other";
+    EXPECT_EQ(home.text("SELECT group_concat(channel || ' ' || state) FROM deliveries"),
+              "desktop told,lines pending");
+    now = *watcher.nextDue();
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(fake.takeHeard().size(), 1U);
+    EXPECT_TRUE(other.takeHeard().empty());
+}
+
+}  // namespace
+}  // namespace tallowbrook::host
