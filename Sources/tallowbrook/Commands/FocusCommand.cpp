@@ -6,7 +6,7 @@
 
 #include "Commands/SessionChoice.h"
 #include "Commands/StoreCommand.h"
-#include "Focus/Focus.h"
+#include "Focus/SessionFocus.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
@@ -31,7 +31,7 @@ int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
     const int status = exitStatus(outcome.result);
     if (status == ExitStatus::failed) return StandardStreams::fail(outcome.sentence);
     const int shown =
-        StandardStreams::showAsResult(PrintableText::printable(outcome.sentence) + "\n");
+        StandardStreams::showAsResult(PrintableText::printable(outcome.sentence.text()) + "\n");
     return shown == ExitStatus::done ? status : shown;
 }
 

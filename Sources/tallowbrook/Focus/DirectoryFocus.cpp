@@ -22,7 +22,7 @@ FocusOutcome focusPane(const Tmux& tmux, const Tmux::Pane& pane) {
     return Tmux::selectedUnseen(pane);
 }
 
-// An editor window that may have the session, with the shell where that is known.
+// An editor window that may have the session, with the shell in it where that is known.
 struct EditorPlace {
     EditorWindow window;
     std::optional<pid_t> shellPid;
@@ -36,6 +36,7 @@ std::vector<EditorPlace> editorPlaces(const std::vector<EditorWindow>& windows,
         for (const pid_t shell : window.shellPids)
             if (operations.directoryOf(shell) == directory) places.push_back({window, shell});
     if (!places.empty()) return places;
+    // A shell that has gone elsewhere, or whose directory is not told, still has its window.
     for (const auto& window : windows)
         if (std::ranges::any_of(window.folders, [&](const std::string& folder) {
                 return isWithin(directory, folder);
@@ -51,9 +52,11 @@ FocusOutcome DirectoryFocus::focus(const std::string& directory) const {
     std::vector<Tmux::Pane> panes;
     if (tmux) panes = tmux->panes();
     std::erase_if(panes, [&](const Tmux::Pane& pane) { return pane.directory != directory; });
+    // A shell beside the agent's, in a split window, is what several panes mostly are.
     if (panes.size() > 1) {
         auto withAgent = panes;
-        std::erase_if(withAgent, [&](const Tmux::Pane& pane) { return !hasAgent(pane.tty); });
+        std::erase_if(withAgent,
+                      [&](const Tmux::Pane& pane) { return !hasAgent(pane.devicePath); });
         if (!withAgent.empty()) panes = std::move(withAgent);
     }
     const auto places =

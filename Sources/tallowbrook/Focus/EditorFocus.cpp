@@ -10,8 +10,8 @@
 namespace tallowbrook::host {
 namespace {
 
-// What nobody took must not act later, when something else was done instead. False when it has been
-// taken in the last moment.
+// A request that no extension took must not act later, when something else was done instead. False
+// when it has been taken in the last moment.
 bool withdraw(const std::filesystem::path& request) {
     return unlink(request.c_str()) == 0 || errno != ENOENT;
 }

@@ -64,6 +64,7 @@ bool Tmux::select(const Pane& pane) const {
 std::optional<std::string> Tmux::show(const Pane& pane) const {
     const auto lines = run({"list-clients", "-F", "#{session_id} #{client_tty}"});
     if (!lines) return std::nullopt;
+    // A client of another session would have to leave what its user looks at, so it comes second.
     std::optional<std::string> other;
     for (const auto& line : *lines) {
         const auto parts = split(line, 1);

@@ -15,7 +15,7 @@
 namespace tallowbrook::host {
 namespace {
 
-// Anything but a yes is a no, the end of the input too. Absent when nobody can be asked.
+// Anything but a yes is a no, the end of the input too. Absent when the question cannot be shown.
 std::optional<bool> agrees(const std::filesystem::path& file) {
     const auto question = fmt::format("Change {}? [y/N] ", PrintableText::printable(file.string()));
     if (StandardStreams::showAsResult(question) != ExitStatus::done) return std::nullopt;

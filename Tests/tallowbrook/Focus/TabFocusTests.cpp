@@ -20,14 +20,14 @@ struct FocusByTerminal : testing::Test {
     TallowbrookPaths paths{directory.path};
     FakeMachine machine;
 
-    FocusOutcome focus(const std::string& tty = "ttys003") {
+    FocusOutcome focus(const std::string& deviceName = "ttys003") {
         const auto operations = machine.operations();
-        return TabFocus{paths, operations}.focus(tty);
+        return TabFocus{paths, operations}.focus(deviceName);
     }
 
     // Process 700 hosts the terminal and is the application with this bundle identifier.
-    void hostBy(const std::string& bundle, const std::string& tty = "ttys003") {
-        machine.chains[tty] = {{800, "login"}, {700, "app"}};
+    void hostBy(const std::string& bundle, const std::string& deviceName = "ttys003") {
+        machine.chains[deviceName] = {{800, "login"}, {700, "app"}};
         machine.answers["/usr/bin/lsappinfo find pid=800"] = "\n";
         machine.answers["/usr/bin/lsappinfo find pid=700"] = "ASN:0x0-0x1:\n";
         machine.answers["/usr/bin/lsappinfo info -only bundleid ASN:0x0-0x1:"] =
@@ -35,8 +35,8 @@ struct FocusByTerminal : testing::Test {
     }
 
     void answerScript(TerminalApp app, const std::string& answer,
-                      const std::string& tty = "ttys003") {
-        machine.answers["/usr/bin/osascript -e " + focusScript(app, tty).value()] = answer;
+                      const std::string& deviceName = "ttys003") {
+        machine.answers["/usr/bin/osascript -e " + focusScript(app, deviceName).value()] = answer;
     }
 };
 
@@ -59,7 +59,7 @@ TEST_F(FocusByTerminal, saysWhenTheApplicationMayNotBeControlled) {
     hostBy("com.mitchellh.ghostty");
     const auto outcome = focus();
     EXPECT_EQ(outcome.result, nothing);
-    EXPECT_THAT(outcome.sentence, HasSubstr("may not allow it to be controlled"));
+    EXPECT_THAT(outcome.sentence.text(), HasSubstr("may not allow it to be controlled"));
 }
 
 TEST_F(FocusByTerminal, triesEveryApplicationThatRunsWhereNoOwnerIsKnown) {
@@ -100,7 +100,7 @@ TEST_F(FocusByTerminal, saysHowToAttachWhereNobodyShowsTheTmuxSession) {
     machine.answers[tmuxClients] = "";
     const auto outcome = focus("ttys009");
     EXPECT_EQ(outcome.result, instead);
-    EXPECT_THAT(outcome.sentence, HasSubstr("tmux attach -t '$1'"));
+    EXPECT_THAT(outcome.sentence.text(), HasSubstr("tmux attach -t '$1'"));
 }
 
 struct FocusInEditor : FocusByTerminal {
@@ -125,7 +125,7 @@ TEST_F(FocusInEditor, opensTheFolderWhereNobodyTakesTheRequest) {
     machine.answers["/usr/bin/open -b com.microsoft.VSCode /Users/x/proj"] = "";
     const auto outcome = focus();
     EXPECT_EQ(outcome.result, instead);
-    EXPECT_THAT(outcome.sentence, HasSubstr("/Users/x/proj was opened in it instead"));
+    EXPECT_THAT(outcome.sentence.text(), HasSubstr("/Users/x/proj was opened in it instead"));
     EXPECT_TRUE(std::filesystem::is_empty(paths.editorRequestsDirectory())) << "it may act later";
 }
 
@@ -134,7 +134,7 @@ TEST_F(FocusInEditor, withoutAWindowRecordPointsToTheExtension) {
     machine.answers["/usr/bin/open -b com.microsoft.VSCode"] = "";
     const auto outcome = focus();
     EXPECT_EQ(outcome.result, instead);
-    EXPECT_THAT(outcome.sentence, HasSubstr("vscode:extension/tallowbrook.tallowbrook"));
+    EXPECT_THAT(outcome.sentence.text(), HasSubstr("vscode:extension/tallowbrook.tallowbrook"));
 }
 
 }  // namespace
