@@ -17,6 +17,7 @@
 namespace tallowbrook::host {
 namespace {
 
+// Enough to show what keeps going wrong, and few enough to read through before pasting.
 constexpr std::size_t logLines = 10;
 
 void addStored(DiagnosticsReport& report, EventStore& store, Instant now) {
@@ -27,6 +28,7 @@ void addStored(DiagnosticsReport& report, EventStore& store, Instant now) {
              SessionList::make(store.sessions(), ListScope::all, now).sessions)
             ++report.sessionCountsByStatus[std::string{rawValue(session.status)}];
     } catch (const SQLite::Exception&) {
+        // Shown as unavailable, since half of the numbers would mislead.
         report.storedEventCount.reset();
     }
 }
@@ -52,6 +54,7 @@ void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
                                                        bundledHelper().value_or(""));
     for (const auto& agent : allAgents()) {
         auto detection = detector.detect(agent.provider);
+        // The detector does not know where the user has moved the file to.
         detection.hookConfigPath = agent.configFile.string();
         report.detections.push_back(std::move(detection));
 
@@ -76,6 +79,7 @@ int doctor(const TallowbrookPaths& paths) {
     report.appVersion = PayloadNormalizer::adapterVersion;
     report.helperVersion = PayloadNormalizer::adapterVersion;
     report.paths = paths;
+    // No permission is asked of the system for text in a terminal.
     report.notificationAuthorization = "not needed, printed in the terminal";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);

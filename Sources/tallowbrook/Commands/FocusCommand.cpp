@@ -29,6 +29,7 @@ int exitStatus(FocusOutcome::Result result) {
 int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
     const auto outcome = focusSession(session, paths);
     const int status = exitStatus(outcome.result);
+    // Standard output says what was done, standard error why nothing was.
     if (status == ExitStatus::failed) return StandardStreams::fail(outcome.sentence);
     const int shown =
         StandardStreams::showAsResult(PrintableText::printable(outcome.sentence.text()) + "\n");
@@ -48,6 +49,7 @@ int focus(const TallowbrookPaths& paths, const std::string& session) {
 int focusNext(const TallowbrookPaths& paths) {
     return withExistingStore(paths, [&](EventStore& store) {
         const Instant now = currentInstant();
+        // Only sessions that a list shows by default: one that has waited for days was given up.
         auto list = SessionList::make(store.sessions(), ListScope::recent, now);
         std::erase_if(list.sessions, [](const ListedSession& session) {
             return session.status != SessionStatus::needsAttention;
@@ -58,6 +60,7 @@ int focusNext(const TallowbrookPaths& paths) {
 
         auto cycle = store.waitingCycle();
         const auto id = cycle.next(waiting, now);
+        // Before focusing, which may take seconds: a second call meanwhile goes on from here.
         store.setWaitingCycle(cycle);
         if (!id) return StandardStreams::showAsResult("No session waits for you.\n");
         const auto place = std::ranges::find(waiting, *id) - waiting.begin();

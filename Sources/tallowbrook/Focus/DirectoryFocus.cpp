@@ -14,6 +14,7 @@ bool isWithin(const std::string& directory, const std::string& folder) {
            directory.starts_with(folder.ends_with('/') ? folder : folder + "/");
 }
 
+// Selects the pane even where no client shows it: it is then the first thing the user sees.
 FocusOutcome focusPane(const Tmux& tmux, const Tmux::Pane& pane) {
     if (!tmux.select(pane))
         return FocusOutcome::nothing(fmt::format("The tmux pane {} cannot be selected.", pane.id));

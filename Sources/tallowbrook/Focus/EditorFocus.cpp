@@ -28,6 +28,7 @@ FocusOutcome EditorFocus::reveal(const EditorWindow& window, pid_t shellPid) con
 }
 
 FocusOutcome EditorFocus::openWindow(const EditorWindow& window) const {
+    // To open what a window shows raises that window instead of making another.
     const auto target = window.openTarget();
     if (!target)
         return FocusOutcome::nothing(fmt::format(
@@ -42,6 +43,8 @@ FocusOutcome EditorFocus::openWindow(const EditorWindow& window) const {
 }
 
 const EditorApp& editorNamed(std::string_view appName) {
+    // Editors call themselves by longer names than the ones they are known by: "Visual Studio
+    // Code".
     const auto* found = &EditorBridge::editors.front();
     for (const auto& editor : EditorBridge::editors) {
         if (editor.name == appName) return editor;

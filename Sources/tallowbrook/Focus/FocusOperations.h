@@ -20,8 +20,9 @@ struct FocusOperations {
     std::function<std::optional<ProcessRunner::Result>(const std::string& path,
                                                        const std::vector<std::string>& arguments)>
         run;
-    // Where on PATH a program of this name lies.
+    // Where on PATH a program of this name lies; absent when there is none.
     std::function<std::optional<std::string>(std::string_view name)> findProgram;
+    // `TerminalHost::hostChain` and `TerminalHost::processesOnTTY`.
     std::function<std::vector<TerminalHost::Process>(const std::string& deviceName)> hostChain;
     std::function<std::vector<TerminalHost::ProcessPair>(const std::string& deviceName)>
         processesOnDevice;

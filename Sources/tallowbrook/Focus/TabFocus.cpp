@@ -63,6 +63,7 @@ FocusOutcome TabFocus::focusThroughTmux(const std::string& deviceName) const {
 FocusOutcome TabFocus::focusDirectly(const std::string& deviceName,
                                      const std::vector<TerminalHost::Process>& chain) const {
     const auto editors = EditorBridge::bundleIdentifiers();
+    // The nearest ancestor that is an application owns the device; shells between them are none.
     for (const auto& process : chain) {
         const auto bundle = bundleOf(process.pid);
         if (!bundle) continue;
@@ -76,6 +77,7 @@ FocusOutcome TabFocus::focusInApp(TerminalApp app, const std::string& deviceName
     const auto answer = runScript(app, deviceName);
     if (answer == "found")
         return FocusOutcome::focused(fmt::format("{} was brought to the front.", displayName(app)));
+    // A refusal by the system looks like any other failure of a script.
     const auto reason = answer == "missing"
                             ? "has no tab with the session's terminal"
                             : "could not be asked for the tab; the system may not allow it to be "
@@ -123,6 +125,7 @@ FocusOutcome TabFocus::tryEveryApp(const std::string& deviceName) const {
 }
 
 std::optional<std::string> TabFocus::bundleOf(pid_t pid) const {
+    // The tool knows the process by a serial number of its own.
     const auto serial = trimmed(output(applicationInfo, {"find", "pid=" + std::to_string(pid)}));
     if (serial.empty()) return std::nullopt;
     return lastQuoted(output(applicationInfo, {"info", "-only", "bundleid", serial}));

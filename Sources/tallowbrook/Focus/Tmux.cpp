@@ -45,6 +45,7 @@ std::optional<std::vector<std::string>> Tmux::run(std::vector<std::string> argum
 std::vector<Tmux::Pane> Tmux::panes() const {
     constexpr std::size_t words = 3;
     std::vector<Pane> panes;
+    // By ids, which hold no blanks; the directory may, and so comes last.
     const auto lines = run(
         {"list-panes", "-a", "-F", "#{pane_id} #{session_id} #{pane_tty} #{pane_current_path}"});
     if (!lines) return panes;

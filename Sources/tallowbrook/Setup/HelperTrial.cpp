@@ -21,6 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// The helper's own watchdog ends it after 3 s.
 constexpr std::chrono::seconds patience{5};
 constexpr std::chrono::milliseconds pollInterval{10};
 
@@ -63,6 +64,7 @@ std::expected<void, Sentence> runHelper(const TallowbrookPaths& paths,
 }
 
 void drainUnlessWatched(const TallowbrookPaths& paths, EventStore& store) {
+    // Two hosts must never drain at once; the one that watches stores the event as well.
     const auto lock = HostLock::tryAcquire(paths);
     if (!lock || !*lock) return;
     const auto preferences = store.preferences().value_or(defaultPreferences());
@@ -73,6 +75,7 @@ bool comesBack(const TallowbrookPaths& paths, const SessionKey& key, EventStore&
     const auto deadline = Clock::now() + patience;
     while (true) {
         drainUnlessWatched(paths, store);
+        // Only the store tells, since another host may have stored the event.
         if (store.session(key)) return true;
         if (Clock::now() >= deadline) return false;
         std::this_thread::sleep_for(pollInterval);
@@ -92,6 +95,7 @@ std::expected<void, Sentence> tryHelper(const TallowbrookPaths& paths, Provider 
         arguments.emplace_back("--home");
         arguments.push_back(paths.home.string());
     }
+    // A directory that every machine has.
     const auto payload = IntegrationSetup::testEventPayload(provider, key.sessionID, "/");
     if (auto ran = runHelper(paths, arguments, payload); !ran) return ran;
     if (!comesBack(paths, key, store))
