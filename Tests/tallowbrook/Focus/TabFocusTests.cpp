@@ -15,7 +15,7 @@ using testing::Contains;
 using testing::HasSubstr;
 using enum FocusOutcome::Result;
 
-struct FocusByTerminal : testing::Test {
+struct FocusByDevice : testing::Test {
     TemporaryDirectory directory;
     TallowbrookPaths paths{directory.path};
     FakeMachine machine;
@@ -40,13 +40,13 @@ struct FocusByTerminal : testing::Test {
     }
 };
 
-TEST_F(FocusByTerminal, asksTheApplicationThatOwnsIt) {
+TEST_F(FocusByDevice, asksTheApplicationThatOwnsIt) {
     hostBy("com.apple.Terminal");
     answerScript(TerminalApp::terminal, "found\n");
     EXPECT_EQ(focus(), FocusOutcome::focused("Terminal was brought to the front."));
 }
 
-TEST_F(FocusByTerminal, bringsTheApplicationForwardWhereTheTabIsMissing) {
+TEST_F(FocusByDevice, bringsTheApplicationForwardWhereTheTabIsMissing) {
     hostBy("com.googlecode.iterm2");
     answerScript(TerminalApp::iTerm2, "missing\n");
     machine.answers["/usr/bin/open -b com.googlecode.iterm2"] = "";
@@ -55,14 +55,14 @@ TEST_F(FocusByTerminal, bringsTheApplicationForwardWhereTheTabIsMissing) {
                            "brought to the front."));
 }
 
-TEST_F(FocusByTerminal, saysWhenTheApplicationMayNotBeControlled) {
+TEST_F(FocusByDevice, saysWhenTheApplicationMayNotBeControlled) {
     hostBy("com.mitchellh.ghostty");
     const auto outcome = focus();
     EXPECT_EQ(outcome.result, nothing);
     EXPECT_THAT(outcome.sentence.text(), HasSubstr("may not allow it to be controlled"));
 }
 
-TEST_F(FocusByTerminal, triesEveryApplicationThatRunsWhereNoOwnerIsKnown) {
+TEST_F(FocusByDevice, triesEveryApplicationThatRunsWhereNoOwnerIsKnown) {
     machine.answers["/usr/bin/lsappinfo find bundleid=com.googlecode.iterm2"] = "ASN:0x0-0x1:\n";
     answerScript(TerminalApp::iTerm2, "missing\n");
     answerScript(TerminalApp::terminal, "found\n");  // not running, so not asked
@@ -71,15 +71,15 @@ TEST_F(FocusByTerminal, triesEveryApplicationThatRunsWhereNoOwnerIsKnown) {
     EXPECT_EQ(focus(), FocusOutcome::focused("Ghostty was brought to the front."));
 }
 
-TEST_F(FocusByTerminal, saysWhenNoApplicationHasIt) { EXPECT_EQ(focus().result, nothing); }
+TEST_F(FocusByDevice, saysWhenNoApplicationHasIt) { EXPECT_EQ(focus().result, nothing); }
 
-TEST_F(FocusByTerminal, runsNoScriptForANameThatIsNoTerminal) {
+TEST_F(FocusByDevice, runsNoScriptForANameThatIsNoTerminal) {
     hostBy("com.apple.Terminal", "tty\"x");
     EXPECT_EQ(focus("tty\"x").result, nothing);
     EXPECT_THAT(machine.ran, testing::Not(Contains(HasSubstr("osascript"))));
 }
 
-TEST_F(FocusByTerminal, selectsTheTmuxPaneAndThenTheTerminalThatShowsIt) {
+TEST_F(FocusByDevice, selectsTheTmuxPaneAndThenTheTerminalThatShowsIt) {
     machine.chains["ttys009"] = {{900, "tmux"}};
     machine.programs = {"tmux"};
     machine.answers[tmuxPanes] = "%0 $1 /dev/ttys008 /tmp\n%1 $1 /dev/ttys009 /Users/x/my proj\n";
@@ -92,7 +92,7 @@ TEST_F(FocusByTerminal, selectsTheTmuxPaneAndThenTheTerminalThatShowsIt) {
         FocusOutcome::focused("The tmux pane %1 was selected. Terminal was brought to the front."));
 }
 
-TEST_F(FocusByTerminal, saysHowToAttachWhereNobodyShowsTheTmuxSession) {
+TEST_F(FocusByDevice, saysHowToAttachWhereNobodyShowsTheTmuxSession) {
     machine.chains["ttys009"] = {{900, "tmux"}};
     machine.programs = {"tmux"};
     machine.answers[tmuxPanes] = "%1 $1 /dev/ttys009 /tmp\n";
@@ -103,7 +103,7 @@ TEST_F(FocusByTerminal, saysHowToAttachWhereNobodyShowsTheTmuxSession) {
     EXPECT_THAT(outcome.sentence.text(), HasSubstr("tmux attach -t '$1'"));
 }
 
-struct FocusInEditor : FocusByTerminal {
+struct FocusInEditor : FocusByDevice {
     FocusInEditor() {
         hostBy("com.microsoft.VSCode");
         machine.processes["ttys003"] = {{850, 700}, {860, 850}};
