@@ -60,25 +60,20 @@ TEST(Health, ofAnUntouchedMachineWritesNothing) {
     EXPECT_EQ(home.tree(), before);
 }
 
-TEST(Health, waitsForTheFirstEventAfterTheSetup) {
-    const SetupHome home;
-    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
-    const auto result = home.host({"health"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.output, HasSubstr("Helper: current"));
-    EXPECT_THAT(result.output, HasSubstr("Claude Code: waiting"));
-}
+TEST(Health, waitsForTheFirstEventAfterTheSetupAndThenReceives) {
+    const HealthHome home;
+    const auto waiting = home.host({"health"});
+    EXPECT_EQ(waiting.status, 0);
+    EXPECT_THAT(waiting.output, HasSubstr("Helper: current"));
+    EXPECT_THAT(waiting.output, HasSubstr("Claude Code: waiting, for the first event since"));
 
-TEST(Health, isReceivingOnceALiveEventWasStored) {
-    const SetupHome home;
-    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
     home.claude("SessionStart");
     EXPECT_EQ(home.host({"watch", "--once"}).status, 0);
-    const auto result = home.host({"health", "--json"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.output, HasSubstr(R"("state":"receiving")"));
-    EXPECT_THAT(result.output, HasSubstr(R"("lastLiveEventAt":")"));
-    EXPECT_THAT(result.output, HasSubstr(R"("helper":"current")"));
+    const auto receiving = home.host({"health", "--json"});
+    EXPECT_EQ(receiving.status, 0);
+    EXPECT_THAT(receiving.output, HasSubstr(R"("state":"receiving")"));
+    EXPECT_THAT(receiving.output, HasSubstr(R"("lastLiveEventAt":")"));
+    EXPECT_THAT(receiving.output, HasSubstr(R"("helper":"current")"));
 }
 
 TEST(Health, isSilentWhenNothingHasComeForLongAfterTheSetup) {
@@ -93,7 +88,7 @@ TEST(Health, isSilentWhenNothingHasComeForLongAfterTheSetup) {
     EXPECT_EQ(home.stored(), record);
 }
 
-TEST(Health, remembersTheSetupWhileTheFileHasOnlySomeHooksOrCannotBeRead) {
+TEST(Health, saysWhatIsWrongWithTheHooksAndRemembersTheSetupMeanwhile) {
     const HealthHome home;
     const auto record = home.storeSilence();
     const auto whole = contentsOf(home.claudeFile);
@@ -103,16 +98,32 @@ TEST(Health, remembersTheSetupWhileTheFileHasOnlySomeHooksOrCannotBeRead) {
     stale.replace(stale.find("/Tallowbrook/bin/"), 17, "/gone/bin/");
     struct Row {
         std::string text;
-        std::string state;
+        std::string line;
+        std::string json;
     };
-    for (const auto& [text, state] :
-         {Row{whole + ",", "unreadable"}, Row{partial, "partial"}, Row{stale, "needs repair"}}) {
+    for (const auto& [text, line, json] : {
+             Row{partial, "partial, no hook for Stop (", R"("missingEvents":["Stop"])"},
+             Row{stale, "needs repair, one hook is out of date (", R"("staleHandlers":1)"},
+             Row{"[]", "unreadable, The file's top-level value",
+                 R"("error":"The file's top-level)"},
+         }) {
         writeContents(home.claudeFile, text);
-        EXPECT_THAT(home.host({"health"}).output, HasSubstr("Claude Code: " + state));
-        EXPECT_EQ(home.stored(), record) << state;
+        const auto result = home.host({"health", "claude-code"});
+        EXPECT_EQ(result.status, needsAttention);
+        EXPECT_THAT(result.output, HasSubstr("Claude Code: " + line));
+        EXPECT_THAT(result.output, Not(HasSubstr("Codex")));
+        EXPECT_THAT(home.host({"health", "--json"}).output, HasSubstr(json));
+        EXPECT_EQ(home.stored(), record) << line;
     }
-    writeContents(home.claudeFile, whole);
-    EXPECT_THAT(home.host({"health"}).output, HasSubstr("Claude Code: silent"));
+}
+
+TEST(Health, needsRepairWhereTheHelperIsGone) {
+    const HealthHome home;
+    std::filesystem::remove(home.paths.installedHelper());
+    const auto result = home.host({"health"});
+    EXPECT_EQ(result.status, needsAttention);
+    EXPECT_THAT(result.output, HasSubstr("Helper: missing"));
+    EXPECT_THAT(result.output, HasSubstr("Claude Code: needs repair, the helper cannot run"));
 }
 
 TEST(Health, forgetsTheSetupOnceTheHooksAreGone) {
@@ -182,46 +193,6 @@ TEST(Health, ofADatabaseThatIsNoneFailsAndMakesNothingUp) {
     EXPECT_THAT(report.output, HasSubstr("Stored events: unavailable"));
     EXPECT_THAT(report.output, Not(HasSubstr("integration waiting")));
     EXPECT_THAT(report.output, HasSubstr("integration not set up"));
-}
-
-TEST(Health, tellsWhichHooksAreMissing) {
-    const SetupHome home;
-    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
-    auto text = contentsOf(home.claudeFile);
-    text.replace(text.find("\"Stop\""), 6, "\"Halt\"");
-    writeContents(home.claudeFile, text);
-    const auto result = home.host({"health"});
-    EXPECT_EQ(result.status, needsAttention);
-    EXPECT_THAT(result.output, HasSubstr("Claude Code: partial, no hook for Stop"));
-    EXPECT_THAT(home.host({"health", "--json"}).output, HasSubstr(R"("missingEvents":["Stop"])"));
-}
-
-TEST(Health, needsRepairWhereAHookCallsAnotherHelper) {
-    const SetupHome home;
-    writeContents(home.claudeFile, R"({"hooks":{"Stop":[{"hooks":[{"type":"command",)"
-                                   R"("command":"/old/tallowbrook-hook claude-code"}]}]}})");
-    const auto result = home.host({"health"});
-    EXPECT_EQ(result.status, needsAttention);
-    EXPECT_THAT(result.output, HasSubstr("Claude Code: needs repair, one hook is out of date"));
-}
-
-TEST(Health, needsRepairWhereTheHelperIsGone) {
-    const SetupHome home;
-    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
-    std::filesystem::remove(home.paths.installedHelper());
-    const auto result = home.host({"health"});
-    EXPECT_EQ(result.status, needsAttention);
-    EXPECT_THAT(result.output, HasSubstr("Helper: missing"));
-    EXPECT_THAT(result.output, HasSubstr("Claude Code: needs repair, the helper cannot run"));
-}
-
-TEST(Health, namesAFileThatCannotBeRead) {
-    const SetupHome home;
-    writeContents(home.claudeFile, "[]");
-    const auto result = home.host({"health", "claude-code"});
-    EXPECT_EQ(result.status, needsAttention);
-    EXPECT_THAT(result.output, HasSubstr("Claude Code: unreadable, The file's top-level value"));
-    EXPECT_THAT(result.output, Not(HasSubstr("Codex")));
 }
 
 }  // namespace

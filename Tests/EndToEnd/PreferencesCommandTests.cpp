@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "TestHome.h"
 
 namespace tallowbrook {
@@ -11,15 +13,30 @@ bool contains(const std::string& text, const std::string& part) {
 
 TEST(Preferences, areShownAndChanged) {
     const TestHome home;
-    const ProgramResult shown = home.host({"preferences"});
-    EXPECT_EQ(shown.status, 0);
-    EXPECT_EQ(shown.errors, "");
-    EXPECT_TRUE(contains(shown.output, "notifyOnCompletion   on ")) << shown.output;
+    const std::string before =
+        "enabled              on           notifications at all\n"
+        "paused               off          hold them back for now\n"
+        "notifyOnAttention    on           when a session needs permission or input\n"
+        "notifyOnCompletion   on           when a turn completes\n"
+        "notifyOnFailure      on           when a turn fails\n"
+        "quietHours           off          tell nothing in these hours, such as 22:00-07:00\n"
+        "dedupeInterval       5            seconds in which the same is told once\n"
+        "maxEventAge          600          seconds after which an event is too old to tell\n"
+        "playSound            on           with a sound\n"
+        "reminderInterval     10           minutes of waiting after which you are reminded: off, "
+        "5, 10, 15 or 30\n";
+    EXPECT_EQ(home.host({"preferences"}), (ProgramResult{.status = 0, .output = before}));
 
-    const ProgramResult changed = home.host({"preferences", "notifyOnCompletion", "off"});
-    EXPECT_EQ(changed.status, 0);
-    EXPECT_TRUE(contains(changed.output, "notifyOnCompletion   off")) << changed.output;
-    EXPECT_EQ(home.host({"preferences"}), changed);
+    auto after = before;
+    for (const auto& [name, former, value] :
+         {std::array{"quietHours", "off        ", "22:15-06:45"},
+          std::array{"reminderInterval", "10", "30"}, std::array{"playSound", "on ", "off"}}) {
+        const auto place = after.find(former, after.find(name));
+        after.replace(place, std::string{former}.size(), value);
+        const ProgramResult expected{.status = 0, .output = after};
+        EXPECT_EQ(home.host({"preferences", name, value}), expected);
+        EXPECT_EQ(home.host({"preferences"}), expected);
+    }
 }
 
 TEST(Preferences, decideWhatIsTold) {

@@ -137,16 +137,5 @@ TEST(Watch, remindsNobodyWhoSwitchedRemindersOff) {
     EXPECT_THAT(home.host({"watch", "--once"}).output, Not(HasSubstr("still waiting")));
 }
 
-TEST(Preferences, offerTheIntervalsOfReminders) {
-    const TestHome home;
-    EXPECT_THAT(home.host({"preferences"}).output, HasSubstr("reminderInterval     10 "));
-    EXPECT_THAT(home.host({"preferences", "reminderInterval", "30"}).output,
-                HasSubstr("reminderInterval     30 "));
-    const auto refused = home.host({"preferences", "reminderInterval", "7"});
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_THAT(refused.errors, HasSubstr("\"7\" is no value for reminderInterval."));
-    EXPECT_THAT(home.host({"preferences"}).output, HasSubstr("reminderInterval     30 "));
-}
-
 }  // namespace
 }  // namespace tallowbrook

@@ -43,11 +43,7 @@ TEST(Setup, putsTheHooksInAndProvesThatTheyArrive) {
     ASSERT_THAT(home.backups(), SizeIs(1));
     EXPECT_EQ(contentsOf(home.backups().front()), settings);
     EXPECT_EQ(contentsOf(home.paths.installedHelper()), contentsOf(TALLOWBROOK_HOOK));
-}
-
-TEST(Setup, leavesNoTraceOfItsTestEvent) {
-    const SetupHome home;
-    EXPECT_EQ(home.host({"setup", "codex", "--yes"}).status, 0);
+    // The test event leaves no trace.
     EXPECT_EQ(home.rows("events"), 0);
     EXPECT_EQ(home.rows("sessions"), 0);
     EXPECT_EQ(home.rows("notifications"), 0);
@@ -114,16 +110,6 @@ TEST(Setup, whereTheDifferenceCannotBeShownSaysSoAndChangesNothing) {
     }
 }
 
-TEST(Setup, namesEveryFileBeforeTheFirstQuestion) {
-    const SetupHome home;
-    writeContents(home.claudeFile, settings);
-    const auto result = home.hostWithAnswers({"setup", "claude-code", "codex"}, {"n", "n"});
-    const auto beforeQuestion = result.output.substr(0, result.output.find("--- "));
-    for (const auto& file : {home.claudeFile, home.codexFile, home.paths.installedHelper(),
-                             home.paths.backupsDirectory()})
-        EXPECT_THAT(beforeQuestion, HasSubstr(file.string()));
-}
-
 TEST(Setup, takesAnythingButAYesForANo) {
     for (const std::string answer : {"", "n", "maybe", "N"}) {
         const SetupHome home;
@@ -143,6 +129,11 @@ TEST(Setup, asksForEachFileByItself) {
     EXPECT_EQ(contentsOf(home.claudeFile), settings);
     EXPECT_THAT(contentsOf(home.codexFile), HasSubstr("tallowbrook-hook' codex"));
     EXPECT_THAT(result.output, HasSubstr("trust the new hooks"));
+    // Every file is named before the first question.
+    const auto announced = result.output.substr(0, result.output.find("--- "));
+    for (const auto& file : {home.claudeFile, home.codexFile, home.paths.installedHelper(),
+                             home.paths.backupsDirectory()})
+        EXPECT_THAT(announced, HasSubstr(file.string()));
 }
 
 TEST(Setup, showsTheNewDifferenceWhenTheFileChangesWhileItAsks) {
@@ -161,25 +152,26 @@ TEST(Setup, showsTheNewDifferenceWhenTheFileChangesWhileItAsks) {
     EXPECT_EQ(contentsOf(home.claudeFile), "{\"later\": true}\n");
 }
 
-TEST(Setup, ofAFileThatIsNoJSONSaysWhereAndChangesNothing) {
-    const SetupHome home;
-    writeContents(home.claudeFile, "{\n  // mine\n}\n");
-    const auto before = home.tree();
-    const auto result = home.host({"setup", "claude-code", "--yes"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.errors, HasSubstr(home.claudeFile.string()));
-    EXPECT_THAT(result.errors, HasSubstr("line 2, column 3: Expected a string key"));
-    EXPECT_EQ(home.tree(), before);
-}
-
-TEST(Setup, ofAFileThatCannotBeReadSaysWhyInWholeSentences) {
-    const SetupHome home;
-    std::filesystem::create_directories(home.claudeFile);
-    const auto expected = "tallowbrook: Could not read " + home.claudeFile.string() +
-                          ": Is a directory. Nothing was changed.\n";
+TEST(Setup, andRemoveOfAFileThatTheyCannotReadSayWhyInWholeSentences) {
     for (const std::string command : {"setup", "remove"}) {
-        const auto result = home.host({command, "claude-code", "--yes"});
-        EXPECT_EQ(result, (ProgramResult{.status = 1, .errors = expected})) << command;
+        const SetupHome home;
+        const auto refusal = [&](const std::string& reason) {
+            return ProgramResult{.status = 1,
+                                 .errors = "tallowbrook: " + reason + " Nothing was changed.\n"};
+        };
+        const std::vector<std::string> words{command, "claude-code", "--yes"};
+        const auto file = home.claudeFile.string();
+        std::filesystem::create_directories(home.claudeFile);
+        EXPECT_EQ(home.host(words), refusal("Could not read " + file + ": Is a directory."));
+
+        std::filesystem::remove(home.claudeFile);
+        writeContents(home.claudeFile, "{\n  // mine\n}\n");
+        const auto before = home.tree();
+        EXPECT_EQ(
+            home.host(words),
+            refusal(file + ": The file is not valid JSON (line 2, column 3: Expected a string "
+                           "key). It was not modified."));
+        EXPECT_EQ(home.tree(), before);
     }
 }
 
@@ -205,16 +197,6 @@ TEST(Setup, followsAnAgentsOwnDirectoryWhereItWasMoved) {
     EXPECT_FALSE(std::filesystem::exists(home.claudeFile));
 }
 
-TEST(Setup, worksOnTheFileThatTheUserNames) {
-    const SetupHome home;
-    const auto file = home.directory.path / "project" / "settings.local.json";
-    EXPECT_EQ(home.host({"setup", "claude-code", "--config", file, "--yes"}).status, 0);
-    EXPECT_THAT(contentsOf(file), HasSubstr("tallowbrook-hook"));
-    const auto unnamed = home.host({"setup", "--config", file, "--yes"});
-    EXPECT_EQ(unnamed.status, 1);
-    EXPECT_THAT(unnamed.errors, HasSubstr("name the one agent whose file it is"));
-}
-
 // The words of a call with another home than the one that the agents report to.
 ProgramCall callOnAnotherHome(const SetupHome& home, std::vector<std::string> words) {
     words.insert(words.end(), {"--home", home.directory.path / "other"});
@@ -238,21 +220,29 @@ TEST(Setup, andRemoveOfAnotherHomeLeaveTheAgentsOwnFilesAlone) {
     EXPECT_FALSE(std::filesystem::exists(home.directory.path / "other"));
 }
 
-TEST(Setup, andRemoveOfAnotherHomeWorkOnAFileToTryOn) {
+TEST(Setup, andRemoveWorkOnTheFileThatTheUserNamesForAnotherHomeToo) {
+    for (const bool isOther : {false, true}) {
+        const SetupHome home;
+        const auto file = home.directory.path / "project" / "settings.local.json";
+        const auto call = [&](const std::string& command) {
+            std::vector<std::string> words{command, "claude-code", "--yes", "--config", file};
+            return run(isOther ? callOnAnotherHome(home, words) : home.hostCall(words));
+        };
+        const auto data = isOther ? home.directory.path / "other" : home.paths.home;
+        const auto result = call("setup");
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_THAT(contentsOf(file), HasSubstr((data / "bin" / "tallowbrook-hook").string()));
+        EXPECT_EQ(call("remove").status, 0);
+        EXPECT_EQ(contentsOf(file), "{}\n");
+        EXPECT_FALSE(std::filesystem::exists(home.claudeFile));
+    }
+}
+
+TEST(Setup, ofAFileWithoutItsAgentSaysWhatIsMissing) {
     const SetupHome home;
-    const auto file = home.directory.path / "settings.json";
-    const std::vector<std::string> words{"claude-code", "--yes", "--config", file};
-    const auto callOf = [&](const std::string& command) {
-        std::vector<std::string> all{command};
-        all.insert(all.end(), words.begin(), words.end());
-        return callOnAnotherHome(home, all);
-    };
-    const auto result = run(callOf("setup"));
-    EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_THAT(contentsOf(file), HasSubstr((home.directory.path / "other" / "bin").string()));
-    EXPECT_EQ(run(callOf("remove")).status, 0);
-    EXPECT_EQ(contentsOf(file), "{}\n");
-    EXPECT_FALSE(std::filesystem::exists(home.claudeFile));
+    const auto result = home.host({"setup", "--config", "settings.json", "--yes"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("name the one agent whose file it is"));
 }
 
 TEST(Setup, takesAnotherSpellingOfTheStandardHomeForIt) {

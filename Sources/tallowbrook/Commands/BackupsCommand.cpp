@@ -46,6 +46,7 @@ std::expected<std::vector<AgentBackup>, Sentence> find(const TallowbrookPaths& p
 }
 
 bool isMeant(const AgentBackup& entry, std::size_t number, const std::string& word) {
+    // A number comes from the list; a name or path may come from a script.
     const auto& file = entry.backup.url;
     return std::to_string(number) == word || file.filename() == word || file == word;
 }
@@ -79,6 +80,7 @@ int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
     const auto backups = find(paths, choice);
     if (!backups) return StandardStreams::fail(backups.error());
     const auto* selected = select(*backups, backup);
+    // The call was right, but there is nothing to put back.
     if (selected == nullptr && !backup) return StandardStreams::fail("There are no backups.");
     if (selected == nullptr)
         return StandardStreams::fail(

@@ -20,6 +20,7 @@
 namespace tallowbrook::host {
 namespace {
 
+// Enough to show what keeps going wrong, and few enough to read through before pasting.
 constexpr std::size_t logLines = 10;
 
 // Absent when the database fails; empty where nothing was ever stored.
@@ -40,6 +41,7 @@ Records addStored(DiagnosticsReport& report, const TallowbrookPaths& paths, Inst
             records->emplace(provider, settings.integrationHealth(provider));
     });
     if (read) return records;
+    // Shown as unavailable, since half of the numbers would mislead.
     report.storedEventCount.reset();
     return std::nullopt;
 }
@@ -50,6 +52,7 @@ void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
                                                        bundledHelper().value_or(""));
     for (const auto& agent : allAgents()) {
         auto detection = detector.detect(agent.provider);
+        // The detector does not know where the user has moved the file to.
         detection.hookConfigPath = agent.configFile.string();
         report.detections.push_back(std::move(detection));
 
@@ -74,6 +77,7 @@ int doctor(const TallowbrookPaths& paths) {
     report.appVersion = PayloadNormalizer::adapterVersion;
     report.helperVersion = PayloadNormalizer::adapterVersion;
     report.paths = paths;
+    // No permission is asked of the system for text in a terminal.
     report.notificationAuthorization = "not needed, printed in the terminal";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);

@@ -6,7 +6,7 @@
 
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
-#include "Focus/Focus.h"
+#include "Focus/SessionFocus.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
@@ -30,9 +30,10 @@ int exitStatus(FocusOutcome::Result result) {
 int focusOne(const SessionSnapshot& session, const TallowbrookPaths& paths) {
     const auto outcome = focusSession(session, paths);
     const int status = exitStatus(outcome.result);
+    // Standard output says what was done, standard error why nothing was.
     if (status == ExitStatus::failed) return StandardStreams::fail(outcome.sentence);
     const int shown =
-        StandardStreams::showAsResult(PrintableText::printable(outcome.sentence) + "\n");
+        StandardStreams::showAsResult(PrintableText::printable(outcome.sentence.text()) + "\n");
     return shown == ExitStatus::done ? status : shown;
 }
 
@@ -49,6 +50,7 @@ int focus(const TallowbrookPaths& paths, const std::string& session) {
 int focusNext(const TallowbrookPaths& paths) {
     return withExistingDatabase(paths, [&](Database& database) {
         const Instant now = currentInstant();
+        // Only sessions that a list shows by default: one that has waited for days was given up.
         auto list = recentSessions(database, now);
         std::erase_if(list.sessions, [](const ListedSession& session) {
             return session.status != SessionStatus::needsAttention;
@@ -60,6 +62,7 @@ int focusNext(const TallowbrookPaths& paths) {
         Settings settings{database};
         auto cycle = settings.waitingCycle();
         const auto id = cycle.next(waiting, now);
+        // Before focusing, which may take seconds: a second call meanwhile goes on from here.
         settings.setWaitingCycle(cycle);
         if (!id) return StandardStreams::showAsResult("No session waits for you.\n");
         const auto place = std::ranges::find(waiting, *id) - waiting.begin();

@@ -12,7 +12,7 @@ namespace tallowbrook::host {
 int focus(const TallowbrookPaths& paths, const std::string& session);
 
 // Focuses the first session that waits for the user, and with each repetition within ten seconds
-// the one behind it. The statuses of `focus`; 0 when nobody waits.
+// the one behind it. Gives the statuses of `focus`; 0 when no session waits.
 int focusNext(const TallowbrookPaths& paths);
 
 }  // namespace tallowbrook::host

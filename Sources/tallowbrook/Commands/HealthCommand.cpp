@@ -25,6 +25,7 @@ std::string eventsDetail(const IntegrationHealth& events, Instant now) {
         return "no event since the setup at " + TimeText::shortTime(silent->since, now);
     if (const auto* receiving = std::get_if<IntegrationHealth::Receiving>(&events.state))
         return "last event " + TimeText::ago(receiving->lastEventAt, now);
+    // Not judged: without a database, no host has run on this home.
     return "for the first event; start \"tallowbrook watch\", which reads what comes";
 }
 
@@ -130,6 +131,7 @@ int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFor
         const int shown = StandardStreams::showAsResult(
             format == ListFormat::json ? report.json() : report.table(now));
         if (shown != ExitStatus::done) return shown;
+        // So that a script can act without reading the words.
         return std::ranges::any_of(report.agents, &AgentHealth::needsAttention)
                    ? ExitStatus::notInOrder
                    : ExitStatus::done;

@@ -2,172 +2,46 @@
 
 #include <fmt/core.h>
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-
 #include "Commands/DatabaseDoor.h"
-#include "Notifications/ReminderPolicy.h"
+#include "EventBridge/SpoolSignal.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
-#include "Preferences/HostSettings.h"
+#include "Preferences/PreferenceTable.h"
 #include "Store/Settings.h"
 
 namespace tallowbrook::host {
 namespace {
 
-using Preferences = NotificationPreferences;
-
-struct Row {
-    std::string_view name;
-    std::string_view meaning;
-    std::string (*show)(const Preferences&);
-    bool (*change)(Preferences&, std::string_view value);
-};
-
-bool parseSwitch(std::string_view value, bool& target) {
-    if (value != "on" && value != "off") return false;
-    target = value == "on";
-    return true;
+std::expected<void, Sentence> make(const PreferenceChange& change, Database& database) {
+    // Two changes made at once must not undo each other.
+    auto transaction = database.beginWriting();
+    Settings settings{database};
+    const auto changed = setPreference(settings.preferences(), change.name, change.value);
+    if (!changed) return std::unexpected(changed.error());
+    settings.setPreferences(*changed);
+    transaction.commit();
+    // A host that sleeps until a reminder is due must learn that it is due earlier.
+    SpoolSignal::post();
+    return {};
 }
 
-bool parseSeconds(std::string_view value, Seconds& target) {
-    constexpr int aYear = 31'536'000;
-    int seconds = 0;
-    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
-    if (error != std::errc{} || end != value.data() + value.size()) return false;
-    if (seconds < 0 || seconds > aYear) return false;
-    target = Seconds{seconds};
-    return true;
-}
-
-// Minutes after midnight of "22:00".
-std::optional<int> parseTimeOfDay(std::string_view text) {
-    if (text.size() != 5 || text[2] != ':') return std::nullopt;
-    for (const std::size_t i : {0u, 1u, 3u, 4u})
-        if (text[i] < '0' || text[i] > '9') return std::nullopt;
-    const int hour = (text[0] - '0') * 10 + (text[1] - '0');
-    const int minute = (text[3] - '0') * 10 + (text[4] - '0');
-    if (hour > 23 || minute > 59) return std::nullopt;
-    return hour * 60 + minute;
-}
-
-bool parseQuietHours(std::string_view value, QuietHours& target) {
-    if (parseSwitch(value, target.enabled)) return true;
-    constexpr std::size_t timeLength = 5;
-    if (value.size() != 2 * timeLength + 1 || value[timeLength] != '-') return false;
-    const auto start = parseTimeOfDay(value.substr(0, timeLength));
-    const auto end = parseTimeOfDay(value.substr(timeLength + 1));
-    // An empty window would look switched on and never be in force.
-    if (!start || !end || *start == *end) return false;
-    target = QuietHours{true, *start, *end};
-    return true;
-}
-
-std::string showSwitch(bool value) { return value ? "on" : "off"; }
-std::string showSeconds(Seconds value) { return fmt::format("{}", value.count()); }
-
-std::string showQuietHours(const QuietHours& hours) {
-    if (!hours.enabled) return "off";
-    return fmt::format("{:02}:{:02}-{:02}:{:02}", hours.startMinute / 60, hours.startMinute % 60,
-                       hours.endMinute / 60, hours.endMinute % 60);
-}
-
-template <bool Preferences::* field>
-constexpr Row switchRow(std::string_view name, std::string_view meaning) {
-    return {name, meaning, [](const Preferences& from) { return showSwitch(from.*field); },
-            [](Preferences& to, std::string_view value) { return parseSwitch(value, to.*field); }};
-}
-
-template <Seconds Preferences::* field>
-constexpr Row secondsRow(std::string_view name, std::string_view meaning) {
-    return {name, meaning, [](const Preferences& from) { return showSeconds(from.*field); },
-            [](Preferences& to, std::string_view value) { return parseSeconds(value, to.*field); }};
-}
-
-constexpr std::array rows{
-    switchRow<&Preferences::enabled>("enabled", "notifications at all"),
-    switchRow<&Preferences::paused>("paused", "hold them back for now"),
-    switchRow<&Preferences::notifyOnAttention>("notifyOnAttention",
-                                               "when a session needs permission or input"),
-    switchRow<&Preferences::notifyOnCompletion>("notifyOnCompletion", "when a turn completes"),
-    switchRow<&Preferences::notifyOnFailure>("notifyOnFailure", "when a turn fails"),
-    Row{"quietHours", "tell nothing in these hours, such as 22:00-07:00",
-        [](const Preferences& from) { return showQuietHours(from.quietHours); },
-        [](Preferences& to, std::string_view value) {
-            return parseQuietHours(value, to.quietHours);
-        }},
-    secondsRow<&Preferences::dedupeInterval>("dedupeInterval",
-                                             "seconds in which the same is told once"),
-    secondsRow<&Preferences::maxEventAge>("maxEventAge",
-                                          "seconds after which an event is too old to tell"),
-    switchRow<&Preferences::playSound>("playSound", "with a sound"),
-};
-
-std::string row(std::string_view name, std::string_view value, std::string_view meaning) {
-    return fmt::format("{:<20} {:<12} {}\n", name, value, meaning);
-}
-
-std::string noSuchValue(std::string_view name, std::string_view value) {
-    return fmt::format("\"{}\" is no value for {}.", value, name);
-}
-
-// Absent, or a whole sentence for the user; nothing is changed then.
-std::optional<std::string> apply(const PreferenceChange& change, Database& database) {
-    if (change.name == reminderIntervalName) {
-        const auto interval = parseReminderInterval(change.value);
-        if (!interval) return interval.error();
-        Settings{database}.setReminderInterval(*interval);
-        return std::nullopt;
-    }
-    const auto changed = setPreference(
-        Settings{database}.preferences().value_or(defaultPreferences()), change.name, change.value);
-    if (!changed) return changed.error();
-    Settings{database}.setPreferences(*changed);
-    return std::nullopt;
+// A line for each preference: its name, its value, its meaning.
+std::string table(const Preferences& preferences) {
+    std::string text;
+    for (const auto& [name, meaning, show, change] : preferenceRows())
+        text += fmt::format("{:<20} {:<12} {}\n", name, show(preferences), meaning);
+    return text;
 }
 
 }  // namespace
 
-std::string preferencesTable(const NotificationPreferences& preferences) {
-    std::string text;
-    for (const auto& [name, meaning, show, change] : rows)
-        text += row(name, show(preferences), meaning);
-    return text;
-}
-
-std::expected<std::chrono::minutes, std::string> parseReminderInterval(std::string_view value) {
-    if (value == "off") return std::chrono::minutes{0};
-    for (const int choice : ReminderPolicy::intervalChoices)
-        if (value == std::to_string(choice)) return std::chrono::minutes{choice};
-    return std::unexpected(noSuchValue(reminderIntervalName, value));
-}
-
-std::string reminderIntervalRow(std::chrono::minutes interval) {
-    return row(reminderIntervalName,
-               interval.count() > 0 ? std::to_string(interval.count()) : "off",
-               "minutes of waiting after which you are reminded: off, 5, 10, 15 or 30");
-}
-
-std::expected<NotificationPreferences, std::string> setPreference(
-    NotificationPreferences preferences, std::string_view name, std::string_view value) {
-    const auto* row = std::ranges::find(rows, name, &Row::name);
-    if (row == rows.end())
-        return std::unexpected(fmt::format("There is no preference named \"{}\".", name));
-    if (!row->change(preferences, value)) return std::unexpected(noSuchValue(name, value));
-    return preferences;
-}
-
 int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceChange>& change) {
     return withDatabase(paths, [&](Database& database) {
         if (change)
-            if (const auto refusal = apply(*change, database))
-                return StandardStreams::fail(*refusal + " Nothing was changed.",
+            if (const auto made = make(*change, database); !made)
+                return StandardStreams::fail(made.error().followedBy("Nothing was changed."),
                                              ExitStatus::wrongUsage);
-        return StandardStreams::showAsResult(
-            preferencesTable(Settings{database}.preferences().value_or(defaultPreferences())) +
-            reminderIntervalRow(
-                Settings{database}.reminderInterval().value_or(defaultReminderInterval)));
+        return StandardStreams::showAsResult(table(Settings{database}.preferences()));
     });
 }
 

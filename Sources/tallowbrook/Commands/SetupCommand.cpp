@@ -41,6 +41,8 @@ struct AgentChange {
     ConfigChange change;
 };
 
+// Plans every change before the first question, so that a second file that cannot be read does not
+// leave the first one changed.
 std::expected<std::vector<AgentChange>, Sentence> prepare(const TallowbrookPaths& paths,
                                                           const AgentChoice& choice,
                                                           MakePlan makePlan) {
@@ -107,6 +109,7 @@ void noteSetUp(Database& database, Provider provider) {
 }
 
 int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, Database& database) {
+    // A setup that finds its hooks in place does not start the waiting for the first event anew.
     if (isNew) noteSetUp(database, provider);
     if (auto tried = tryHelper(paths, provider, database); !tried)
         return StandardStreams::fail(tried.error());
@@ -121,6 +124,7 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
     for (auto& [agent, change] : changes) {
         const auto outcome = change.review(options);
         status = worse(status, exitStatus(outcome));
+        // Also where nothing had to change: a user in doubt calls it for the proof.
         if (outcome == ReviewOutcome::applied || outcome == ReviewOutcome::unchanged)
             status = worse(status, finishSetup(paths, agent.provider,
                                                outcome == ReviewOutcome::applied, database));
@@ -154,6 +158,7 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
             status = worse(status, exitStatus(change.review(options)));
         return status;
     }
+    // Before the first hook that calls it.
     if (helper != HelperStatus::current)
         if (auto installed = IntegrationSetup::installHelper(*source, paths); !installed)
             return StandardStreams::fail(Sentence{installed.error().description()});

@@ -14,6 +14,7 @@ bool isWithin(const std::string& directory, const std::string& folder) {
            directory.starts_with(folder.ends_with('/') ? folder : folder + "/");
 }
 
+// Selects the pane even where no client shows it: it is then the first thing the user sees.
 FocusOutcome focusPane(const Tmux& tmux, const Tmux::Pane& pane) {
     if (!tmux.select(pane))
         return FocusOutcome::nothing(fmt::format("The tmux pane {} cannot be selected.", pane.id));
@@ -22,7 +23,7 @@ FocusOutcome focusPane(const Tmux& tmux, const Tmux::Pane& pane) {
     return Tmux::selectedUnseen(pane);
 }
 
-// An editor window that may have the session, with the shell where that is known.
+// An editor window that may have the session, with the shell in it where that is known.
 struct EditorPlace {
     EditorWindow window;
     std::optional<pid_t> shellPid;
@@ -36,6 +37,7 @@ std::vector<EditorPlace> editorPlaces(const std::vector<EditorWindow>& windows,
         for (const pid_t shell : window.shellPids)
             if (operations.directoryOf(shell) == directory) places.push_back({window, shell});
     if (!places.empty()) return places;
+    // A shell that has gone elsewhere, or whose directory is not told, still has its window.
     for (const auto& window : windows)
         if (std::ranges::any_of(window.folders, [&](const std::string& folder) {
                 return isWithin(directory, folder);
@@ -51,9 +53,11 @@ FocusOutcome DirectoryFocus::focus(const std::string& directory) const {
     std::vector<Tmux::Pane> panes;
     if (tmux) panes = tmux->panes();
     std::erase_if(panes, [&](const Tmux::Pane& pane) { return pane.directory != directory; });
+    // A shell beside the agent's, in a split window, is what several panes mostly are.
     if (panes.size() > 1) {
         auto withAgent = panes;
-        std::erase_if(withAgent, [&](const Tmux::Pane& pane) { return !hasAgent(pane.tty); });
+        std::erase_if(withAgent,
+                      [&](const Tmux::Pane& pane) { return !hasAgent(pane.devicePath); });
         if (!withAgent.empty()) panes = std::move(withAgent);
     }
     const auto places =

@@ -1,19 +1,22 @@
-// Finds the place where a session runs by its working directory alone.
+// Finds the place where a session runs by its working directory alone, for a system where the
+// session's terminal device is not known.
 #pragma once
 
 #include "Focus/EditorFocus.h"
-#include "Focus/Focus.h"
+#include "Focus/FocusOperations.h"
+#include "Focus/FocusOutcome.h"
 
 namespace tallowbrook::host {
 
 struct DirectoryFocus {
     const FocusOperations& operations;
     EditorFocus editor;
-    // Whether an agent runs on this terminal, named with "/dev/".
-    std::function<bool(const std::string& tty)> hasAgent;
+    // Whether an agent runs on this terminal device.
+    std::function<bool(const std::string& devicePath)> hasAgent;
 
-    // Focuses the one tmux pane or editor window that works in this directory. With several, none:
-    // the wrong one would be worse than saying so.
+    // Focuses the one tmux pane or editor window that works in this directory; of several panes
+    // the one with an agent. Where several remain, none: the wrong one would be worse than saying
+    // so.
     FocusOutcome focus(const std::string& directory) const;
 };
 

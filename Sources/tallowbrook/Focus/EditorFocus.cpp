@@ -10,8 +10,8 @@
 namespace tallowbrook::host {
 namespace {
 
-// What nobody took must not act later, when something else was done instead. False when it has been
-// taken in the last moment.
+// A request that no extension took must not act later, when something else was done instead. False
+// when it has been taken in the last moment.
 bool withdraw(const std::filesystem::path& request) {
     return unlink(request.c_str()) == 0 || errno != ENOENT;
 }
@@ -28,6 +28,7 @@ FocusOutcome EditorFocus::reveal(const EditorWindow& window, pid_t shellPid) con
 }
 
 FocusOutcome EditorFocus::openWindow(const EditorWindow& window) const {
+    // To open what a window shows raises that window instead of making another.
     const auto target = window.openTarget();
     if (!target)
         return FocusOutcome::nothing(fmt::format(
@@ -42,6 +43,8 @@ FocusOutcome EditorFocus::openWindow(const EditorWindow& window) const {
 }
 
 const EditorApp& editorNamed(std::string_view appName) {
+    // Editors call themselves by longer names than the ones they are known by: "Visual Studio
+    // Code".
     const auto* found = &EditorBridge::editors.front();
     for (const auto& editor : EditorBridge::editors) {
         if (editor.name == appName) return editor;

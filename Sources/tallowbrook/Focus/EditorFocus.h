@@ -1,10 +1,12 @@
-// Reveals a terminal inside an editor, or at least opens the editor where it belongs.
+// Reveals the shell of a session inside an editor, or at least opens the editor's window.
 #pragma once
 
 #include <functional>
 #include <string>
 
-#include "Focus/Focus.h"
+#include "EventBridge/TallowbrookPaths.h"
+#include "Focus/FocusOperations.h"
+#include "Focus/FocusOutcome.h"
 #include "Terminal/EditorBridge.h"
 
 namespace tallowbrook::host {
@@ -15,11 +17,11 @@ struct EditorFocus {
     // Opens the path in the editor of this window; false when that fails.
     std::function<bool(const EditorWindow& window, const std::string& target)> open;
 
-    // Asks the editor's extension for the terminal. Where nobody takes the request, opens what the
-    // window shows.
+    // Asks the editor's extension to show this shell. Where no extension takes the request, opens
+    // what the window shows.
     FocusOutcome reveal(const EditorWindow& window, pid_t shellPid) const;
 
-    // Without a terminal to ask for.
+    // Opens what the window shows, where the shell is not known.
     FocusOutcome openWindow(const EditorWindow& window) const;
 };
 

@@ -9,10 +9,11 @@
 namespace tallowbrook::host {
 namespace {
 
+// By their full paths: none of them may be another program of that name on PATH.
 constexpr auto applicationInfo = "/usr/bin/lsappinfo";
 constexpr auto scriptRunner = "/usr/bin/osascript";
 constexpr auto opener = "/usr/bin/open";
-constexpr std::string_view devices = "/dev/";
+constexpr std::string_view deviceDirectory = "/dev/";
 
 // What stands between the last pair of quotes: `"CFBundleIdentifier"="com.apple.Terminal"`.
 std::optional<std::string> lastQuoted(std::string_view text) {
@@ -33,44 +34,50 @@ std::string trimmed(std::string text) {
 TabFocus::TabFocus(const TallowbrookPaths& paths, const FocusOperations& operations)
     : paths_{paths}, operations_{operations} {}
 
-FocusOutcome TabFocus::focus(const std::string& tty) const {
-    const auto chain = operations_.hostChain(tty);
-    return TerminalHost::isTmux(chain) ? focusThroughTmux(tty) : focusDirectly(tty, chain);
+FocusOutcome TabFocus::focus(const std::string& deviceName) const {
+    const auto chain = operations_.hostChain(deviceName);
+    return TerminalHost::isTmux(chain) ? focusThroughTmux(deviceName)
+                                       : focusDirectly(deviceName, chain);
 }
 
-FocusOutcome TabFocus::focusThroughTmux(const std::string& tty) const {
+FocusOutcome TabFocus::focusThroughTmux(const std::string& deviceName) const {
     const auto tmux = Tmux::find(operations_);
     if (!tmux) return FocusOutcome::nothing("The session runs in tmux, which is not on the PATH.");
     const auto panes = tmux->panes();
-    const auto pane = std::ranges::find(panes, std::string{devices} + tty, &Tmux::Pane::tty);
+    const auto pane = std::ranges::find(panes, std::string{deviceDirectory} + deviceName,
+                                        &Tmux::Pane::devicePath);
     if (pane == panes.end() || !tmux->select(*pane))
         return FocusOutcome::nothing("The session runs in tmux, but its pane was not found.");
-    const auto client = tmux->show(*pane);
-    if (!client) return Tmux::selectedUnseen(*pane);
-    const auto clientTTY = client->substr(std::min(devices.size(), client->size()));
-    auto outcome = focusDirectly(clientTTY, operations_.hostChain(clientTTY));
-    outcome.sentence = fmt::format("The tmux pane {} was selected. {}", pane->id, outcome.sentence);
+    const auto clientPath = tmux->show(*pane);
+    if (!clientPath) return Tmux::selectedUnseen(*pane);
+    const auto clientName =
+        clientPath->substr(std::min(deviceDirectory.size(), clientPath->size()));
+    auto outcome = focusDirectly(clientName, operations_.hostChain(clientName));
+    const Sentence selected{fmt::format("The tmux pane {} was selected.", pane->id)};
+    outcome.sentence = selected.followedBy(outcome.sentence.text());
     if (outcome.result == FocusOutcome::Result::nothing)
         outcome.result = FocusOutcome::Result::instead;
     return outcome;
 }
 
-FocusOutcome TabFocus::focusDirectly(const std::string& tty,
+FocusOutcome TabFocus::focusDirectly(const std::string& deviceName,
                                      const std::vector<TerminalHost::Process>& chain) const {
     const auto editors = EditorBridge::bundleIdentifiers();
+    // The nearest ancestor that is an application owns the device; shells between them are none.
     for (const auto& process : chain) {
         const auto bundle = bundleOf(process.pid);
         if (!bundle) continue;
-        if (const auto app = terminalAppOf(*bundle)) return focusInApp(*app, tty);
-        if (editors.contains(*bundle)) return focusInEditor(*bundle, tty, chain);
+        if (const auto app = terminalAppOf(*bundle)) return focusInApp(*app, deviceName);
+        if (editors.contains(*bundle)) return focusInEditor(*bundle, deviceName, chain);
     }
-    return tryEveryApp(tty);
+    return tryEveryApp(deviceName);
 }
 
-FocusOutcome TabFocus::focusInApp(TerminalApp app, const std::string& tty) const {
-    const auto answer = runScript(app, tty);
+FocusOutcome TabFocus::focusInApp(TerminalApp app, const std::string& deviceName) const {
+    const auto answer = runScript(app, deviceName);
     if (answer == "found")
         return FocusOutcome::focused(fmt::format("{} was brought to the front.", displayName(app)));
+    // A refusal by the system looks like any other failure of a script.
     const auto reason = answer == "missing"
                             ? "has no tab with the session's terminal"
                             : "could not be asked for the tab; the system may not allow it to be "
@@ -81,10 +88,12 @@ FocusOutcome TabFocus::focusInApp(TerminalApp app, const std::string& tty) const
     return FocusOutcome::nothing(fmt::format("{} {}.", displayName(app), reason));
 }
 
-FocusOutcome TabFocus::focusInEditor(const std::string& bundle, const std::string& tty,
+FocusOutcome TabFocus::focusInEditor(const std::string& bundle, const std::string& deviceName,
                                      const std::vector<TerminalHost::Process>& chain) const {
+    // Where a program has opened a device of its own, the editor's shell stands above it.
     std::vector<pid_t> processes;
-    for (const auto& process : operations_.processesOnTTY(tty)) processes.push_back(process.pid);
+    for (const auto& process : operations_.processesOnDevice(deviceName))
+        processes.push_back(process.pid);
     for (const auto& process : chain) processes.push_back(process.pid);
     const auto owner =
         EditorBridge::owner(processes, EditorBridge::windows(paths_.editorsDirectory()));
@@ -105,9 +114,10 @@ FocusOutcome TabFocus::focusInEditor(const std::string& bundle, const std::strin
     return EditorFocus{paths_, operations_, open}.reveal(owner->window, owner->shellPid);
 }
 
-FocusOutcome TabFocus::tryEveryApp(const std::string& tty) const {
+FocusOutcome TabFocus::tryEveryApp(const std::string& deviceName) const {
+    // A script for an application that does not run would start it.
     for (const auto app : allCases<TerminalApp>())
-        if (isRunning(app) && runScript(app, tty) == "found")
+        if (isRunning(app) && runScript(app, deviceName) == "found")
             return FocusOutcome::focused(
                 fmt::format("{} was brought to the front.", displayName(app)));
     return FocusOutcome::nothing(
@@ -115,6 +125,7 @@ FocusOutcome TabFocus::tryEveryApp(const std::string& tty) const {
 }
 
 std::optional<std::string> TabFocus::bundleOf(pid_t pid) const {
+    // The tool knows the process by a serial number of its own.
     const auto serial = trimmed(output(applicationInfo, {"find", "pid=" + std::to_string(pid)}));
     if (serial.empty()) return std::nullopt;
     return lastQuoted(output(applicationInfo, {"info", "-only", "bundleid", serial}));
@@ -126,8 +137,9 @@ bool TabFocus::isRunning(TerminalApp app) const {
                 .empty();
 }
 
-std::optional<std::string> TabFocus::runScript(TerminalApp app, const std::string& tty) const {
-    const auto script = focusScript(app, tty);
+std::optional<std::string> TabFocus::runScript(TerminalApp app,
+                                               const std::string& deviceName) const {
+    const auto script = focusScript(app, deviceName);
     if (!script) return std::nullopt;
     const auto result = operations_.run(scriptRunner, {"-e", *script});
     if (!result || result->status != 0) return std::nullopt;

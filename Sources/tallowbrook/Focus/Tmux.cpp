@@ -45,6 +45,7 @@ std::optional<std::vector<std::string>> Tmux::run(std::vector<std::string> argum
 std::vector<Tmux::Pane> Tmux::panes() const {
     constexpr std::size_t words = 3;
     std::vector<Pane> panes;
+    // By ids, which hold no blanks; the directory may, and so comes last.
     const auto lines = run(
         {"list-panes", "-a", "-F", "#{pane_id} #{session_id} #{pane_tty} #{pane_current_path}"});
     if (!lines) return panes;
@@ -64,6 +65,7 @@ bool Tmux::select(const Pane& pane) const {
 std::optional<std::string> Tmux::show(const Pane& pane) const {
     const auto lines = run({"list-clients", "-F", "#{session_id} #{client_tty}"});
     if (!lines) return std::nullopt;
+    // A client of another session would have to leave what its user looks at, so it comes second.
     std::optional<std::string> other;
     for (const auto& line : *lines) {
         const auto parts = split(line, 1);

@@ -20,6 +20,7 @@ struct StatusLabel {
     std::string_view text;
 };
 
+// Without `needsAttention`, whose words depend on what the session asks for.
 constexpr std::array statusLabels{
     StatusLabel{SessionStatus::working, "working"},
     StatusLabel{SessionStatus::completed, "completed"},
@@ -33,6 +34,7 @@ std::string statusText(const ListedSession& session) {
     if (session.status == SessionStatus::needsAttention)
         return session.snapshot.attention == AttentionKind::input ? "needs input"
                                                                   : "needs permission";
+    // One may go on after a completed turn, but not after the end of the session.
     if (session.status == SessionStatus::completed && session.snapshot.sessionEnded) return "ended";
     const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);
     return std::string{label->text};
@@ -47,6 +49,7 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
     };
     SessionList list;
     for (auto& snapshot : snapshots) {
+        // Not counted either: the user never started them.
         if (snapshot.key.isSetupCheck()) continue;
         if (scope == ListScope::recent && isOlder(snapshot)) {
             ++list.olderCount;
@@ -55,6 +58,7 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
         const auto status = snapshot.displayStatus(now, staleAfter);
         list.sessions.push_back({std::move(snapshot), status});
     }
+    // The id comes last, so that two lists in a row never differ in their order.
     std::ranges::sort(list.sessions, {}, [&](const ListedSession& session) {
         return std::tuple{isOlder(session.snapshot), sortRank(session.status),
                           -session.snapshot.lastSeenAt.time_since_epoch(), session.snapshot.id()};
@@ -83,11 +87,13 @@ std::expected<ListedSession, Sentence> SessionList::find(std::string_view word) 
     std::size_t number = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
     const bool isNumber = error == std::errc{} && end == word.data() + word.size();
+    // A number wins over an id that begins with it: it is what the user has before their eyes.
     if (isNumber && number >= 1 && number <= sessions.size()) return sessions[number - 1];
 
     std::vector<const ListedSession*> found;
     for (const auto& session : sessions) {
         const auto& id = session.snapshot.key.sessionID;
+        // A whole id is meant as such, though another one may begin with it.
         if (id == word) return session;
         if (!word.empty() && id.starts_with(word)) found.push_back(&session);
     }
@@ -137,6 +143,7 @@ std::string SessionList::json(Instant now) const {
         encoder.encode("project", snapshot.projectLabel());
         encoder.encode("explanation", snapshot.explanation(now, staleAfter, formatTime));
         encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
+        // A session a line, for tools that work by lines.
         text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();
     }
     return PrintableText::printableJSON(text + (sessions.empty() ? "]\n" : "\n]\n"));

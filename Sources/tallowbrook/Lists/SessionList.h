@@ -1,4 +1,7 @@
 // The list of sessions as the user sees it.
+//
+// Plain values and pure functions; safe from any thread, while none changes the environment, which
+// holds the time zone.
 #pragma once
 
 #include <cstddef>
@@ -20,8 +23,8 @@ struct ListedSession {
 enum class ListScope { recent, all };
 
 struct SessionList {
-    // What waits for the user first, then the latest heard of. Those that a `recent` list leaves
-    // out stand behind all others, so that a session has the same number in both lists.
+    // What waits for the user first, then the latest heard of. The sessions that a `recent` list
+    // leaves out stand behind all others, so that a session has the same number in both lists.
     std::vector<ListedSession> sessions;
     std::size_t olderCount = 0;  // left out of a `recent` list
 

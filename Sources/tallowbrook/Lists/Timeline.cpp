@@ -37,6 +37,7 @@ std::string_view effectText(EventEffect effect) {
 }  // namespace
 
 std::string timelineRow(const AgentEvent& event, EventEffect effect, Instant now) {
+    // Wide enough for "31 Dec 23:59"; an event of another year makes its row wider.
     return fmt::format("{:<13}  {}  {}  {}\n", TimeText::shortTime(event.observedAt, now),
                        PrintableText::padded(PrintableText::printable(event.eventType), 20),
                        PrintableText::padded(PrintableText::printable(detailOf(event.detail)), 20),

@@ -18,6 +18,7 @@ std::optional<std::filesystem::path> movedDirectory(Provider provider) {
 }
 
 Agent locate(Provider provider) {
+    // Without asking for versions, which would run every agent.
     const auto detector = ProviderDetector::live(false);
     const auto detection = detector.detect(provider);
     Agent agent{provider, detection.hookConfigPath,
@@ -33,6 +34,7 @@ Agent locate(Provider provider) {
 
 std::filesystem::path Agent::backupDirectory(const TallowbrookPaths& paths) const {
     auto name = configFile.parent_path().string();
+    // A path as one name, which no other directory has unless a % is in theirs.
     std::ranges::replace(name, '/', '%');
     return paths.backupsDirectory() / name;
 }
@@ -58,6 +60,7 @@ std::expected<std::vector<Agent>, Sentence> chosenAgents(const AgentChoice& choi
                choice.names.end();
     });
     if (choice.configFile) {
+        // A file belongs to one agent: their formats differ.
         if (choice.names.empty() || agents.size() != 1)
             return std::unexpected(Sentence{"With --config, name the one agent whose file it is."});
         agents.front().configFile = std::filesystem::absolute(*choice.configFile);

@@ -15,12 +15,13 @@
 namespace tallowbrook::host {
 namespace {
 
-// Anything but a yes is a no, the end of the input too. Absent when nobody can be asked.
+// Anything but a yes is a no, the end of the input too. Absent when the question cannot be shown.
 std::optional<bool> agrees(const std::filesystem::path& file) {
     const auto question = fmt::format("Change {}? [y/N] ", PrintableText::printable(file.string()));
     if (StandardStreams::showAsResult(question) != ExitStatus::done) return std::nullopt;
     std::string answer;
     if (!std::getline(std::cin, answer)) {
+        // The line of the question is still open.
         StandardStreams::mention("\n");
         return false;
     }
@@ -53,6 +54,7 @@ int worse(int status, int other) {
 }
 
 bool canAsk(const ReviewOptions& options) {
+    // A script that forgot --yes must neither hang nor have its next line taken for an answer.
     if (options.dryRun || options.assumeYes || isatty(STDIN_FILENO) == 1) return true;
     StandardStreams::complain(
         "Standard input is no terminal, so nobody can be asked. Nothing was changed. Use --yes to "
@@ -99,6 +101,7 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
             return ReviewOutcome::applied;
         }
         StandardStreams::complain(Sentence{backup.error().description()});
+        // The user who agreed beforehand would not see the new difference.
         if (options.assumeYes || !isChangedSincePlan(backup.error())) return ReviewOutcome::failed;
         auto newPlan = makePlan();
         if (!newPlan) {

@@ -36,6 +36,7 @@ Colour colourOfStandardOutput() {
 }
 
 std::string showDiff(std::string_view diff, Colour colour) {
+    // Counted, since a removed or added line may look like a heading too.
     constexpr int headerLines = 2;
     std::string text;
     for (int number = 0; !diff.empty(); ++number) {

@@ -20,6 +20,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// The helper's own watchdog ends it after 3 s.
 constexpr std::chrono::seconds patience{5};
 constexpr std::chrono::milliseconds pollInterval{10};
 
@@ -65,6 +66,7 @@ bool comesBack(const TallowbrookPaths& paths, const SessionKey& key, Database& d
     const auto deadline = Clock::now() + patience;
     while (true) {
         takeInUnlessWatched(paths, database);
+        // Only the database tells, since another host may have stored the event.
         if (SessionStore{database}.session(key)) return true;
         if (Clock::now() >= deadline) return false;
         std::this_thread::sleep_for(pollInterval);
@@ -84,6 +86,7 @@ std::expected<void, Sentence> tryHelper(const TallowbrookPaths& paths, Provider 
         arguments.emplace_back("--home");
         arguments.push_back(paths.home.string());
     }
+    // A directory that every machine has.
     const auto payload = IntegrationSetup::testEventPayload(provider, key.sessionID, "/");
     if (auto ran = runHelper(paths, arguments, payload); !ran) return ran;
     if (!comesBack(paths, key, database))

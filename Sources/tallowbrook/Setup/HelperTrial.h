@@ -12,9 +12,9 @@
 
 namespace tallowbrook::host {
 
-// Waits at most 5 s for the helper and 5 s for the event. Where no other host drains this home,
-// does so meanwhile. The test session is removed again.
-// Throws SQLite::Exception when the store fails.
+// Runs the helper and, where no other host drains this home, drains its event. Waits at most 5 s
+// for the helper and 5 s for the event, and removes the test session again. Throws
+// SQLite::Exception when the store fails.
 [[nodiscard]] std::expected<void, Sentence> tryHelper(const TallowbrookPaths& paths,
                                                       Provider provider, Database& database);
 

@@ -15,6 +15,13 @@ std::string healthKey(Provider provider) {
     return "integrationHealth." + std::string{rawValue(provider)};
 }
 
+std::optional<std::chrono::minutes> parsedMinutes(std::string_view text) {
+    int minutes = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), minutes);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return std::chrono::minutes{minutes};
+}
+
 }  // namespace
 
 std::optional<std::string> Settings::value(const std::string& key) {
@@ -32,30 +39,20 @@ void Settings::setValue(const std::string& key, const std::string& value) {
     insert->exec();
 }
 
-std::optional<NotificationPreferences> Settings::preferences() {
-    const auto stored = value(preferencesKey);
-    if (!stored) return std::nullopt;
-    auto decoded = NotificationPreferencesCoding::decode(*stored);
-    if (!decoded) return std::nullopt;
-    return *decoded;
+Preferences Settings::preferences() {
+    Preferences preferences;
+    if (const auto stored = value(preferencesKey))
+        if (auto decoded = NotificationPreferencesCoding::decode(*stored))
+            preferences.notifications = *decoded;
+    if (const auto stored = value(reminderIntervalKey))
+        if (const auto minutes = parsedMinutes(*stored))
+            preferences.host.reminderInterval = *minutes;
+    return preferences;
 }
 
-void Settings::setPreferences(const NotificationPreferences& preferences) {
-    setValue(preferencesKey, NotificationPreferencesCoding::encode(preferences));
-}
-
-std::optional<std::chrono::minutes> Settings::reminderInterval() {
-    const auto stored = value(reminderIntervalKey);
-    if (!stored) return std::nullopt;
-    int minutes = 0;
-    const auto [end, error] =
-        std::from_chars(stored->data(), stored->data() + stored->size(), minutes);
-    if (error != std::errc{} || end != stored->data() + stored->size()) return std::nullopt;
-    return std::chrono::minutes{minutes};
-}
-
-void Settings::setReminderInterval(std::chrono::minutes interval) {
-    setValue(reminderIntervalKey, std::to_string(interval.count()));
+void Settings::setPreferences(const Preferences& preferences) {
+    setValue(preferencesKey, NotificationPreferencesCoding::encode(preferences.notifications));
+    setValue(reminderIntervalKey, std::to_string(preferences.host.reminderInterval.count()));
 }
 
 WaitingCycle Settings::waitingCycle() {

@@ -4,13 +4,12 @@
 // when the database fails. What is stored and cannot be read counts as never stored.
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 
 #include "Domain/AgentEvent.h"
 #include "Integrations/IntegrationHealth.h"
-#include "Notifications/NotificationPreferences.h"
+#include "Preferences/HostPreferences.h"
 #include "SessionState/WaitingCycle.h"
 #include "Store/Database.h"
 
@@ -20,13 +19,9 @@ class Settings {
  public:
     explicit Settings(Database& database) : database_{database} {}
 
-    // Absent until the user has stored some.
-    std::optional<NotificationPreferences> preferences();
-    void setPreferences(const NotificationPreferences& preferences);
-
-    // Zero: none. Absent until the user has chosen.
-    std::optional<std::chrono::minutes> reminderInterval();
-    void setReminderInterval(std::chrono::minutes interval);
+    // The defaults of what the user has never chosen.
+    Preferences preferences();
+    void setPreferences(const Preferences& preferences);
 
     // Where stepping through the waiting sessions has come to.
     WaitingCycle waitingCycle();

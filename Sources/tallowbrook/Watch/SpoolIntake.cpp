@@ -1,7 +1,6 @@
 #include "Watch/SpoolIntake.h"
 
 #include "Channels/LinesChannel.h"
-#include "Preferences/HostSettings.h"
 #include "Store/Settings.h"
 #include "Watch/HostLock.h"
 #include "Watch/Ingest.h"
@@ -11,7 +10,7 @@ namespace tallowbrook::host {
 void takeInUnlessWatched(const TallowbrookPaths& paths, Database& database) {
     const auto lock = HostLock::tryAcquire(paths);
     if (!lock || !*lock) return;
-    const Ingest ingest{Settings{database}.preferences().value_or(defaultPreferences()),
+    const Ingest ingest{Settings{database}.preferences().notifications,
                         Calendar::current(),
                         {std::string{linesChannelName}}};
     ingest.run(EventSource::spool({paths}), database, currentInstant());

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <chrono>
 
-#include "Preferences/HostSettings.h"
 #include "Store/Outbox.h"
+#include "Store/Settings.h"
 #include "Watch/Absence.h"
 #include "Watch/Deliveries.h"
 #include "Watch/Ingest.h"
@@ -35,7 +35,7 @@ bool Watcher::pass() {
     nextDue_.reset();
     const bool done = troubles_.during([this] {
         // Read anew each time: another process may have changed them.
-        const auto preferences = Settings{database_}.preferences().value_or(defaultPreferences());
+        const auto preferences = Settings{database_}.preferences();
         const Instant now = operations_.now();
         if (!hasBegun_)
             for (const auto& channel : channels_)
@@ -50,8 +50,8 @@ bool Watcher::pass() {
     return done;
 }
 
-void Watcher::ingest(const NotificationPreferences& preferences, Instant now) {
-    const Ingest ingest{preferences, operations_.calendar(), usableChannels()};
+void Watcher::ingest(const Preferences& preferences, Instant now) {
+    const Ingest ingest{preferences.notifications, operations_.calendar(), usableChannels()};
     for (const auto& source : sources_) {
         auto report = ingest.run(source, database_, now);
         for (auto& trouble : report.troubles) troubles_.add(std::move(trouble));
@@ -64,15 +64,14 @@ void Watcher::ingest(const NotificationPreferences& preferences, Instant now) {
         missed_.merge(report.missedSessions);
     }
     const auto oldest =
-        now - std::chrono::duration_cast<Instant::duration>(preferences.maxEventAge);
+        now - std::chrono::duration_cast<Instant::duration>(preferences.notifications.maxEventAge);
     for (const auto& dropped : Outbox{database_}.dropOlderThan(oldest))
         missed_.insert(dropped.content.sessionStorageID);
 }
 
-void Watcher::remind(const NotificationPreferences& preferences, Instant now) {
-    const Reminders reminders{
-        Settings{database_}.reminderInterval().value_or(defaultReminderInterval), preferences,
-        operations_.calendar()};
+void Watcher::remind(const Preferences& preferences, Instant now) {
+    const Reminders reminders{preferences.host.reminderInterval, preferences.notifications,
+                              operations_.calendar()};
     const auto outlook = reminders.look(database_, now);
     passBy(outlook.next);
     if (outlook.due.empty()) return;
@@ -96,11 +95,11 @@ void Watcher::remind(const NotificationPreferences& preferences, Instant now) {
     transaction.commit();
 }
 
-void Watcher::tellWhatWasMissed(const NotificationPreferences& preferences, Instant now) {
+void Watcher::tellWhatWasMissed(const Preferences& preferences, Instant now) {
     const auto missed = std::exchange(missed_, {});
     if (hasBegun_ || missesNothing_) return;
-    if (const auto content =
-            awayNotification(missed, preferences, database_, now, operations_.calendar())) {
+    if (const auto content = awayNotification(missed, preferences.notifications, database_, now,
+                                              operations_.calendar())) {
         auto transaction = database_.beginWriting();
         Outbox{database_}.add(*content, now, now, usableChannels());
         transaction.commit();

@@ -9,8 +9,8 @@
 
 #include "Channels/Channel.h"
 #include "Notifications/Calendar.h"
+#include "Preferences/HostPreferences.h"
 #include "Store/Database.h"
-#include "Store/Settings.h"
 #include "Watch/EventSource.h"
 #include "Watch/Troubles.h"
 
@@ -43,9 +43,9 @@ class Watcher {
     std::optional<Instant> nextDue() const { return nextDue_; }
 
  private:
-    void ingest(const NotificationPreferences& preferences, Instant now);
-    void remind(const NotificationPreferences& preferences, Instant now);
-    void tellWhatWasMissed(const NotificationPreferences& preferences, Instant now);
+    void ingest(const Preferences& preferences, Instant now);
+    void remind(const Preferences& preferences, Instant now);
+    void tellWhatWasMissed(const Preferences& preferences, Instant now);
     void deliverAll();
     std::vector<std::string> usableChannels() const;
     void passBy(std::optional<Instant> time);

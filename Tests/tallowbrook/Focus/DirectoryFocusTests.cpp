@@ -18,7 +18,7 @@ struct FocusByDirectory : testing::Test {
     TemporaryDirectory directory;
     TallowbrookPaths paths{directory.path};
     FakeMachine machine;
-    std::string agentTerminal;
+    std::string agentDevicePath;
     std::vector<std::string> opened;
 
     FocusByDirectory() { machine.programs = {"tmux"}; }
@@ -29,8 +29,9 @@ struct FocusByDirectory : testing::Test {
             opened.push_back(window.appName + " " + target);
             return true;
         };
-        return DirectoryFocus{operations, EditorFocus{paths, operations, open},
-                              [this](const std::string& tty) { return tty == agentTerminal; }}
+        return DirectoryFocus{
+            operations, EditorFocus{paths, operations, open},
+            [this](const std::string& devicePath) { return devicePath == agentDevicePath; }}
             .focus(place);
     }
 
@@ -61,7 +62,7 @@ TEST_F(FocusByDirectory, ofSeveralPanesTakesTheOneWithTheAgent) {
     machine.answers[tmuxPanes] = "%0 $0 /dev/pts/1 /src/proj\n%1 $0 /dev/pts/2 /src/proj\n";
     machine.answers[tmuxSelection("%1")] = "";
     machine.answers[tmuxClients] = "$0 /dev/pts/0\n";
-    agentTerminal = "/dev/pts/2";
+    agentDevicePath = "/dev/pts/2";
     EXPECT_EQ(focus(), FocusOutcome::focused("The tmux pane %1 was selected."));
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Focus/Focus.h"
+#include "Focus/FocusOperations.h"
 #include "Support/FileContents.h"
 
 namespace tallowbrook::host {
@@ -23,6 +23,7 @@ struct FakeMachine {
     // What a program prints for a command line, joined by blanks; a missing one fails.
     std::map<std::string, std::string> answers;
     std::vector<std::string> programs;  // on PATH, below /bin
+    // By the names of terminal devices.
     std::map<std::string, std::vector<TerminalHost::Process>> chains;
     std::map<std::string, std::vector<TerminalHost::ProcessPair>> processes;
     std::map<pid_t, std::string> directories;
@@ -46,8 +47,9 @@ struct FakeMachine {
                     if (program == name) return "/bin/" + program;
                 return std::nullopt;
             },
-            .hostChain = [this](const std::string& tty) { return chains[tty]; },
-            .processesOnTTY = [this](const std::string& tty) { return processes[tty]; },
+            .hostChain = [this](const std::string& deviceName) { return chains[deviceName]; },
+            .processesOnDevice =
+                [this](const std::string& deviceName) { return processes[deviceName]; },
             .directoryOf = [this](pid_t pid) -> std::optional<std::string> {
                 const auto found = directories.find(pid);
                 if (found == directories.end()) return std::nullopt;

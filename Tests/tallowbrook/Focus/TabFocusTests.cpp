@@ -15,19 +15,19 @@ using testing::Contains;
 using testing::HasSubstr;
 using enum FocusOutcome::Result;
 
-struct FocusByTerminal : testing::Test {
+struct FocusByDevice : testing::Test {
     TemporaryDirectory directory;
     TallowbrookPaths paths{directory.path};
     FakeMachine machine;
 
-    FocusOutcome focus(const std::string& tty = "ttys003") {
+    FocusOutcome focus(const std::string& deviceName = "ttys003") {
         const auto operations = machine.operations();
-        return TabFocus{paths, operations}.focus(tty);
+        return TabFocus{paths, operations}.focus(deviceName);
     }
 
     // Process 700 hosts the terminal and is the application with this bundle identifier.
-    void hostBy(const std::string& bundle, const std::string& tty = "ttys003") {
-        machine.chains[tty] = {{800, "login"}, {700, "app"}};
+    void hostBy(const std::string& bundle, const std::string& deviceName = "ttys003") {
+        machine.chains[deviceName] = {{800, "login"}, {700, "app"}};
         machine.answers["/usr/bin/lsappinfo find pid=800"] = "\n";
         machine.answers["/usr/bin/lsappinfo find pid=700"] = "ASN:0x0-0x1:\n";
         machine.answers["/usr/bin/lsappinfo info -only bundleid ASN:0x0-0x1:"] =
@@ -35,18 +35,18 @@ struct FocusByTerminal : testing::Test {
     }
 
     void answerScript(TerminalApp app, const std::string& answer,
-                      const std::string& tty = "ttys003") {
-        machine.answers["/usr/bin/osascript -e " + focusScript(app, tty).value()] = answer;
+                      const std::string& deviceName = "ttys003") {
+        machine.answers["/usr/bin/osascript -e " + focusScript(app, deviceName).value()] = answer;
     }
 };
 
-TEST_F(FocusByTerminal, asksTheApplicationThatOwnsIt) {
+TEST_F(FocusByDevice, asksTheApplicationThatOwnsIt) {
     hostBy("com.apple.Terminal");
     answerScript(TerminalApp::terminal, "found\n");
     EXPECT_EQ(focus(), FocusOutcome::focused("Terminal was brought to the front."));
 }
 
-TEST_F(FocusByTerminal, bringsTheApplicationForwardWhereTheTabIsMissing) {
+TEST_F(FocusByDevice, bringsTheApplicationForwardWhereTheTabIsMissing) {
     hostBy("com.googlecode.iterm2");
     answerScript(TerminalApp::iTerm2, "missing\n");
     machine.answers["/usr/bin/open -b com.googlecode.iterm2"] = "";
@@ -55,14 +55,14 @@ TEST_F(FocusByTerminal, bringsTheApplicationForwardWhereTheTabIsMissing) {
                            "brought to the front."));
 }
 
-TEST_F(FocusByTerminal, saysWhenTheApplicationMayNotBeControlled) {
+TEST_F(FocusByDevice, saysWhenTheApplicationMayNotBeControlled) {
     hostBy("com.mitchellh.ghostty");
     const auto outcome = focus();
     EXPECT_EQ(outcome.result, nothing);
-    EXPECT_THAT(outcome.sentence, HasSubstr("may not allow it to be controlled"));
+    EXPECT_THAT(outcome.sentence.text(), HasSubstr("may not allow it to be controlled"));
 }
 
-TEST_F(FocusByTerminal, triesEveryApplicationThatRunsWhereNoOwnerIsKnown) {
+TEST_F(FocusByDevice, triesEveryApplicationThatRunsWhereNoOwnerIsKnown) {
     machine.answers["/usr/bin/lsappinfo find bundleid=com.googlecode.iterm2"] = "ASN:0x0-0x1:\n";
     answerScript(TerminalApp::iTerm2, "missing\n");
     answerScript(TerminalApp::terminal, "found\n");  // not running, so not asked
@@ -71,15 +71,15 @@ TEST_F(FocusByTerminal, triesEveryApplicationThatRunsWhereNoOwnerIsKnown) {
     EXPECT_EQ(focus(), FocusOutcome::focused("Ghostty was brought to the front."));
 }
 
-TEST_F(FocusByTerminal, saysWhenNoApplicationHasIt) { EXPECT_EQ(focus().result, nothing); }
+TEST_F(FocusByDevice, saysWhenNoApplicationHasIt) { EXPECT_EQ(focus().result, nothing); }
 
-TEST_F(FocusByTerminal, runsNoScriptForANameThatIsNoTerminal) {
+TEST_F(FocusByDevice, runsNoScriptForANameThatIsNoTerminal) {
     hostBy("com.apple.Terminal", "tty\"x");
     EXPECT_EQ(focus("tty\"x").result, nothing);
     EXPECT_THAT(machine.ran, testing::Not(Contains(HasSubstr("osascript"))));
 }
 
-TEST_F(FocusByTerminal, selectsTheTmuxPaneAndThenTheTerminalThatShowsIt) {
+TEST_F(FocusByDevice, selectsTheTmuxPaneAndThenTheTerminalThatShowsIt) {
     machine.chains["ttys009"] = {{900, "tmux"}};
     machine.programs = {"tmux"};
     machine.answers[tmuxPanes] = "%0 $1 /dev/ttys008 /tmp\n%1 $1 /dev/ttys009 /Users/x/my proj\n";
@@ -92,7 +92,7 @@ TEST_F(FocusByTerminal, selectsTheTmuxPaneAndThenTheTerminalThatShowsIt) {
         FocusOutcome::focused("The tmux pane %1 was selected. Terminal was brought to the front."));
 }
 
-TEST_F(FocusByTerminal, saysHowToAttachWhereNobodyShowsTheTmuxSession) {
+TEST_F(FocusByDevice, saysHowToAttachWhereNobodyShowsTheTmuxSession) {
     machine.chains["ttys009"] = {{900, "tmux"}};
     machine.programs = {"tmux"};
     machine.answers[tmuxPanes] = "%1 $1 /dev/ttys009 /tmp\n";
@@ -100,10 +100,10 @@ TEST_F(FocusByTerminal, saysHowToAttachWhereNobodyShowsTheTmuxSession) {
     machine.answers[tmuxClients] = "";
     const auto outcome = focus("ttys009");
     EXPECT_EQ(outcome.result, instead);
-    EXPECT_THAT(outcome.sentence, HasSubstr("tmux attach -t '$1'"));
+    EXPECT_THAT(outcome.sentence.text(), HasSubstr("tmux attach -t '$1'"));
 }
 
-struct FocusInEditor : FocusByTerminal {
+struct FocusInEditor : FocusByDevice {
     FocusInEditor() {
         hostBy("com.microsoft.VSCode");
         machine.processes["ttys003"] = {{850, 700}, {860, 850}};
@@ -125,7 +125,7 @@ TEST_F(FocusInEditor, opensTheFolderWhereNobodyTakesTheRequest) {
     machine.answers["/usr/bin/open -b com.microsoft.VSCode /Users/x/proj"] = "";
     const auto outcome = focus();
     EXPECT_EQ(outcome.result, instead);
-    EXPECT_THAT(outcome.sentence, HasSubstr("/Users/x/proj was opened in it instead"));
+    EXPECT_THAT(outcome.sentence.text(), HasSubstr("/Users/x/proj was opened in it instead"));
     EXPECT_TRUE(std::filesystem::is_empty(paths.editorRequestsDirectory())) << "it may act later";
 }
 
@@ -134,7 +134,7 @@ TEST_F(FocusInEditor, withoutAWindowRecordPointsToTheExtension) {
     machine.answers["/usr/bin/open -b com.microsoft.VSCode"] = "";
     const auto outcome = focus();
     EXPECT_EQ(outcome.result, instead);
-    EXPECT_THAT(outcome.sentence, HasSubstr("vscode:extension/tallowbrook.tallowbrook"));
+    EXPECT_THAT(outcome.sentence.text(), HasSubstr("vscode:extension/tallowbrook.tallowbrook"));
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ TEST(Database, isMadeEmptyWithTheCurrentSchema) {
     EXPECT_TRUE(SessionStore{database}.sessions().empty());
     EXPECT_TRUE(Outbox{database}.pending("lines").empty());
     EXPECT_EQ(Outbox{database}.newestPlace(), 0);
-    EXPECT_EQ(Settings{database}.preferences(), std::nullopt);
+    EXPECT_EQ(Settings{database}.preferences(), Preferences{});
 }
 
 TEST(Database, isTheOwnersAloneWhateverTheUmask) {

@@ -13,31 +13,30 @@ struct StoredSettings : testing::Test {
     Settings settings{database};
 };
 
-TEST_F(StoredSettings, keepPreferencesUntilOthersAreSet) {
-    NotificationPreferences preferences;
-    preferences.enabled = true;
-    preferences.quietHours = QuietHours{true, 1320, 420};
-    preferences.dedupeInterval = Seconds{2.5};
-    preferences.maxEventAge = Seconds{600};
-    settings.setPreferences(preferences);
-    EXPECT_EQ(settings.preferences(), preferences);
+Preferences someChosen() {
+    Preferences preferences;
+    preferences.notifications.paused = true;
+    preferences.notifications.quietHours = QuietHours{true, 1320, 420};
+    preferences.notifications.dedupeInterval = Seconds{2.5};
+    preferences.host.reminderInterval = std::chrono::minutes{0};
+    return preferences;
+}
 
-    preferences.paused = true;
-    settings.setPreferences(preferences);
+TEST_F(StoredSettings, keepPreferencesUntilOthersAreSet) {
+    EXPECT_EQ(settings.preferences(), Preferences{});
+    settings.setPreferences({});
+    settings.setPreferences(someChosen());
     Database next = home.open();
-    EXPECT_EQ(Settings{next}.preferences(), preferences);
-    EXPECT_EQ(home.rows("settings"), 1);
+    EXPECT_EQ(Settings{next}.preferences(), someChosen());
 }
 
 TEST_F(StoredSettings, thatCannotBeReadWereNeverStored) {
-    settings.setPreferences({});
-    settings.setReminderInterval(std::chrono::minutes{5});
+    settings.setPreferences(someChosen());
     settings.setWaitingCycle({WaitingCycle::Pick{"claudeCode|S1", sampleTime}});
     settings.setIntegrationHealth(Provider::claudeCode, {sampleTime, sampleTime});
     for (const char* broken : {"", "{", "[]", "{}x", R"({"enabled":1,"at":1,"setUpAt":1})"}) {
         home.execute("UPDATE settings SET value = '" + std::string{broken} + "'");
-        EXPECT_EQ(settings.preferences(), std::nullopt) << broken;
-        EXPECT_EQ(settings.reminderInterval(), std::nullopt) << broken;
+        EXPECT_EQ(settings.preferences(), Preferences{}) << broken;
         EXPECT_EQ(settings.waitingCycle(), WaitingCycle{}) << broken;
         EXPECT_EQ(settings.integrationHealth(Provider::claudeCode), IntegrationHealthRecord{})
             << broken;
@@ -45,10 +44,6 @@ TEST_F(StoredSettings, thatCannotBeReadWereNeverStored) {
 }
 
 TEST_F(StoredSettings, rememberWhatTheyAreGiven) {
-    EXPECT_EQ(settings.reminderInterval(), std::nullopt);
-    settings.setReminderInterval(std::chrono::minutes{0});
-    EXPECT_EQ(settings.reminderInterval(), std::chrono::minutes{0});
-
     const WaitingCycle cycle{WaitingCycle::Pick{"claudeCode|S1", sampleTime}};
     settings.setWaitingCycle(cycle);
     EXPECT_EQ(settings.waitingCycle(), cycle);

@@ -4,7 +4,6 @@
 
 #include "DatabaseAtHome.h"
 #include "FakeChannel.h"
-#include "Preferences/HostSettings.h"
 #include "Support/SampleSnapshots.h"
 
 namespace tallowbrook::host {
@@ -140,14 +139,14 @@ TEST_F(Watching, saysNothingOfSessionsThatNoListShows) {
 
 TEST_F(Watching, saysNothingOfAnAbsenceWhenItTakesOverOrTheUserWantsNone) {
     for (const char* id : {"W1", "W2"}) storeWaiting(id, now - minutes{60});
-    auto preferences = defaultPreferences();
-    preferences.paused = true;
+    Preferences preferences;
+    preferences.notifications.paused = true;
     Settings{database}.setPreferences(preferences);
     auto paused = makeWatcher();
     paused.pass();
     EXPECT_TRUE(fake.takeHeard().empty());
 
-    Settings{database}.setPreferences(defaultPreferences());
+    Settings{database}.setPreferences({});
     auto successor = makeWatcher();
     successor.takeOver();
     successor.pass();

@@ -1,10 +1,9 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "Focus/DirectoryFocus.h"
-#include "Focus/Focus.h"
+#include "Focus/SessionFocus.h"
 #include "Integrations/ProviderLocations.h"
 #include "Terminal/ProcessTable.h"
 
@@ -17,14 +16,16 @@ bool isAgent(std::string_view program) {
     });
 }
 
-bool agentRunsOn(const std::string& tty) {
-    const auto device = ProcessTable::terminalDevice(tty.substr(std::string_view{"/dev/"}.size()));
+bool agentRunsOn(const std::string& devicePath) {
+    // The table takes the name below /dev, such as pts/3.
+    const auto deviceName = devicePath.substr(std::string_view{"/dev/"}.size());
+    const auto device = ProcessTable::terminalDevice(deviceName);
     if (!device) return false;
     return std::ranges::any_of(ProcessTable::processesOnDevice(*device),
                                [](const auto& process) { return isAgent(process.name); });
 }
 
-// All but the unreserved characters of RFC 3986 and the slashes of a path.
+// Encodes all but the unreserved characters of RFC 3986 and the slashes of a path.
 std::string percentEncoded(std::string_view path) {
     constexpr std::string_view kept =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
@@ -39,19 +40,12 @@ std::string percentEncoded(std::string_view path) {
 
 }  // namespace
 
-std::optional<std::string> directoryOfProcess(pid_t pid) {
-    std::error_code error;
-    const auto directory =
-        std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/cwd", error);
-    if (error) return std::nullopt;
-    return directory.string();
-}
-
 FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
                           const FocusOperations& operations) {
     if (!session.cwd)
         return FocusOutcome::nothing(
             "The session's working directory is not known, so its window cannot be found.");
+    // An editor registers its own scheme with the desktop, and has no program of a name that lasts.
     const auto open = [&](const EditorWindow& window, const std::string& target) {
         const auto opener = operations.findProgram("xdg-open");
         if (!opener) return false;

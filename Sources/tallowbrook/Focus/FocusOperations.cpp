@@ -1,40 +1,34 @@
-#include "Focus/Focus.h"
+#include "Focus/FocusOperations.h"
 
 #include <unistd.h>
 
 #include <chrono>
 #include <thread>
 
+#include "Focus/ProcessDirectory.h"
 #include "System/SearchPath.h"
 
 namespace tallowbrook::host {
 namespace {
 
+// Longer than the 3 s after which the scripts for terminal applications give up by themselves.
 constexpr Seconds programTimeout{5};
+// Far more than tmux prints about hundreds of panes.
 constexpr std::int64_t maxOutputBytes = 1 << 20;
 
+// An extension takes a request by removing its file, and says nothing more.
 bool waitUntilTaken(const std::filesystem::path& request) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{1};
+    constexpr std::chrono::seconds patience{1};
+    constexpr std::chrono::milliseconds pollInterval{20};
+    const auto deadline = std::chrono::steady_clock::now() + patience;
     while (access(request.c_str(), F_OK) == 0) {
         if (std::chrono::steady_clock::now() >= deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds{20});
+        std::this_thread::sleep_for(pollInterval);
     }
     return true;
 }
 
 }  // namespace
-
-FocusOutcome FocusOutcome::focused(std::string sentence) {
-    return {Result::focused, std::move(sentence)};
-}
-
-FocusOutcome FocusOutcome::instead(std::string sentence) {
-    return {Result::instead, std::move(sentence)};
-}
-
-FocusOutcome FocusOutcome::nothing(std::string sentence) {
-    return {Result::nothing, std::move(sentence)};
-}
 
 FocusOperations FocusOperations::live() {
     return {
@@ -43,8 +37,10 @@ FocusOperations FocusOperations::live() {
                 return ProcessRunner::run(path, arguments, programTimeout, maxOutputBytes);
             },
         .findProgram = SearchPath::find,
-        .hostChain = [](const std::string& tty) { return TerminalHost::hostChain(tty); },
-        .processesOnTTY = [](const std::string& tty) { return TerminalHost::processesOnTTY(tty); },
+        .hostChain =
+            [](const std::string& deviceName) { return TerminalHost::hostChain(deviceName); },
+        .processesOnDevice =
+            [](const std::string& deviceName) { return TerminalHost::processesOnTTY(deviceName); },
         .directoryOf = directoryOfProcess,
         .requestIsTaken = waitUntilTaken,
     };

@@ -1,9 +1,7 @@
-#include "Focus/Focus.h"
+#include "Focus/SessionFocus.h"
 #include "Focus/TabFocus.h"
 
 namespace tallowbrook::host {
-
-std::optional<std::string> directoryOfProcess(pid_t) { return std::nullopt; }
 
 FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths& paths,
                           const FocusOperations& operations) {

@@ -1,4 +1,4 @@
-#include "Focus/Focus.h"
+#include "Focus/FocusOperations.h"
 
 #include <gtest/gtest.h>
 

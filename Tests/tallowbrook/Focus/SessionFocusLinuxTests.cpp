@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "Focus/FakeFocusOperations.h"
+#include "Focus/SessionFocus.h"
 #include "Support/FileContents.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"

@@ -1,0 +1,138 @@
+#include "Preferences/PreferenceTable.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+
+#include "Notifications/ReminderPolicy.h"
+
+namespace tallowbrook::host {
+namespace {
+
+bool parse(std::string_view value, bool& target) {
+    if (value != "on" && value != "off") return false;
+    target = value == "on";
+    return true;
+}
+
+// Whole seconds, so that the value is shown as it was typed, and no more than a year of them, far
+// from where a time in the past or future could overflow.
+bool parse(std::string_view value, Seconds& target) {
+    constexpr int aYear = 31'536'000;
+    int seconds = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
+    if (error != std::errc{} || end != value.data() + value.size()) return false;
+    if (seconds < 0 || seconds > aYear) return false;
+    target = Seconds{seconds};
+    return true;
+}
+
+// Minutes after midnight of "22:00". Both digits of the hour are asked for, so that what is shown
+// and what is typed look alike.
+std::optional<int> parseTimeOfDay(std::string_view text) {
+    if (text.size() != 5 || text[2] != ':') return std::nullopt;
+    for (const std::size_t i : {0u, 1u, 3u, 4u})
+        if (text[i] < '0' || text[i] > '9') return std::nullopt;
+    const int hour = (text[0] - '0') * 10 + (text[1] - '0');
+    const int minute = (text[3] - '0') * 10 + (text[4] - '0');
+    if (hour > 23 || minute > 59) return std::nullopt;
+    return hour * 60 + minute;
+}
+
+// A switch keeps the hours, so that they need not be typed again.
+bool parse(std::string_view value, QuietHours& target) {
+    if (parse(value, target.enabled)) return true;
+    constexpr std::size_t timeLength = 5;
+    if (value.size() != 2 * timeLength + 1 || value[timeLength] != '-') return false;
+    const auto start = parseTimeOfDay(value.substr(0, timeLength));
+    const auto end = parseTimeOfDay(value.substr(timeLength + 1));
+    // An empty window would look switched on and never be in force.
+    if (!start || !end || *start == *end) return false;
+    target = QuietHours{true, *start, *end};
+    return true;
+}
+
+// Of minutes there is the interval of reminders alone, and of that the few choices that are
+// offered, so that a typing error cannot make it remind all day.
+bool parse(std::string_view value, std::chrono::minutes& target) {
+    if (value == "off") {
+        target = std::chrono::minutes{0};
+        return true;
+    }
+    const auto* choice =
+        std::ranges::find_if(ReminderPolicy::intervalChoices,
+                             [value](int minutes) { return value == std::to_string(minutes); });
+    if (choice == ReminderPolicy::intervalChoices.end()) return false;
+    target = std::chrono::minutes{*choice};
+    return true;
+}
+
+std::string text(bool value) { return value ? "on" : "off"; }
+
+std::string text(Seconds value) { return fmt::format("{}", value.count()); }
+
+std::string text(const QuietHours& hours) {
+    if (!hours.enabled) return "off";
+    return fmt::format("{:02}:{:02}-{:02}:{:02}", hours.startMinute / 60, hours.startMinute % 60,
+                       hours.endMinute / 60, hours.endMinute % 60);
+}
+
+std::string text(std::chrono::minutes value) {
+    return value.count() > 0 ? std::to_string(value.count()) : "off";
+}
+
+// A field of either record.
+template <typename Value>
+auto& fieldOf(auto& preferences, Value NotificationPreferences::* field) {
+    return preferences.notifications.*field;
+}
+template <typename Value>
+auto& fieldOf(auto& preferences, Value HostPreferences::* field) {
+    return preferences.host.*field;
+}
+
+template <auto field>
+constexpr PreferenceRow row(std::string_view name, std::string_view meaning) {
+    return {
+        name, meaning, [](const Preferences& from) { return text(fieldOf(from, field)); },
+        [](Preferences& to, std::string_view value) { return parse(value, fieldOf(to, field)); }};
+}
+
+constexpr std::array rows{
+    row<&NotificationPreferences::enabled>("enabled", "notifications at all"),
+    row<&NotificationPreferences::paused>("paused", "hold them back for now"),
+    row<&NotificationPreferences::notifyOnAttention>("notifyOnAttention",
+                                                     "when a session needs permission or input"),
+    row<&NotificationPreferences::notifyOnCompletion>("notifyOnCompletion",
+                                                      "when a turn completes"),
+    row<&NotificationPreferences::notifyOnFailure>("notifyOnFailure", "when a turn fails"),
+    row<&NotificationPreferences::quietHours>("quietHours",
+                                              "tell nothing in these hours, such as 22:00-07:00"),
+    row<&NotificationPreferences::dedupeInterval>("dedupeInterval",
+                                                  "seconds in which the same is told once"),
+    row<&NotificationPreferences::maxEventAge>("maxEventAge",
+                                               "seconds after which an event is too old to tell"),
+    row<&NotificationPreferences::playSound>("playSound", "with a sound"),
+    row<&HostPreferences::reminderInterval>(
+        "reminderInterval",
+        "minutes of waiting after which you are reminded: off, 5, 10, 15 or 30"),
+};
+
+}  // namespace
+
+std::span<const PreferenceRow> preferenceRows() { return rows; }
+
+std::expected<Preferences, Sentence> setPreference(Preferences preferences, std::string_view name,
+                                                   std::string_view value) {
+    const auto* row = std::ranges::find(rows, name, &PreferenceRow::name);
+    if (row == rows.end())
+        return std::unexpected(Sentence{fmt::format("There is no preference named \"{}\".", name)});
+    if (!row->change(preferences, value))
+        return std::unexpected(Sentence{fmt::format("\"{}\" is no value for {}.", value, name)});
+    return preferences;
+}
+
+}  // namespace tallowbrook::host
