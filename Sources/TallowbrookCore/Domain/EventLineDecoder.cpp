@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Domain/EventCoding.h"
+#include "Domain/JSONRepair.h"
 #include "Domain/StreamingJSON.h"
 
 namespace tallowbrook {
@@ -251,18 +252,28 @@ class LineHandler : public StreamingJSONHandler {
     PartedText text_;
 };
 
-constexpr boost::json::parse_options strictOptions() { return {}; }
+struct Outcome {
+    bool parsed = false;
+    LineHandler handler;
+};
+
+Outcome parse(std::string_view line) {
+    boost::json::basic_parser<LineHandler> parser{boost::json::parse_options{}};
+    const bool parsed = parseWhole(parser, line);
+    return {parsed, std::move(parser.handler())};
+}
 
 }  // namespace
 
 std::expected<AgentEvent, DecodingError> EventCoding::decodeLine(std::string_view line) {
-    boost::json::basic_parser<LineHandler> parser{strictOptions()};
-    const bool parsed = parseWhole(parser, line);
-    if (parser.handler().dateFailed())
+    auto outcome = parse(line);
+    if (!outcome.parsed)
+        if (const auto repaired = JSONRepair::forEventLine(line)) outcome = parse(*repaired);
+    if (outcome.handler.dateFailed())
         return std::unexpected(DecodingError{"Invalid ISO 8601 date"});
-    if (!parsed || !parser.handler().complete())
+    if (!outcome.parsed || !outcome.handler.complete())
         return std::unexpected(DecodingError{"invalid event line"});
-    return std::move(parser.handler().event);
+    return std::move(outcome.handler.event);
 }
 
 }  // namespace tallowbrook

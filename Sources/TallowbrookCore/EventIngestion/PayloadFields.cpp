@@ -1,7 +1,7 @@
 #include "EventIngestion/PayloadFields.h"
 
+#include "Domain/JSONRepair.h"
 #include "Domain/StreamingJSON.h"
-#include "EventIngestion/PayloadRepair.h"
 
 namespace tallowbrook {
 namespace {
@@ -83,7 +83,7 @@ std::expected<PayloadFields, PayloadSyntaxError> readPayloadFields(std::string_v
 
     auto fields = parse(payload);
     if (fields || fields.error() == PayloadSyntaxError::notAnObject) return fields;
-    if (const auto repaired = PayloadRepair::repair(payload)) return parse(*repaired);
+    if (const auto repaired = JSONRepair::forPayload(payload)) return parse(*repaired);
     return fields;
 }
 

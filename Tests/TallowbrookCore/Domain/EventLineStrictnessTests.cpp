@@ -111,15 +111,45 @@ TEST(EventLineStrictness, invalidUTF8FailsTheLineWhereverItStands) {
     }
 }
 
+bool decodesUnknownNumber(const std::string& number) {
+    const bool alone = decodes(line.with("later", number));
+    EXPECT_EQ(decodes(line.with("later", R"(["1e999\"",)" + number + "]")), alone) << number;
+    EXPECT_EQ(decodes(line.with("detail", R"({"x":)" + number + "}")), alone) << number;
+    EXPECT_FALSE(decodes(line.with("schema", number))) << number;
+    return alone;
+}
+
+const std::string manyZeros(400, '0');
+
 TEST(EventLineStrictness, numbersBeyondDoublesFailTheLine) {
-    for (const char* number : {"1e999", "-1e999", "1E+400", "1e99999999999", "-2e308"}) {
-        EXPECT_FALSE(decodes(line.with("later", number))) << number;
-        EXPECT_FALSE(decodes(line.with("later", "[" + std::string{number} + "]"))) << number;
-        EXPECT_FALSE(decodes(line.with("schema", number))) << number;
-        EXPECT_FALSE(decodes(line.with("detail", "{\"x\":" + std::string{number} + "}"))) << number;
+    for (const std::string& number :
+         {std::string{"1e999"}, std::string{"-1e999"}, std::string{"1E+400"}, std::string{"1e309"},
+          std::string{"-2e308"}, std::string{"1.7976931348623159e308"},
+          std::string{"0.00179769313486231581e311"}, std::string{"1e99999999999"},
+          std::string{"10.5e2147483648"}, "1" + manyZeros, "1" + manyZeros + ".5",
+          "0." + manyZeros + "1e800", "1e" + std::string(40, '9')})
+        EXPECT_FALSE(decodesUnknownNumber(number)) << number;
+}
+
+TEST(EventLineStrictness, numbersTooSmallForDoublesAndZerosOfAnyExponentDoNotFailTheLine) {
+    for (const std::string& number :
+         {std::string{"0e309"}, std::string{"-0E+309"}, std::string{"0.000e99999999999"},
+          std::string{"0e-2147483649"}, std::string{"1e-400"}, std::string{"1e-2147483648"},
+          std::string{"-12.5e-99999999999"}, std::string{"1e308"}, std::string{"-1.5e-300"},
+          std::string{"1.7976931348623157e308"}, std::string{"1e0000000000000000000308"},
+          "0." + manyZeros + "1e700", "1" + manyZeros + "e-401", "1e-" + std::string(40, '9'),
+          "0e" + std::string(40, '9')})
+        EXPECT_TRUE(decodesUnknownNumber(number)) << number;
+}
+
+TEST(EventLineStrictness, whatIsNoNumberFailsTheLineWhateverItsExponent) {
+    for (const char* token : {"00e309", "-e309", "0.e309", ".0e309", "0e+-309", "0e", "0ee309",
+                              "0e309x", "0e309 1", "+0e309", "0e309e1", "0e309-", "--0e309"}) {
+        EXPECT_FALSE(decodes(line.with("later", token))) << token;
+        EXPECT_FALSE(decodes(line.with("later", token).adding("more", "0e99999999999"))) << token;
     }
-    EXPECT_TRUE(decodes(line.with("later", "1e308")));
-    EXPECT_TRUE(decodes(line.with("later", "-1.5e-300")));
+    EXPECT_FALSE(decodes(line.with("later", "0e99999999999").with("more", R"("\ud83d")")));
+    EXPECT_FALSE(decodes(line.with("later", "0e99999999999").with("more", "1e99999999999")));
 }
 
 std::string nested(std::size_t levels, char open, char close) {
