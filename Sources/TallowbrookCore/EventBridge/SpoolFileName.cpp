@@ -3,12 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
-#include <system_error>
 #include <tuple>
 
 #include "System/DirectoryListing.h"
 #include "System/RandomHex.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook {
 namespace {
@@ -21,13 +20,6 @@ std::string randomWord() {
     for (char& digit : text)
         if (digit >= 'a') digit = static_cast<char>(digit - 'a' + 'A');
     return text;
-}
-
-std::optional<std::int64_t> parseMicros(std::string_view text) {
-    std::int64_t micros = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), micros);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return micros;
 }
 
 }  // namespace
@@ -50,7 +42,8 @@ std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::
 
     const std::string_view text = name;
     const auto prefix = fromRawValue<Prefix>(text.substr(0, firstDash));
-    const auto micros = parseMicros(text.substr(firstDash + 1, secondDash - firstDash - 1));
+    const auto micros =
+        parseNumber<std::int64_t>(text.substr(firstDash + 1, secondDash - firstDash - 1));
     if (!prefix || !micros) return std::nullopt;
     return Entry{file, *prefix, *micros};
 }

@@ -14,6 +14,7 @@
 #include "System/DirectoryListing.h"
 #include "System/SearchPath.h"
 #include "System/UserHome.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook {
 namespace {
@@ -25,13 +26,9 @@ constexpr std::size_t maxVersionLength = 80;
 constexpr std::array<std::string_view, 4> editorFolders{".vscode", ".vscode-insiders", ".cursor",
                                                         ".windsurf"};
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 // Takes the digits at the front, and gives them without the zeros that do not count.
 std::string_view takeNumber(std::string_view& text) {
-    const auto end = std::ranges::find_if_not(text, isDigit);
-    std::string_view digits{text.begin(), end};
-    text.remove_prefix(digits.size());
+    std::string_view digits = takeDigits(text);
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
     return digits;
 }

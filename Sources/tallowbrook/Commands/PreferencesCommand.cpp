@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 #include "Commands/StoreCommand.h"
 #include "Notifications/ReminderPolicy.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
 #include "Preferences/HostSettings.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -32,23 +32,19 @@ bool parseSwitch(std::string_view value, bool& target) {
 
 bool parseSeconds(std::string_view value, Seconds& target) {
     constexpr int aYear = 31'536'000;
-    int seconds = 0;
-    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
-    if (error != std::errc{} || end != value.data() + value.size()) return false;
-    if (seconds < 0 || seconds > aYear) return false;
-    target = Seconds{seconds};
+    const auto seconds = parseNumber<int>(value);
+    if (!seconds || *seconds < 0 || *seconds > aYear) return false;
+    target = Seconds{*seconds};
     return true;
 }
 
 // Minutes after midnight of "22:00".
 std::optional<int> parseTimeOfDay(std::string_view text) {
     if (text.size() != 5 || text[2] != ':') return std::nullopt;
-    for (const std::size_t i : {0u, 1u, 3u, 4u})
-        if (text[i] < '0' || text[i] > '9') return std::nullopt;
-    const int hour = (text[0] - '0') * 10 + (text[1] - '0');
-    const int minute = (text[3] - '0') * 10 + (text[4] - '0');
-    if (hour > 23 || minute > 59) return std::nullopt;
-    return hour * 60 + minute;
+    const auto hour = parseNumber<unsigned>(text.substr(0, 2));
+    const auto minute = parseNumber<unsigned>(text.substr(3));
+    if (!hour || !minute || *hour > 23 || *minute > 59) return std::nullopt;
+    return static_cast<int>(*hour * 60 + *minute);
 }
 
 bool parseQuietHours(std::string_view value, QuietHours& target) {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <thread>
 
@@ -15,6 +14,7 @@
 #include "SessionState/SessionSnapshotCoding.h"
 #include "Store/StoreSchema.h"
 #include "System/FileDescriptor.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -348,11 +348,9 @@ void EventStore::setPreferences(const NotificationPreferences& preferences) {
 std::optional<std::chrono::minutes> EventStore::reminderInterval() {
     const auto stored = setting(reminderIntervalKey);
     if (!stored) return std::nullopt;
-    int minutes = 0;
-    const auto [end, error] =
-        std::from_chars(stored->data(), stored->data() + stored->size(), minutes);
-    if (error != std::errc{} || end != stored->data() + stored->size()) return std::nullopt;
-    return std::chrono::minutes{minutes};
+    const auto minutes = parseNumber<int>(*stored);
+    if (!minutes) return std::nullopt;
+    return std::chrono::minutes{*minutes};
 }
 
 void EventStore::setReminderInterval(std::chrono::minutes interval) {
