@@ -97,13 +97,7 @@ std::string RestorePlanError::description() const {
 }
 
 HookInstallSpec IntegrationSetup::spec(Provider provider, std::string_view helperPath) {
-    switch (provider) {
-        case Provider::claudeCode:
-            return HookInstallSpec::claudeCode(helperPath);
-        case Provider::codexCLI:
-            break;
-    }
-    return HookInstallSpec::codex(helperPath);
+    return HookInstallSpec::of(provider, helperPath);
 }
 
 HelperStatus IntegrationSetup::helperStatus(const path& installed, const path& bundled) {

@@ -9,8 +9,8 @@
 #include <span>
 #include <utility>
 
+#include "Domain/AgentProfile.h"
 #include "Integrations/ProcessRunner.h"
-#include "Integrations/ProviderLocations.h"
 #include "System/DirectoryListing.h"
 #include "System/SearchPath.h"
 #include "System/UserHome.h"
@@ -154,7 +154,7 @@ ProviderDetector ProviderDetector::live(bool probeVersions) {
 }
 
 std::vector<std::string> ProviderDetector::candidateExecutables(Provider provider) const {
-    const auto& locations = ProviderLocations::of(provider);
+    const auto& locations = AgentProfile::of(provider).locations;
     const std::string name = "/" + std::string{locations.executableName};
     CandidateList candidates;
     for (const auto& directory : searchPath) candidates.add(directory, name);
@@ -167,12 +167,12 @@ std::vector<std::string> ProviderDetector::candidateExecutables(Provider provide
         candidates.addEach(folder, locations.extensionExecutables);
     candidates.addEach("", locations.absoluteExecutables);
     for (const auto& folder : extensions)
-        candidates.addEach(folder, ProviderLocations::systemExtensionExecutables(provider));
+        candidates.addEach(folder, locations.systemExtensionExecutables());
     return candidates.take();
 }
 
 ProviderDetection ProviderDetector::detect(Provider provider) const {
-    const auto& locations = ProviderLocations::of(provider);
+    const auto& locations = AgentProfile::of(provider).locations;
     const std::string configDirectory = homeDirectory + std::string{locations.configDirectory};
     ProviderDetection detection;
     detection.provider = provider;

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "Domain/AgentProfile.h"
 #include "Focus/DirectoryFocus.h"
 #include "Focus/Focus.h"
-#include "Integrations/ProviderLocations.h"
 #include "Terminal/ProcessTable.h"
 
 namespace tallowbrook::host {
@@ -13,7 +13,7 @@ namespace {
 
 bool isAgent(std::string_view program) {
     return std::ranges::any_of(allCases<Provider>(), [&](Provider provider) {
-        return program == ProviderLocations::of(provider).executableName;
+        return program == AgentProfile::of(provider).locations.executableName;
     });
 }
 

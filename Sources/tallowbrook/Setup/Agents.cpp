@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "Domain/AgentProfile.h"
 #include "Integrations/HookInstallSpec.h"
 #include "Integrations/ProviderDetector.h"
 
@@ -11,8 +12,7 @@ namespace {
 
 // Where the user has moved the agent's directory to.
 std::optional<std::filesystem::path> movedDirectory(Provider provider) {
-    const char* name = provider == Provider::claudeCode ? "CLAUDE_CONFIG_DIR" : "CODEX_HOME";
-    const char* value = std::getenv(name);
+    const char* value = std::getenv(AgentProfile::of(provider).locations.configDirectoryVariable);
     if (value == nullptr || *value == '\0') return std::nullopt;
     return std::filesystem::absolute(value);
 }
@@ -43,6 +43,12 @@ std::vector<std::string> agentNames() {
     return names;
 }
 
+std::string agentNameChoice() {
+    std::string choice;
+    for (const auto& name : agentNames()) choice += (choice.empty() ? "" : " or ") + name;
+    return choice;
+}
+
 std::vector<Agent> allAgents() {
     std::vector<Agent> agents;
     for (const auto provider : allCases<Provider>()) agents.push_back(locate(provider));
@@ -63,8 +69,8 @@ std::expected<std::vector<Agent>, std::string> chosenAgents(const AgentChoice& c
         agents.front().configFile = std::filesystem::absolute(*choice.configFile);
     }
     if (agents.empty())
-        return std::unexpected(
-            "No agent was found on this machine. Name the one you mean: claude-code or codex.");
+        return std::unexpected("No agent was found on this machine. Name the one you mean: " +
+                               agentNameChoice() + ".");
     return agents;
 }
 

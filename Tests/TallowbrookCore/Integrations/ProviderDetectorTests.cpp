@@ -7,7 +7,7 @@
 #include <map>
 #include <set>
 
-#include "Integrations/ProviderLocations.h"
+#include "Domain/AgentProfile.h"
 
 namespace tallowbrook {
 namespace {
@@ -131,7 +131,8 @@ TEST(ProviderDetector, aCodexExtensionHasAnExecutableForEachProcessor) {
 
     std::vector<std::string> expected;
     for (const char* version : {"openai.chatgpt-0.4.10", "openai.chatgpt-0.4.9"})
-        for (const auto path : ProviderLocations::systemExtensionExecutables(Provider::codexCLI))
+        for (const auto path :
+             AgentProfile::of(Provider::codexCLI).locations.systemExtensionExecutables())
             expected.push_back(extensions + version + std::string{path});
     EXPECT_EQ(systemsOwn, expected);
 }
