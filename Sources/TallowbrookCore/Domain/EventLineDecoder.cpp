@@ -129,6 +129,8 @@ class LineHandler : public StreamingJSONHandler {
     }
 
     bool on_array_begin(ErrorCode& error) {
+        // Members of objects inside an array have a level of their own, so none is taken for a
+        // field.
         if (level_ == 0 || field_ != Field::unknown) return refuse(error);
         ++level_;
         otherKeys_.emplace_back();
@@ -151,6 +153,7 @@ class LineHandler : public StreamingJSONHandler {
         field_ = level_ == 1                ? fieldNamed(key, eventFields)
                  : level_ == 2 && inDetail_ ? fieldNamed(key, detailFields)
                                             : Field::unknown;
+        // Of a key that comes twice the reader and the writer might mean different values.
         const bool isNew = field_ == Field::unknown ? otherKeys_.back().emplace(key).second
                                                     : (seen_ & bit(field_)) == 0;
         if (!isNew) return refuse(error);
@@ -176,6 +179,7 @@ class LineHandler : public StreamingJSONHandler {
         return true;
     }
 
+    // Comes only for what is beyond a signed integer.
     bool on_uint64(std::uint64_t, std::string_view, ErrorCode& error) { return onlyUnknown(error); }
 
     bool on_double(double value, std::string_view, ErrorCode& error) {
@@ -266,6 +270,8 @@ Outcome parse(std::string_view line) {
 }  // namespace
 
 std::expected<AgentEvent, DecodingError> EventCoding::decodeLine(std::string_view line) {
+    // The library takes some numbers for errors that are none. Lines with such numbers are rare, so
+    // only a line that failed is looked through for them.
     auto outcome = parse(line);
     if (!outcome.parsed)
         if (const auto repaired = JSONRepair::forEventLine(line)) outcome = parse(*repaired);

@@ -71,6 +71,7 @@ std::optional<Instant> EventDate::parse(std::string_view text) {
 
     const year_month_day date{year{static_cast<int>(*yearNumber)}, month{*monthNumber},
                               day{*dayNumber}};
+    // Year 0 lies before the distant past. A leap second is no time that a clock here can give.
     if (*yearNumber == 0 || !date.ok() || *hour > 23 || *minute > 59 || *second > 59)
         return std::nullopt;
     return Instant{sys_days{date}} + hours{*hour} + minutes{*minute} + seconds{*second} +

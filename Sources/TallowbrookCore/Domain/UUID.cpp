@@ -42,6 +42,7 @@ std::optional<UUID> UUIDText::parse(std::string_view text) {
 }
 
 std::expected<UUID, FileError> randomUUID() {
+    // Nothing may throw across our headers, and Boost does so where there are no random bytes.
     try {
         return boost::uuids::random_generator{}();
     } catch (const boost::uuids::entropy_error& error) {

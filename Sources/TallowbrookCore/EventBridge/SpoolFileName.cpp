@@ -33,6 +33,7 @@ std::string SpoolFileName::make(Prefix prefix, Instant date) {
 }
 
 std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::path& file) {
+    // The active file and the lock lie in the directory, too, and so may what others put there.
     const std::string name = file.filename().string();
     if (!name.ends_with(extension)) return std::nullopt;
     const std::size_t firstDash = name.find('-');

@@ -32,9 +32,9 @@ class PayloadFields {
 enum class PayloadSyntaxError { invalidJSON, notAnObject };
 
 // Reads a JSON text (RFC 8259) in one pass without building a tree. Lenient where strictness would
-// lose an event over text that nobody reads: a byte-order mark is skipped, of a key that comes
-// twice the last one counts, and a string may hold invalid UTF-8 or a lone surrogate, a number any
-// exponent. At most 1024 nested levels; deeper ones are `invalidJSON`.
+// lose an event over text that the helper does not read: a byte-order mark is skipped, of a key
+// that comes twice the last one counts, and a string may hold invalid UTF-8 or a lone surrogate, a
+// number any exponent. At most 1024 nested levels; deeper ones are `invalidJSON`.
 std::expected<PayloadFields, PayloadSyntaxError> readPayloadFields(std::string_view payload);
 
 }  // namespace tallowbrook

@@ -63,6 +63,7 @@ AgentEvent PayloadNormalizer::makeEvent(const PayloadFields& fields, PayloadSour
     const auto name = FieldSanitizer::token(fields[dialect.eventName], maxEventNameLength);
     if (!name) return event;
     event.eventType = *name;
+    // A name without a rule is kept for the host, which may know more events than this helper.
     const auto rule = std::ranges::find(dialect.events, *name, &AgentEventRule::name);
     if (rule != dialect.events.end()) applyRule(*rule, fields, event);
     return event;
@@ -74,6 +75,7 @@ std::expected<AgentEvent, NormalizationError> PayloadNormalizer::normalize(std::
                                                                            Instant observedAt,
                                                                            const UUID& id) {
     if (payload.empty()) return std::unexpected(NormalizationError::emptyPayload());
+    // Before any parsing, so that no payload of whatever size keeps the agent waiting.
     if (payload.size() > maxPayloadBytes)
         return std::unexpected(NormalizationError::payloadTooLarge(payload.size()));
     const auto fields = readPayloadFields(payload);

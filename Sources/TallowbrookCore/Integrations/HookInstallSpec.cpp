@@ -10,6 +10,7 @@ namespace {
 // Ends the quoted word, gives a quote by itself, and begins the next quoted word.
 constexpr std::string_view quoteInQuotes = R"('\'')";
 
+// Within single quotes a shell takes every other byte for itself.
 std::string singleQuoted(std::string_view text) {
     std::string quoted = "'";
     for (const char c : text) {

@@ -93,10 +93,12 @@ std::vector<std::string> namesInDirectory(const std::string& path) {
 std::optional<std::string> probedVersion(const std::string& executablePath) {
     const auto result =
         ProcessRunner::run(executablePath, {"--version"}, versionTimeout, maxVersionOutputBytes);
+    // What a failing program prints is an error text, not a version.
     if (!result || result->status != 0) return std::nullopt;
     return ProviderDetector::sanitizeVersion(result->output);
 }
 
+// Paths are joined as plain text.
 std::string liveHomeDirectory() {
     std::string home = userHomeDirectory().value_or("").string();
     while (home.ends_with('/')) home.pop_back();
@@ -196,6 +198,7 @@ ProviderDetection ProviderDetector::detect(Provider provider) const {
 
 std::optional<std::string> ProviderDetector::sanitizeVersion(std::string_view output) {
     std::string version{firstLine(output)};
+    // Some programs colour their output; the report is plain text.
     std::erase_if(version, [](char c) { return c < ' ' || c > '~'; });
     version.erase(0, std::min(version.find_first_not_of(' '), version.size()));
     version.erase(version.find_last_not_of(' ') + 1);
