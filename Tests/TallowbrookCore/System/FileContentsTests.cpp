@@ -45,12 +45,6 @@ TEST_F(FileContentsTest, readsEveryByte) {
     }
 }
 
-TEST_F(FileContentsTest, readsThroughALink) {
-    writeContents(file, "text");
-    fs::create_symlink("file", temporary.path / "link");
-    EXPECT_EQ(FileContents::read(temporary.path / "link"), "text");
-}
-
 TEST_F(FileContentsTest, refusesWhatIsNoRegularFileAndNeverWaits) {
     EXPECT_EQ(reading(file), failed("open", ENOENT));
     EXPECT_EQ(reading(temporary.path), failed("read", EISDIR));
@@ -59,10 +53,6 @@ TEST_F(FileContentsTest, refusesWhatIsNoRegularFileAndNeverWaits) {
     EXPECT_EQ(reading("/dev/null"), failed("read", EINVAL));
     fs::create_symlink("loop", temporary.path / "loop");
     EXPECT_EQ(reading(temporary.path / "loop"), failed("open", ELOOP));
-    fs::create_symlink("nowhere", temporary.path / "dangling");
-    EXPECT_EQ(reading(temporary.path / "dangling"), failed("open", ENOENT));
-    writeContents(temporary.path / "plain", "");
-    EXPECT_EQ(reading(temporary.path / "plain" / "file"), failed("open", ENOTDIR));
 }
 
 TEST_F(FileContentsTest, refusesAFileThatTheUserMayNotRead) {
