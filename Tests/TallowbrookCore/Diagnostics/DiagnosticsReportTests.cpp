@@ -59,16 +59,13 @@ class DiagnosticsReportTest : public testing::Test {
 };
 
 TEST_F(DiagnosticsReportTest, showsWhatIsMissingAsMissing) {
-    EXPECT_EQ(report.render(),
-              "Tallowbrook diagnostics (sanitized)\n"
-              "App 1.4.0 · helper/adapter 0.1.0 · " +
-                  OperatingSystem::description() +
-                  "\n"
-                  "Data directory: ~/Library/Application Support/Tallowbrook\n"
-                  "Notification permission: allowed\n"
-                  "Stored events: unavailable · pending spool segments: 0\n"
-                  "Sessions: none\n"
-                  "Last event: never");
+    EXPECT_THAT(linesOf(report.render()),
+                ElementsAre("Tallowbrook diagnostics (sanitized)",
+                            "App 1.4.0 · helper/adapter 0.1.0 · " + OperatingSystem::description(),
+                            "Data directory: ~/Library/Application Support/Tallowbrook",
+                            "Notification permission: allowed",
+                            "Stored events: unavailable · pending spool segments: 0",
+                            "Sessions: none", "Last event: never"));
 }
 
 TEST_F(DiagnosticsReportTest, showsAllThatIsKnown) {
@@ -94,22 +91,17 @@ TEST_F(DiagnosticsReportTest, showsAllThatIsKnown) {
     report.lastEventAt = sampleTime;
     report.pendingSpoolFiles = 3;
     report.helperLogTail = {"2026-11-15T03:30:55.123Z lock-timeout"};
-    EXPECT_EQ(report.render(),
-              "Tallowbrook diagnostics (sanitized)\n"
-              "App 1.4.0 · helper/adapter 0.1.0 · " +
-                  OperatingSystem::description() +
-                  "\n"
-                  "Data directory: ~/Library/Application Support/Tallowbrook\n"
-                  "Notification permission: allowed\n"
-                  "Stored events: 12345678901 · pending spool segments: 3\n"
-                  "Sessions: Working=2, Failed=1\n"
-                  "Last event: 2026-11-15T03:30:55.123Z\n"
-                  "Codex CLI: configOnly · hooks file ~/.codex/hooks.json · waiting\n"
-                  "Claude Code: installed · 2.1.0 (Claude Code) · ~/.local/bin/claude"
-                  " · hooks file ~/.claude/settings.json · integration installed"
-                  " · last live event 2026-11-15T03:30:55Z\n"
-                  "Recent helper diagnostics:\n"
-                  "  2026-11-15T03:30:55.123Z lock-timeout");
+    auto lines = linesOf(report.render());
+    lines.erase(lines.begin(), lines.begin() + 4);
+    EXPECT_THAT(
+        lines,
+        ElementsAre("Stored events: 12345678901 · pending spool segments: 3",
+                    "Sessions: Working=2, Failed=1", "Last event: 2026-11-15T03:30:55.123Z",
+                    "Codex CLI: configOnly · hooks file ~/.codex/hooks.json · waiting",
+                    "Claude Code: installed · 2.1.0 (Claude Code) · ~/.local/bin/claude"
+                    " · hooks file ~/.claude/settings.json · integration installed"
+                    " · last live event 2026-11-15T03:30:55Z",
+                    "Recent helper diagnostics:", "  2026-11-15T03:30:55.123Z lock-timeout"));
 }
 
 TEST_F(DiagnosticsReportTest, isTextWhateverTheBytesOfAPathOrALogLine) {

@@ -1,21 +1,16 @@
 #include "EventBridge/SpoolDrainer.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <string>
 #include <vector>
 
 #include "EventBridge/SpoolFileName.h"
-#include "EventBridge/SpoolLock.h"
 #include "EventBridge/SpoolWriter.h"
-#include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
-#include "Support/OrdinaryUser.h"
 #include "Support/Outcome.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
@@ -126,25 +121,6 @@ TEST_F(SpoolDrainerTest, saysWhenTheSpoolCannotBeMadeOrLocked) {
     writeContents(paths.activeSpoolFile(), line);
     EXPECT_EQ(outcomeOf(drainer.claimPendingFiles()), ioCode("open-lock", EISDIR));
     EXPECT_EQ(contentsOf(paths.activeSpoolFile()), line);
-}
-
-TEST_F(SpoolDrainerTest, leavesTheActiveFileWhereItCannotBeRenamed) {
-    const auto user = OrdinaryUser::find();
-    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
-    writeContents(paths.activeSpoolFile(), line);
-    writeContents(paths.spoolLockFile(), "");
-    for (const auto& path : {temporary.path, paths.home, paths.spoolDirectory(),
-                             paths.activeSpoolFile(), paths.spoolLockFile()})
-        ASSERT_TRUE(user->own(path));
-    chmod(paths.spoolDirectory().c_str(), 0500);
-    const auto seen = inChildProcess([&]() -> std::string {
-        if (!user->become()) return "still another user";
-        return outcomeOf(drainer.claimPendingFiles()) + " " +
-               outcomeOf(writer.append(minimalEvent()));
-    });
-    EXPECT_EQ(seen, ioCode("claim", EACCES) + " ok") << "writers go on as before";
-    chmod(paths.spoolDirectory().c_str(), 0700);
-    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), line + line);
 }
 
 TEST_F(SpoolDrainerTest, removesASegmentAndIgnoresOneThatIsGone) {

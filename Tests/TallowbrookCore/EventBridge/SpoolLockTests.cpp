@@ -59,13 +59,6 @@ TEST_F(SpoolLockTest, isWaitedForUntilItsHolderGivesItBack) {
     EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, aMinute)), "ok");
 }
 
-TEST_F(SpoolLockTest, isFreeOnceItsHolderIsKilled) {
-    LockHolder holder{paths.spoolLockFile()};
-    ASSERT_TRUE(holder.holds);
-    holder.kill();
-    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
-}
-
 TEST_F(SpoolLockTest, isGivenBackThoughAChildStillHasTheFileOpen) {
     std::optional<ChildProcess> child;
     {

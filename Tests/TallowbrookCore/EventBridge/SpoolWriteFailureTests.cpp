@@ -7,7 +7,6 @@
 #include <string>
 
 #include "EventBridge/SpoolDrainer.h"
-#include "EventBridge/SpoolFileName.h"
 #include "EventBridge/SpoolWriter.h"
 #include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
@@ -60,16 +59,6 @@ TEST_F(SpoolWriteFailureTest, aTornPieceOfSomeoneElseIsNotTakenBack) {
     writeContents(paths.activeSpoolFile(), line + "{\"adapter");
     EXPECT_EQ(appendWithLimit(line.size() + 20, minimalEvent()), writeFailed);
     EXPECT_EQ(contentsOf(paths.activeSpoolFile()), line + "{\"adapter");
-}
-
-TEST_F(SpoolWriteFailureTest, aRotationBeforeTheFailureStays) {
-    ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
-    writer.configuration.maxActiveFileBytes = static_cast<std::int64_t>(line.size());
-    EXPECT_EQ(appendWithLimit(10, minimalEvent()), writeFailed);
-    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), "");
-    const auto segments = SpoolFileName::pendingFiles(paths.spoolDirectory());
-    ASSERT_EQ(segments.size(), 1U);
-    EXPECT_EQ(contentsOf(segments[0].url), line);
 }
 
 TEST_F(SpoolWriteFailureTest, appendBytesTakesNothingBack) {

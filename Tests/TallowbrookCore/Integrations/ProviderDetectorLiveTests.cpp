@@ -1,8 +1,6 @@
 // The detector of the real machine, on real files and executables.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "Integrations/ProviderDetector.h"
 #include "Support/EnvironmentVariable.h"
 #include "Support/TemporaryDirectory.h"
@@ -85,41 +83,24 @@ TEST_F(LiveProviderDetectorTest, passesOverACandidateThatCannotRun) {
     EXPECT_EQ(detect(false).executablePath, other);
 }
 
-TEST_F(LiveProviderDetectorTest, tellsDirectoriesFromFiles) {
-    const auto detector = ProviderDetector::live(false);
-    writeContents(homeDirectory / "file", "");
-    fs::create_symlink(homeDirectory, temporary.path / "link");
-    EXPECT_TRUE(detector.isDirectory(homeDirectory.string()));
-    EXPECT_TRUE(detector.isDirectory((temporary.path / "link").string()));
-    EXPECT_FALSE(detector.isDirectory((homeDirectory / "file").string()));
-    EXPECT_FALSE(detector.isDirectory((homeDirectory / "missing").string()));
-}
-
 TEST_F(LiveProviderDetectorTest, listsADirectoryOrNothing) {
     const auto detector = ProviderDetector::live(false);
-    writeContents(homeDirectory / ".hidden", "");
-    writeContents(homeDirectory / "a b" / "below", "");
-    auto names = detector.contentsOfDirectory(homeDirectory.string());
-    std::ranges::sort(names);
-    EXPECT_EQ(names, (std::vector<std::string>{".hidden", "a b"}));
-    EXPECT_TRUE(detector.contentsOfDirectory((homeDirectory / "missing").string()).empty());
-    EXPECT_TRUE(detector.contentsOfDirectory((homeDirectory / ".hidden").string()).empty());
-}
-
-TEST_F(LiveProviderDetectorTest, anExecutableIsAskedWithOneArgument) {
-    EXPECT_EQ(probe("printf '%s:%s' $# \"$1\""), "1:--version");
+    writeContents(homeDirectory / "file", "");
+    fs::create_directory_symlink(homeDirectory, temporary.path / "link");
+    EXPECT_TRUE(detector.isDirectory((temporary.path / "link").string()));
+    EXPECT_EQ(detector.contentsOfDirectory(homeDirectory.string()),
+              (std::vector<std::string>{"file"}));
+    for (const auto& other : {homeDirectory / "file", homeDirectory / "missing"}) {
+        EXPECT_FALSE(detector.isDirectory(other.string()));
+        EXPECT_TRUE(detector.contentsOfDirectory(other.string()).empty());
+    }
 }
 
 TEST_F(LiveProviderDetectorTest, anExecutableThatFailsHasNoVersion) {
     EXPECT_EQ(probe("echo 1.2.3; exit 1"), std::nullopt);
     EXPECT_EQ(probe("echo 1.2.3; kill -9 $$"), std::nullopt);
-    EXPECT_EQ(probe("exit 0"), std::nullopt);
-    install("claude", "exit 1");
-    const auto detection = detect(true);
-    EXPECT_EQ(detection.state, State::installed);
-    EXPECT_EQ(detection.version, std::nullopt);
-    EXPECT_EQ(detection.evidence,
-              (std::vector{"Executable: " + (temporary.path / "bin" / "claude").string()}));
+    EXPECT_EQ(probe("echo 1.2.3 >&2"), std::nullopt);
+    EXPECT_EQ(detect(true).state, State::installed);
 }
 
 TEST_F(LiveProviderDetectorTest, anExecutableThatHangsHasNoVersion) {
