@@ -12,6 +12,7 @@
 namespace tallowbrook::hook {
 namespace {
 
+// _exit(2), since a signal may come in the middle of anything and run no destructors.
 extern "C" void exitQuietly(int) { _exit(0); }
 
 }  // namespace

@@ -10,8 +10,8 @@ inline constexpr unsigned watchdogSeconds = 3;
 // Ends the process with status 0 when `seconds` have passed.
 void armWatchdog(unsigned seconds);
 
-// Makes a vanished reader and a file size limit ordinary write errors, and an exception that nobody
-// can catch an exit with status 0.
+// Makes a vanished reader and a file size limit ordinary write errors, and an exception that is not
+// caught an exit with status 0.
 void ignoreDeadlySignals();
 
 // The name of the type that is being thrown, without its namespace, such as bad_alloc. Called

@@ -13,6 +13,7 @@ StandardInput readStandardInput(std::size_t limit) {
     StandardInput input{std::make_unique_for_overwrite<char[]>(capacity)};
     while (true) {
         if (input.size == capacity) {
+            // What follows is read and dropped.
             input.truncated = true;
             input.size = 0;
         }

@@ -15,8 +15,8 @@ struct StandardInput {
     std::string_view bytes() const { return {buffer.get(), size}; }
 };
 
-// Reads descriptor 0 to its end, also past `limit` bytes, so that no agent is left with a pipe that
-// nobody empties. Keeps at most `limit` bytes. A read error counts as the end.
+// Reads descriptor 0 to its end, also past `limit` bytes, so that the agent never waits on
+// a full pipe. Keeps at most `limit` bytes. A read error counts as the end.
 StandardInput readStandardInput(std::size_t limit);
 
 }  // namespace tallowbrook::hook

@@ -36,6 +36,7 @@ Failure recordPayload(std::string_view payload, PayloadSource source, const Argu
         PayloadNormalizer::normalize(payload, source, arguments.origin, currentInstant(), *id);
     if (!event) return "normalization failed: " + event.error().diagnosticCode();
 
+    // Looked up only for an event that will be stored: it reads the process table.
     event->tty = ControllingTerminal::deviceName(getpid(), ControllingTerminal::maxAncestors);
     const auto appended = SpoolWriter{paths, SpoolConfiguration{}}.append(*event);
     if (appended) return std::nullopt;
@@ -47,6 +48,7 @@ Failure recordPayload(std::string_view payload, PayloadSource source, const Argu
 Failure recordEvent(PayloadSource source, const Arguments& arguments,
                     const TallowbrookPaths& paths) {
     if (source == PayloadSource::codexNotify) {
+        // The agent appends the payload to whatever words its user has configured.
         const bool hasPayload = arguments.positional.size() >= 2;
         return recordPayload(hasPayload ? arguments.positional.back() : "", source, arguments,
                              paths);
@@ -80,6 +82,7 @@ Failure run(const Arguments& arguments, const TallowbrookPaths& paths) {
 int main(int argc, char** argv) {
     using namespace tallowbrook;
     using namespace tallowbrook::hook;
+    // First of all: whatever hangs later, the agent gets its hook back.
     armWatchdog(watchdogSeconds);
     ignoreDeadlySignals();
     const Arguments arguments = parseArguments(argc, argv);

@@ -88,7 +88,7 @@ class CommandLine {
         return command;
     }
 
-    void addAgents(CLI::App* command, const char* whenUnnamed) {
+    void addAgents(CLI::App* command, const std::string& whenUnnamed) {
         command->add_option("AGENT", choice_.names, whenUnnamed)
             ->check(CLI::IsMember(agentNames()));
         addConfigFile(command);
@@ -142,25 +142,25 @@ class CommandLine {
         auto* setUp = add(
             "setup", "Let the agents report to tallowbrook",
             [this] { return host::setup(paths(), choice_, review_); }, setupFooter);
-        addAgents(setUp, "claude-code or codex; without names, those that are there");
+        addAgents(setUp, agentNameChoice() + "; without names, those that are there");
         addReview(setUp);
         auto* remove = add(
             "remove", "Take the hooks out of the agents' configuration again",
             [this] { return removeSetup(paths(), choice_, review_); }, changeFooter);
-        addAgents(remove, "claude-code or codex; without names, those that are there");
+        addAgents(remove, agentNameChoice() + "; without names, those that are there");
         addReview(remove);
     }
 
     void addBackups() {
         auto* backups = add("backups", "List what was in the configuration files before",
                             [this] { return listBackups(paths(), choice_); });
-        addAgents(backups, "claude-code or codex; without names, both");
+        addAgents(backups, agentNameChoice() + "; without names, all");
         auto* restore = add(
             "restore", "Put a backup of a configuration file back",
             [this] { return restoreBackup(paths(), choice_, backup_, review_); }, changeFooter);
         restore->add_option("BACKUP", backup_,
                             "Its number in the list, its name or its path; without, the newest");
-        restore->add_option("--agent", choice_.names, "Only backups of claude-code or codex")
+        restore->add_option("--agent", choice_.names, "Only backups of " + agentNameChoice())
             ->check(CLI::IsMember(agentNames()))
             // Or it would take the backup behind it for another agent.
             ->allow_extra_args(false);
@@ -172,7 +172,7 @@ class CommandLine {
         auto* health = add(
             "health", "Tell whether the agents' events arrive",
             [this] { return showHealth(paths(), choice_, format()); }, healthFooter);
-        addAgents(health, "claude-code or codex; without names, both");
+        addAgents(health, agentNameChoice() + "; without names, all");
         health->add_flag("--json", json_, "As a JSON object, for programs");
     }
 

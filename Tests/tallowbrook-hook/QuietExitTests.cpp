@@ -1,20 +1,16 @@
 #include "QuietExit.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <exception>
 #include <functional>
 #include <new>
 #include <stdexcept>
 
-#include "Support/FileContents.h"
-#include "Support/TemporaryDirectory.h"
 #include "System/FileError.h"
 
 namespace tallowbrook::hook {
@@ -61,17 +57,7 @@ TEST(QuietExit, endsWithZeroWhenTheWatchdogBarks) {
               0);
 }
 
-TEST(QuietExit, disarmedDoesNothing) {
-    // A watchdog of no seconds is none: it also takes back an alarm that was set before.
-    EXPECT_EQ(endOf([] {
-                  armWatchdog(1);
-                  armWatchdog(0);
-                  usleep(1'200'000);
-              }),
-              99);
-}
-
-TEST(QuietExit, endsWithZeroWhenNobodyCatches) {
+TEST(QuietExit, endsWithZeroWhenAnExceptionIsNotCaught) {
     EXPECT_EQ(endOf([] {
                   ignoreDeadlySignals();
                   std::terminate();
@@ -87,22 +73,6 @@ TEST(QuietExit, makesAPipeWithoutAReaderAnError) {
                   if (pipe(ends) != 0) _exit(1);
                   close(ends[0]);
                   _exit(write(ends[1], "x", 1) < 0 && errno == EPIPE ? 7 : 1);
-              }),
-              7);
-}
-
-TEST(QuietExit, makesAFileSizeLimitAnError) {
-    const TemporaryDirectory directory;
-    const auto file = directory.path / "file";
-    writeContents(file, "");
-    EXPECT_EQ(endOf([&] {
-                  std::signal(SIGXFSZ, SIG_DFL);
-                  ignoreDeadlySignals();
-                  const rlimit limit{0, 0};
-                  setrlimit(RLIMIT_FSIZE, &limit);
-                  std::FILE* stream = std::fopen(file.c_str(), "w");
-                  if (stream == nullptr) _exit(1);
-                  _exit(write(fileno(stream), "x", 1) < 0 && errno == EFBIG ? 7 : 1);
               }),
               7);
 }

@@ -24,6 +24,7 @@ void abbreviateHome(std::string& text) {
         text.replace(at, home.size(), "~");
 }
 
+// A message must stay one line, and must not move the cursor of the terminal that shows it.
 void blankControlCharacters(std::string& text) {
     for (char& c : text) {
         const auto byte = static_cast<unsigned char>(c);
@@ -58,6 +59,7 @@ std::size_t prefixLength(std::string_view text, std::size_t count) {
 void rotateIfTooLarge(const DiagnosticLog& log) {
     struct stat status{};
     if (stat(log.url.c_str(), &status) != 0 || status.st_size <= log.maxBytes) return;
+    // Two processes may do this at once; the loser finds nothing to rename and goes on.
     const std::string older = log.url.string() + ".1";
     unlink(older.c_str());
     [[maybe_unused]] const int result = std::rename(log.url.c_str(), older.c_str());
@@ -75,6 +77,7 @@ void DiagnosticLog::append(std::string_view message, Instant date) const {
 
 std::string DiagnosticLog::sanitize(std::string_view text, std::size_t maxLength) {
     std::string result{text};
+    // Before the cut, which would leave a part of the home directory that is not recognised.
     abbreviateHome(result);
     blankControlCharacters(result);
     // No character takes less than a byte, so most texts need not be looked at.

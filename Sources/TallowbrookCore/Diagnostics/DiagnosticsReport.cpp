@@ -39,6 +39,7 @@ std::string shown(std::string_view text,
 
 std::string sessionSummary(const std::map<std::string, std::int64_t>& counts) {
     std::string summary;
+    // In the order of the labels; a status that the host made up is not shown.
     for (const auto& [status, label] : statusLabels) {
         const auto count = counts.find(std::string{rawValue(status)});
         if (count == counts.end()) continue;
@@ -94,6 +95,7 @@ std::string DiagnosticsReport::render() const {
 std::vector<std::string> DiagnosticsReport::tail(const std::filesystem::path& file,
                                                  std::size_t lines) {
     const auto text = FileContents::read(file);
+    // What is not text is no log of ours: none of it goes into a report that others read.
     if (!text || !UTF8::isValid(*text)) return {};
     std::vector<std::string> found;
     std::string_view rest = *text;

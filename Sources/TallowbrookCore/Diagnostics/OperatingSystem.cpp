@@ -12,6 +12,7 @@ std::string unquoted(std::string_view text) {
     text.remove_prefix(1);
     std::string value;
     while (!text.empty() && text.front() != quote) {
+        // As in a shell, a backslash means itself between single quotes.
         if (quote == '"' && text.front() == '\\' && text.size() > 1) text.remove_prefix(1);
         value += text.front();
         text.remove_prefix(1);

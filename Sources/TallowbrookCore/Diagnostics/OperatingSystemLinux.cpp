@@ -13,6 +13,7 @@ std::string prettyName() {
         if (!text) continue;
         const auto name = OperatingSystem::releaseVariable(*text, "PRETTY_NAME");
         if (name && !name->empty()) return *name;
+        // The second file is for systems without the first, not for one that has no name in it.
         break;
     }
     utsname kernel{};

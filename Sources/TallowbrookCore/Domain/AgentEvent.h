@@ -23,7 +23,7 @@ inline constexpr std::array providerNames{
 };
 constexpr const auto& namesOf(Provider) { return providerNames; }
 
-// "Claude Code" or "Codex CLI".
+// What the user knows the agent as: "Claude Code" or "Codex CLI".
 std::string_view displayName(Provider provider);
 
 enum class EventChannel { hook, notify };

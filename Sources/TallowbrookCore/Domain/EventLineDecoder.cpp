@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Domain/EventCoding.h"
+#include "Domain/JSONRepair.h"
 #include "Domain/StreamingJSON.h"
 
 namespace tallowbrook {
@@ -128,6 +129,8 @@ class LineHandler : public StreamingJSONHandler {
     }
 
     bool on_array_begin(ErrorCode& error) {
+        // Members of objects inside an array have a level of their own, so none is taken for a
+        // field.
         if (level_ == 0 || field_ != Field::unknown) return refuse(error);
         ++level_;
         otherKeys_.emplace_back();
@@ -150,6 +153,7 @@ class LineHandler : public StreamingJSONHandler {
         field_ = level_ == 1                ? fieldNamed(key, eventFields)
                  : level_ == 2 && inDetail_ ? fieldNamed(key, detailFields)
                                             : Field::unknown;
+        // Of a key that comes twice the reader and the writer might mean different values.
         const bool isNew = field_ == Field::unknown ? otherKeys_.back().emplace(key).second
                                                     : (seen_ & bit(field_)) == 0;
         if (!isNew) return refuse(error);
@@ -175,6 +179,7 @@ class LineHandler : public StreamingJSONHandler {
         return true;
     }
 
+    // Comes only for what is beyond a signed integer.
     bool on_uint64(std::uint64_t, std::string_view, ErrorCode& error) { return onlyUnknown(error); }
 
     bool on_double(double value, std::string_view, ErrorCode& error) {
@@ -251,18 +256,30 @@ class LineHandler : public StreamingJSONHandler {
     PartedText text_;
 };
 
-constexpr boost::json::parse_options strictOptions() { return {}; }
+struct Outcome {
+    bool parsed = false;
+    LineHandler handler;
+};
+
+Outcome parse(std::string_view line) {
+    boost::json::basic_parser<LineHandler> parser{boost::json::parse_options{}};
+    const bool parsed = parseWhole(parser, line);
+    return {parsed, std::move(parser.handler())};
+}
 
 }  // namespace
 
 std::expected<AgentEvent, DecodingError> EventCoding::decodeLine(std::string_view line) {
-    boost::json::basic_parser<LineHandler> parser{strictOptions()};
-    const bool parsed = parseWhole(parser, line);
-    if (parser.handler().dateFailed())
+    // The library takes some numbers for errors that are none. Lines with such numbers are rare, so
+    // only a line that failed is looked through for them.
+    auto outcome = parse(line);
+    if (!outcome.parsed)
+        if (const auto repaired = JSONRepair::forEventLine(line)) outcome = parse(*repaired);
+    if (outcome.handler.dateFailed())
         return std::unexpected(DecodingError{"Invalid ISO 8601 date"});
-    if (!parsed || !parser.handler().complete())
+    if (!outcome.parsed || !outcome.handler.complete())
         return std::unexpected(DecodingError{"invalid event line"});
-    return std::move(parser.handler().event);
+    return std::move(outcome.handler.event);
 }
 
 }  // namespace tallowbrook

@@ -1,5 +1,7 @@
 #include "Domain/Instant.h"
 
+#include "Text/Digits.h"
+
 namespace tallowbrook {
 
 Instant currentInstant() {
@@ -14,14 +16,9 @@ void writeDigits(std::string& text, std::size_t position, std::size_t count, uns
         text[position + i] = static_cast<char>('0' + value % 10);
 }
 
-// Reads exactly `count` digits; absent when one of them is none.
+// Exactly `count` digits as a number.
 std::optional<unsigned> readDigits(std::string_view text, std::size_t position, std::size_t count) {
-    unsigned value = 0;
-    for (std::size_t i = position; i < position + count; ++i) {
-        if (text[i] < '0' || text[i] > '9') return std::nullopt;
-        value = value * 10 + static_cast<unsigned>(text[i] - '0');
-    }
-    return value;
+    return parseNumber<unsigned>(text.substr(position, count));
 }
 
 constexpr std::string_view pattern = "0000-00-00T00:00:00";
@@ -74,6 +71,7 @@ std::optional<Instant> EventDate::parse(std::string_view text) {
 
     const year_month_day date{year{static_cast<int>(*yearNumber)}, month{*monthNumber},
                               day{*dayNumber}};
+    // Year 0 lies before the distant past. A leap second is no time that a clock here can give.
     if (*yearNumber == 0 || !date.ok() || *hour > 23 || *minute > 59 || *second > 59)
         return std::nullopt;
     return Instant{sys_days{date}} + hours{*hour} + minutes{*minute} + seconds{*second} +

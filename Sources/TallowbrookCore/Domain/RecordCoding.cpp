@@ -11,8 +11,6 @@ namespace tallowbrook {
 
 namespace {
 
-bool needsEscape(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\'; }
-
 std::optional<std::string> asText(const boost::json::value& value) {
     const auto* string = value.if_string();
     if (string == nullptr) return std::nullopt;
@@ -27,23 +25,14 @@ std::optional<std::int32_t> asInteger32(const boost::json::value& value) {
 
 }  // namespace
 
-void RecordEncoder::add(std::string_view key, std::size_t begin) {
-    members_.push_back({key, begin, values_.size()});
-}
-
 void RecordEncoder::encodeRaw(std::string_view key, std::string_view json) {
     const std::size_t begin = values_.size();
     values_.append(json);
-    add(key, begin);
+    members_.push_back({key, begin, values_.size()});
 }
 
 void RecordEncoder::encode(std::string_view key, std::string_view value) {
-    // Nearly every text of a record is made of plain characters.
-    if (std::ranges::any_of(value, needsEscape))
-        return encodeRaw(key, boost::json::serialize(boost::json::string_view{value}));
-    const std::size_t begin = values_.size();
-    values_.append("\"").append(value).append("\"");
-    add(key, begin);
+    encodeRaw(key, boost::json::serialize(boost::json::string_view{value}));
 }
 
 void RecordEncoder::encode(std::string_view key, std::int64_t value) {
@@ -79,6 +68,7 @@ void RecordEncoder::encode(std::string_view key, const std::vector<std::int32_t>
 }
 
 std::string RecordEncoder::text() const {
+    // Readers compare lines byte for byte, whatever order the fields were encoded in.
     auto sorted = members_;
     std::ranges::sort(sorted, {}, &Member::key);
     std::string text;
@@ -114,6 +104,7 @@ const boost::json::value* RecordDecoder::find(std::string_view key) {
 }
 
 void RecordDecoder::fail(std::string_view key, std::string_view rule) {
+    // The first failure is the cause; the empty values it leaves behind bring on further ones.
     if (!failure_) failure_ = DecodingError{std::string{key} + " " + std::string{rule}};
 }
 
@@ -148,6 +139,7 @@ std::int32_t RecordDecoder::integer32(std::string_view key) {
 double RecordDecoder::number(std::string_view key) {
     const auto* value = find(key);
     if (value == nullptr) return 0;
+    // A writer gives a whole number without a fraction, so integers count as doubles, too.
     boost::json::error_code error;
     const auto number = value->to_number<double>(error);
     if (!error && std::isfinite(number)) return number;

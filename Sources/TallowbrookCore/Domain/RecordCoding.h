@@ -60,9 +60,6 @@ class RecordEncoder {
         std::size_t end;
     };
 
-    // Notes that the value of `key` was written from `begin` on.
-    void add(std::string_view key, std::size_t begin);
-
     std::vector<Member> members_;
     std::string values_;  // all values as JSON text, one behind the other
 };

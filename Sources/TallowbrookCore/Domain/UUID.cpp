@@ -2,30 +2,23 @@
 
 #include <boost/uuid/random_generator.hpp>
 
+#include "Text/Hex.h"
+
 namespace tallowbrook {
 namespace {
 
-constexpr std::string_view digits = "0123456789ABCDEF";
 constexpr std::size_t textLength = 36;
 
 constexpr bool isHyphenPosition(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
-
-std::optional<unsigned> digitValue(char digit) {
-    if (digit >= '0' && digit <= '9') return static_cast<unsigned>(digit - '0');
-    if (digit >= 'A' && digit <= 'F') return static_cast<unsigned>(digit - 'A' + 10);
-    if (digit >= 'a' && digit <= 'f') return static_cast<unsigned>(digit - 'a' + 10);
-    return std::nullopt;
-}
 
 }  // namespace
 
 std::string UUIDText::text(const UUID& uuid) {
     std::string text;
     text.reserve(textLength);
-    for (const unsigned byte : uuid) {
+    for (const std::uint8_t byte : uuid) {
         if (isHyphenPosition(text.size())) text += '-';
-        text += digits[byte >> 4];
-        text += digits[byte & 0xF];
+        Hex::append(text, byte, Hex::upperDigits);
     }
     return text;
 }
@@ -39,8 +32,8 @@ std::optional<UUID> UUIDText::parse(std::string_view text) {
             if (text[i++] != '-') return std::nullopt;
             continue;
         }
-        const auto high = digitValue(text[i]);
-        const auto low = digitValue(text[i + 1]);
+        const auto high = Hex::value(text[i]);
+        const auto low = Hex::value(text[i + 1]);
         if (!high || !low) return std::nullopt;
         *byte++ = static_cast<std::uint8_t>(*high << 4 | *low);
         i += 2;
@@ -49,6 +42,7 @@ std::optional<UUID> UUIDText::parse(std::string_view text) {
 }
 
 std::expected<UUID, FileError> randomUUID() {
+    // Nothing may throw across our headers, and Boost does so where there are no random bytes.
     try {
         return boost::uuids::random_generator{}();
     } catch (const boost::uuids::entropy_error& error) {

@@ -1,6 +1,6 @@
 // Universally unique identifiers (RFC 9562) and their text.
 //
-// Pure but for `random`, which asks the system's secure random source; safe from any thread.
+// Pure but for `randomUUID`, which asks the system's secure random source; safe from any thread.
 #pragma once
 
 #include <boost/uuid/uuid.hpp>
@@ -20,7 +20,7 @@ namespace UUIDText {
 // Upper-case hexadecimal digits in the 36-character form with hyphens.
 std::string text(const UUID& uuid);
 
-// Takes the same form with digits in either case, nothing else.
+// Reads that form, with digits in either case. Absent for any other text.
 std::optional<UUID> parse(std::string_view text);
 
 }  // namespace UUIDText

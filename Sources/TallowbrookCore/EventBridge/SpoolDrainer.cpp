@@ -23,9 +23,11 @@ bool holdsAnything(const std::filesystem::path& file) {
 
 std::expected<void, SpoolError> claimActiveFile(const TallowbrookPaths& paths) {
     struct stat status{};
+    // No file at all has the size 0.
     if (stat(paths.activeSpoolFile().c_str(), &status) != 0 && errno != ENOENT)
         return std::unexpected(SpoolError::io("claim", errno));
     if (status.st_size == 0) return {};
+    // A writer appends only under the lock that is held here, so no line is cut by the renaming.
     const auto segment = paths.spoolDirectory() /
                          SpoolFileName::make(SpoolFileName::Prefix::ingest, currentInstant());
     if (std::rename(paths.activeSpoolFile().c_str(), segment.c_str()) == 0) return {};
@@ -44,7 +46,7 @@ SpoolDrainer::claimPendingFiles() const {
         if (auto claimed = claimActiveFile(paths); !claimed)
             return std::unexpected(claimed.error());
     }
-    // Nobody writes to a segment once it is named, so the listing needs no lock.
+    // A segment never changes once it has its name, so the listing needs no lock.
     auto entries = SpoolFileName::listPendingFiles(paths.spoolDirectory());
     if (!entries) return std::unexpected(entries.error());
     std::vector<std::filesystem::path> files;
@@ -82,6 +84,7 @@ std::expected<SpoolReadResult, FileError> SpoolDrainer::readEvents(
     return result;
 }
 
+// A segment that stays is delivered again, and its events are known by their ids.
 void SpoolDrainer::remove(const std::filesystem::path& file) { unlink(file.c_str()); }
 
 std::int64_t SpoolDrainer::pendingSegmentCount() const {

@@ -40,7 +40,7 @@ struct SpoolDrainer {
     [[nodiscard]] static std::expected<SpoolReadResult, FileError> readEvents(
         const std::filesystem::path& file);
 
-    // The same, one event after the other with the line it was read from, which has no line feed
+    // Hands over one event after the other, with the line it was read from, which has no line feed
     // and is gone after the call. Gives the number of lines that are no events; calls nothing
     // before an error. What `take` throws passes through, and the segment stays.
     using EventSink = std::function<void(AgentEvent&& event, std::string_view line)>;

@@ -3,12 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
-#include <system_error>
 #include <tuple>
 
 #include "System/DirectoryListing.h"
 #include "System/RandomHex.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook {
 namespace {
@@ -23,13 +22,6 @@ std::string randomWord() {
     return text;
 }
 
-std::optional<std::int64_t> parseMicros(std::string_view text) {
-    std::int64_t micros = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), micros);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return micros;
-}
-
 }  // namespace
 
 std::string SpoolFileName::make(Prefix prefix, Instant date) {
@@ -41,6 +33,7 @@ std::string SpoolFileName::make(Prefix prefix, Instant date) {
 }
 
 std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::path& file) {
+    // The active file and the lock lie in the directory, too, and so may what others put there.
     const std::string name = file.filename().string();
     if (!name.ends_with(extension)) return std::nullopt;
     const std::size_t firstDash = name.find('-');
@@ -50,7 +43,8 @@ std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::
 
     const std::string_view text = name;
     const auto prefix = fromRawValue<Prefix>(text.substr(0, firstDash));
-    const auto micros = parseMicros(text.substr(firstDash + 1, secondDash - firstDash - 1));
+    const auto micros =
+        parseNumber<std::int64_t>(text.substr(firstDash + 1, secondDash - firstDash - 1));
     if (!prefix || !micros) return std::nullopt;
     return Entry{file, *prefix, *micros};
 }

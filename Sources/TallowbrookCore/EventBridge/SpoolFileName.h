@@ -47,7 +47,7 @@ std::optional<Entry> parse(const std::filesystem::path& file);
 [[nodiscard]] std::expected<std::vector<Entry>, FileError> listPendingFiles(
     const std::filesystem::path& directory);
 
-// The same for those to whom a directory that cannot be listed is as good as an empty one.
+// What `listPendingFiles` gives; empty where it fails.
 std::vector<Entry> pendingFiles(const std::filesystem::path& directory);
 
 }  // namespace tallowbrook::SpoolFileName

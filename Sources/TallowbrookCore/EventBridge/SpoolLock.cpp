@@ -8,12 +8,16 @@
 namespace tallowbrook {
 namespace {
 
+// flock(2) waits for ever or not at all, and its alarm clock, SIGALRM, is the watchdog's. An append
+// takes 9 µs under the lock, so a pause of this length is seldom followed by another.
 constexpr useconds_t pauseMicroseconds = 2000;
 
 }  // namespace
 
 std::expected<SpoolLock, SpoolError> SpoolLock::acquire(const TallowbrookPaths& paths,
                                                         Seconds timeout) {
+    // The file is never removed: one process could hold a lock on the removed file while the next
+    // one locks its successor.
     FileDescriptor file{open(paths.spoolLockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
     if (!file.isOpen()) return std::unexpected(SpoolError::io("open-lock", errno));
 

@@ -1,4 +1,4 @@
-// The wake-up that a writer sends to whoever reads the spool. It carries no data and reaches every
+// The wake-up that a writer sends to the readers of the spool. It carries no data and reaches every
 // observer of the same user, whatever home it watches; several posts may arrive as one.
 #pragma once
 

@@ -97,7 +97,9 @@ bool Observer::consume() {
         for (ssize_t position = 0; position < length;) {
             inotify_event event{};
             const char* start = buffer.data() + position;
+            // The kernel pads names, but promises no alignment to the compiler.
             std::memcpy(&event, start, sizeof event);
+            // A queue that overflowed may have lost a post.
             if ((event.mask & IN_Q_OVERFLOW) != 0 ||
                 (event.len > 0 && name == start + sizeof event))
                 posted = true;

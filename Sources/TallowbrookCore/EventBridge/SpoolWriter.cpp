@@ -16,12 +16,13 @@
 namespace tallowbrook {
 namespace {
 
-// A torn line would swallow the next event. The caller still holds the lock, so nobody wrote behind
-// it; where even this fails, the reader counts one invalid line and goes on.
+// A torn line would swallow the next event. The caller still holds the lock, so no other helper
+// wrote behind it; where even this fails, the reader counts one invalid line and goes on.
 void undoAppend(const std::filesystem::path& file, std::int64_t length) {
     [[maybe_unused]] const int result = truncate(file.c_str(), length);
 }
 
+// Without a host the spool would grow for as long as agents run.
 void deleteOldestOverflow(const std::filesystem::path& directory, int keep) {
     auto segments = SpoolFileName::pendingFiles(directory);
     std::erase_if(segments, [](const SpoolFileName::Entry& entry) {
@@ -53,6 +54,7 @@ std::expected<void, SpoolAccessError> SpoolWriter::append(const AgentEvent& even
 
 std::expected<std::optional<std::int64_t>, SpoolError> SpoolWriter::rotateIfNeeded(
     std::int64_t adding) const {
+    // A length that cannot be told only means that a failed write is not undone.
     struct stat status{};
     if (stat(paths.activeSpoolFile().c_str(), &status) != 0)
         return errno == ENOENT ? std::optional<std::int64_t>{0} : std::nullopt;

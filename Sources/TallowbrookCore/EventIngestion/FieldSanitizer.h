@@ -16,7 +16,7 @@ namespace tallowbrook::FieldSanitizer {
 // Keeps a text of ASCII letters, ASCII digits, "-", ".", ":" and "_" that is not empty.
 std::optional<std::string> token(const std::optional<std::string>& text, std::size_t maxLength);
 
-// The same rule as `token`, for the ids of sessions, turns and threads.
+// Keeps what `token` keeps, for the ids of sessions, turns and threads.
 std::optional<std::string> identifier(const std::optional<std::string>& text,
                                       std::size_t maxLength);
 

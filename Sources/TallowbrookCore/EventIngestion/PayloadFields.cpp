@@ -1,11 +1,12 @@
 #include "EventIngestion/PayloadFields.h"
 
+#include "Domain/JSONRepair.h"
 #include "Domain/StreamingJSON.h"
-#include "EventIngestion/PayloadRepair.h"
 
 namespace tallowbrook {
 namespace {
 
+// The parser recurses; a payload nested without end must not take the helper's stack.
 constexpr std::size_t maxNesting = 1024;
 
 // The longest text that any rule of the sanitizer accepts; of a longer one nothing is copied.
@@ -33,6 +34,7 @@ class PayloadHandler : public StreamingJSONHandler {
     bool on_key(std::string_view lastPart, std::size_t, ErrorCode&) {
         if (level_ != 1) return true;
         field_ = fromRawValue<PayloadField>(key_.finish(lastPart));
+        // Of a key that comes twice the last one counts, even where its value is no string.
         if (field_) fields[*field_].reset();
         return true;
     }
@@ -68,6 +70,7 @@ class PayloadHandler : public StreamingJSONHandler {
 std::expected<PayloadFields, PayloadSyntaxError> parse(std::string_view text) {
     boost::json::parse_options options;
     options.max_depth = maxNesting;
+    // Agents cut texts, also inside a character. `FieldSanitizer` checks what is kept.
     options.allow_invalid_utf8 = true;
     boost::json::basic_parser<PayloadHandler> parser{options};
     if (!parseWhole(parser, text)) return std::unexpected(PayloadSyntaxError::invalidJSON);
@@ -81,9 +84,10 @@ std::expected<PayloadFields, PayloadSyntaxError> readPayloadFields(std::string_v
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (payload.starts_with(byteOrderMark)) payload.remove_prefix(byteOrderMark.size());
 
+    // The repair copies the payload, up to a megabyte, so it is made for those alone that need it.
     auto fields = parse(payload);
     if (fields || fields.error() == PayloadSyntaxError::notAnObject) return fields;
-    if (const auto repaired = PayloadRepair::repair(payload)) return parse(*repaired);
+    if (const auto repaired = JSONRepair::forPayload(payload)) return parse(*repaired);
     return fields;
 }
 

@@ -6,13 +6,9 @@
 
 namespace tallowbrook {
 
-Provider provider(PayloadSource source) {
-    return source == PayloadSource::claudeCodeHook ? Provider::claudeCode : Provider::codexCLI;
-}
+Provider provider(PayloadSource source) { return AgentProfile::of(source).provider; }
 
-EventChannel channel(PayloadSource source) {
-    return source == PayloadSource::codexNotify ? EventChannel::notify : EventChannel::hook;
-}
+EventChannel channel(PayloadSource source) { return agentSource(source).channel; }
 
 std::string NormalizationError::diagnosticCode() const {
     struct Text {
@@ -29,114 +25,21 @@ std::string NormalizationError::diagnosticCode() const {
 namespace {
 
 constexpr std::size_t maxIdentifierLength = 128;
-constexpr std::size_t maxToolNameLength = 128;
-constexpr std::size_t maxWordLength = 64;  // event names, types, sources, reasons
+constexpr std::size_t maxEventNameLength = 64;
 constexpr std::size_t maxPathLength = 1024;
 
-using DetailField = std::optional<std::string> EventDetail::*;
-
-// Where an event's one extra member goes.
-struct DetailRule {
-    PayloadField from;
-    DetailField to;
-    std::size_t maxLength;
-};
-
-constexpr DetailRule sessionSource{PayloadField::source, &EventDetail::sessionSource,
-                                   maxWordLength};
-constexpr DetailRule toolName{PayloadField::toolName, &EventDetail::toolName, maxToolNameLength};
-constexpr DetailRule notificationType{PayloadField::notificationType,
-                                      &EventDetail::notificationType, maxWordLength};
-constexpr DetailRule errorType{PayloadField::error, &EventDetail::errorType, maxWordLength};
-constexpr DetailRule endReason{PayloadField::reason, &EventDetail::endReason, maxWordLength};
-
-// What the name of a hook event means.
-struct EventRule {
-    std::string_view name;
-    EventCategory category;
-    std::optional<AttentionKind> attention = std::nullopt;
-    std::optional<DetailRule> detail = std::nullopt;
-};
-
-constexpr std::array claudeCodeRules{
-    EventRule{"SessionStart", EventCategory::sessionStarted, std::nullopt, sessionSource},
-    EventRule{"UserPromptSubmit", EventCategory::promptSubmitted},
-    EventRule{"PermissionRequest", EventCategory::attentionRequested, AttentionKind::permission,
-              toolName},
-    EventRule{"Notification", EventCategory::informational, std::nullopt, notificationType},
-    EventRule{"PostToolUse", EventCategory::activity, std::nullopt, toolName},
-    // A tool that fails is part of the agent's ordinary work; only StopFailure fails a turn.
-    EventRule{"PostToolUseFailure", EventCategory::activity, std::nullopt, toolName},
-    EventRule{"Stop", EventCategory::turnCompleted},
-    EventRule{"StopFailure", EventCategory::turnFailed, std::nullopt, errorType},
-    EventRule{"SessionEnd", EventCategory::sessionEnded, std::nullopt, endReason},
-};
-
-// The notifications that ask for the user; all others only inform.
-constexpr std::array attentionNotifications{
-    std::pair{std::string_view{"permission_prompt"}, AttentionKind::permission},
-    std::pair{std::string_view{"elicitation_dialog"}, AttentionKind::input},
-    std::pair{std::string_view{"elicitation_url_dialog"}, AttentionKind::input},
-};
-
-constexpr std::array codexRules{
-    EventRule{"SessionStart", EventCategory::sessionStarted, std::nullopt, sessionSource},
-    EventRule{"UserPromptSubmit", EventCategory::promptSubmitted},
-    EventRule{"PermissionRequest", EventCategory::attentionRequested, AttentionKind::permission,
-              toolName},
-    EventRule{"PostToolUse", EventCategory::activity, std::nullopt, toolName},
-    EventRule{"Stop", EventCategory::turnCompleted},
-    EventRule{"Interrupt", EventCategory::turnInterrupted},
-    EventRule{"SessionEnd", EventCategory::sessionEnded, std::nullopt, endReason},
-};
-
-constexpr std::array codexNotifyRules{
-    EventRule{"agent-turn-complete", EventCategory::turnCompleted},
-};
-
-// Names the event, and gives it its meaning where the name is known.
-template <std::size_t size>
-void applyRules(const std::array<EventRule, size>& rules, PayloadField nameField,
-                const PayloadFields& fields, AgentEvent& event) {
-    const auto name = FieldSanitizer::token(fields[nameField], maxWordLength);
-    if (!name) return;
-    event.eventType = *name;
-    const auto rule = std::ranges::find(rules, *name, &EventRule::name);
-    if (rule == rules.end()) return;
-    event.category = rule->category;
-    event.attention = rule->attention;
-    if (const auto& detail = rule->detail)
-        event.detail.*(detail->to) = FieldSanitizer::token(fields[detail->from], detail->maxLength);
-}
-
-void mapClaudeCode(const PayloadFields& fields, AgentEvent& event) {
-    event.sessionID =
-        FieldSanitizer::identifier(fields[PayloadField::sessionID], maxIdentifierLength);
-    event.cwd = FieldSanitizer::path(fields[PayloadField::cwd], maxPathLength);
-    applyRules(claudeCodeRules, PayloadField::hookEventName, fields, event);
-
-    for (const auto& [type, attention] : attentionNotifications) {
-        if (event.detail.notificationType != type) continue;
+// Gives the event the meaning that its agent's row has for it.
+void applyRule(const AgentEventRule& rule, const PayloadFields& fields, AgentEvent& event) {
+    event.category = rule.category;
+    event.attention = rule.attention;
+    if (!rule.detail) return;
+    auto& detail = event.detail.*(rule.detail->to);
+    detail = FieldSanitizer::token(fields[rule.detail->from], rule.detail->maxLength);
+    for (const auto& [text, attention] : rule.attentions) {
+        if (detail != text) continue;
         event.category = EventCategory::attentionRequested;
         event.attention = attention;
     }
-}
-
-void mapCodexHook(const PayloadFields& fields, AgentEvent& event) {
-    event.sessionID =
-        FieldSanitizer::identifier(fields[PayloadField::sessionID], maxIdentifierLength);
-    event.turnID = FieldSanitizer::identifier(fields[PayloadField::turnID], maxIdentifierLength);
-    event.cwd = FieldSanitizer::path(fields[PayloadField::cwd], maxPathLength);
-    applyRules(codexRules, PayloadField::hookEventName, fields, event);
-}
-
-void mapCodexNotify(const PayloadFields& fields, AgentEvent& event) {
-    event.sessionID =
-        FieldSanitizer::identifier(fields[PayloadField::notifyThreadID], maxIdentifierLength);
-    event.turnID =
-        FieldSanitizer::identifier(fields[PayloadField::notifyTurnID], maxIdentifierLength);
-    event.cwd = FieldSanitizer::path(fields[PayloadField::cwd], maxPathLength);
-    applyRules(codexNotifyRules, PayloadField::notifyType, fields, event);
 }
 
 }  // namespace
@@ -151,17 +54,18 @@ AgentEvent PayloadNormalizer::makeEvent(const PayloadFields& fields, PayloadSour
     event.eventType = "Unknown";
     event.observedAt = observedAt;
     event.adapterVersion = adapterVersion;
-    switch (source) {
-        case PayloadSource::claudeCodeHook:
-            mapClaudeCode(fields, event);
-            break;
-        case PayloadSource::codexHook:
-            mapCodexHook(fields, event);
-            break;
-        case PayloadSource::codexNotify:
-            mapCodexNotify(fields, event);
-            break;
-    }
+    const AgentSource& dialect = agentSource(source);
+    event.sessionID = FieldSanitizer::identifier(fields[dialect.sessionID], maxIdentifierLength);
+    if (dialect.turnID)
+        event.turnID = FieldSanitizer::identifier(fields[*dialect.turnID], maxIdentifierLength);
+    event.cwd = FieldSanitizer::path(fields[PayloadField::cwd], maxPathLength);
+
+    const auto name = FieldSanitizer::token(fields[dialect.eventName], maxEventNameLength);
+    if (!name) return event;
+    event.eventType = *name;
+    // A name without a rule is kept for the host, which may know more events than this helper.
+    const auto rule = std::ranges::find(dialect.events, *name, &AgentEventRule::name);
+    if (rule != dialect.events.end()) applyRule(*rule, fields, event);
     return event;
 }
 
@@ -171,6 +75,7 @@ std::expected<AgentEvent, NormalizationError> PayloadNormalizer::normalize(std::
                                                                            Instant observedAt,
                                                                            const UUID& id) {
     if (payload.empty()) return std::unexpected(NormalizationError::emptyPayload());
+    // Before any parsing, so that no payload of whatever size keeps the agent waiting.
     if (payload.size() > maxPayloadBytes)
         return std::unexpected(NormalizationError::payloadTooLarge(payload.size()));
     const auto fields = readPayloadFields(payload);

@@ -1,30 +1,22 @@
 // Turns the payload that an agent hands to its hook into one event.
 //
-// Three dialects, one per source, are mapped onto the shared vocabulary of `AgentEvent`; every
-// value passes through `FieldSanitizer`. Pure functions; safe from any thread.
+// Three dialects, one per source of `AgentProfile`, are mapped onto the shared vocabulary of
+// `AgentEvent`; every value passes through `FieldSanitizer`. Pure functions; safe from any thread.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <expected>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 
 #include "Domain/AgentEvent.h"
+#include "Domain/AgentProfile.h"
 #include "EventIngestion/PayloadFields.h"
 
 namespace tallowbrook {
 
-enum class PayloadSource { claudeCodeHook, codexHook, codexNotify };
-inline constexpr std::array payloadSourceNames{
-    std::pair{PayloadSource::claudeCodeHook, std::string_view{"claude-code"}},
-    std::pair{PayloadSource::codexHook, std::string_view{"codex"}},
-    std::pair{PayloadSource::codexNotify, std::string_view{"codex-notify"}},
-};
-constexpr const auto& namesOf(PayloadSource) { return payloadSourceNames; }
-
+// The agent that sends payloads of this dialect, and the way by which they come.
 Provider provider(PayloadSource source);
 EventChannel channel(PayloadSource source);
 
@@ -68,7 +60,7 @@ std::expected<AgentEvent, NormalizationError> normalize(std::string_view payload
                                                         PayloadSource source, EventOrigin origin,
                                                         Instant observedAt, const UUID& id);
 
-// The same for members that are parsed already.
+// Makes the event of members that are parsed already.
 AgentEvent makeEvent(const PayloadFields& fields, PayloadSource source, EventOrigin origin,
                      Instant observedAt, const UUID& id);
 

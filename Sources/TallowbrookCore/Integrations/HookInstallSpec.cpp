@@ -2,16 +2,15 @@
 
 #include <utility>
 
-#include "EventIngestion/PayloadNormalizer.h"
+#include "Domain/AgentProfile.h"
 
 namespace tallowbrook {
 namespace {
 
-constexpr int timeoutSeconds = 5;
-
 // Ends the quoted word, gives a quote by itself, and begins the next quoted word.
 constexpr std::string_view quoteInQuotes = R"('\'')";
 
+// Within single quotes a shell takes every other byte for itself.
 std::string singleQuoted(std::string_view text) {
     std::string quoted = "'";
     for (const char c : text) {
@@ -21,6 +20,17 @@ std::string singleQuoted(std::string_view text) {
             quoted += c;
     }
     return quoted + "'";
+}
+
+HookCommand commandOf(const AgentProfile& profile, std::string_view helperPath) {
+    const std::string source{rawValue(profile.hooks().source)};
+    switch (profile.hookForm) {
+        case HookForm::exec:
+            return HookCommand::exec(std::string{helperPath}, {source});
+        case HookForm::shellLine:
+            break;
+    }
+    return HookCommand::shell(singleQuoted(helperPath) + " " + source);
 }
 
 }  // namespace
@@ -36,28 +46,28 @@ const std::string& HookCommand::text() const {
     return std::get<Shell>(form).line;
 }
 
+HookInstallSpec HookInstallSpec::of(Provider provider, std::string_view helperPath) {
+    const auto& profile = AgentProfile::of(provider);
+    HookInstallSpec spec{.provider = provider,
+                         .events = {},
+                         .command = commandOf(profile, helperPath),
+                         .timeoutSeconds = profile.hookTimeoutSeconds,
+                         .eventsWithoutTimeout = {}};
+    for (const auto& event : profile.hooks().events) {
+        if (event.hook == HookInstallation::none) continue;
+        spec.events.emplace_back(event.name);
+        if (event.hook == HookInstallation::withoutTimeout)
+            spec.eventsWithoutTimeout.emplace(event.name);
+    }
+    return spec;
+}
+
 HookInstallSpec HookInstallSpec::claudeCode(std::string_view helperPath) {
-    return {
-        .provider = Provider::claudeCode,
-        .events = {"SessionStart", "UserPromptSubmit", "PermissionRequest", "Notification",
-                   "PostToolUse", "PostToolUseFailure", "Stop", "StopFailure", "SessionEnd"},
-        .command = HookCommand::exec(std::string{helperPath},
-                                     {std::string{hookSourceWord(Provider::claudeCode)}}),
-        .timeoutSeconds = tallowbrook::timeoutSeconds,
-        .eventsWithoutTimeout = {"SessionEnd"},
-    };
+    return of(Provider::claudeCode, helperPath);
 }
 
 HookInstallSpec HookInstallSpec::codex(std::string_view helperPath) {
-    return {
-        .provider = Provider::codexCLI,
-        .events = {"SessionStart", "UserPromptSubmit", "PermissionRequest", "PostToolUse", "Stop",
-                   "Interrupt", "SessionEnd"},
-        .command = HookCommand::shell(singleQuoted(helperPath) + " " +
-                                      std::string{hookSourceWord(Provider::codexCLI)}),
-        .timeoutSeconds = tallowbrook::timeoutSeconds,
-        .eventsWithoutTimeout = {"SessionEnd", "Interrupt"},
-    };
+    return of(Provider::codexCLI, helperPath);
 }
 
 std::optional<std::string> HookInstallSpec::executablePath() const {
@@ -66,8 +76,7 @@ std::optional<std::string> HookInstallSpec::executablePath() const {
 }
 
 std::string_view hookSourceWord(Provider provider) {
-    return rawValue(provider == Provider::claudeCode ? PayloadSource::claudeCodeHook
-                                                     : PayloadSource::codexHook);
+    return rawValue(AgentProfile::of(provider).hooks().source);
 }
 
 std::optional<std::string> leadingSingleQuotedWord(std::string_view line) {

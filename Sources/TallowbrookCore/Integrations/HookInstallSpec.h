@@ -42,6 +42,8 @@ struct HookInstallSpec {
     std::set<std::string> eventsWithoutTimeout;
     bool operator==(const HookInstallSpec&) const = default;
 
+    // As the agent's row in `AgentProfile` says. `helperPath` is absolute and may hold any byte.
+    static HookInstallSpec of(Provider provider, std::string_view helperPath);
     static HookInstallSpec claudeCode(std::string_view helperPath);
     static HookInstallSpec codex(std::string_view helperPath);
 

@@ -44,6 +44,7 @@ std::expected<void, FileError> installBytes(std::string_view bytes, const path& 
     if (!file) return std::unexpected(file.error());
     if (auto done = file->write(bytes); !done) return done;
     if (auto done = file->setMode(helperMode); !done) return done;
+    // After a power failure the agents would call an empty helper.
     if (auto done = file->sync(); !done) return done;
     return file->replace(destination);
 }
@@ -97,17 +98,12 @@ std::string RestorePlanError::description() const {
 }
 
 HookInstallSpec IntegrationSetup::spec(Provider provider, std::string_view helperPath) {
-    switch (provider) {
-        case Provider::claudeCode:
-            return HookInstallSpec::claudeCode(helperPath);
-        case Provider::codexCLI:
-            break;
-    }
-    return HookInstallSpec::codex(helperPath);
+    return HookInstallSpec::of(provider, helperPath);
 }
 
 HelperStatus IntegrationSetup::helperStatus(const path& installed, const path& bundled) {
     if (!isThere(installed)) return HelperStatus::missing;
+    // Asked before the contents: agents cannot run even the right bytes.
     if (access(installed.c_str(), X_OK) != 0) return HelperStatus::notExecutable;
     return contentsEqual(installed, bundled) ? HelperStatus::current : HelperStatus::outdated;
 }
@@ -168,6 +164,7 @@ std::vector<ConfigBackup> IntegrationSetup::backups(const path& configURL, const
 }
 
 std::optional<Instant> IntegrationSetup::parseStamp(std::string_view text) {
+    // With dashes and colons in their places it is an event date without a fraction.
     constexpr std::string_view pattern = "00000000T000000Z";
     if (text.size() != pattern.size()) return std::nullopt;
     std::string date{text};

@@ -13,6 +13,9 @@
 
 #include "Integrations/JSONEscapes.h"
 #include "Integrations/OrderedJSON.h"
+#include "Text/Digits.h"
+#include "Text/Hex.h"
+#include "Text/UTF16.h"
 #include "Text/UTF8.h"
 
 namespace tallowbrook {
@@ -21,28 +24,8 @@ namespace {
 using Members = std::vector<JSONMember>;
 
 constexpr std::uint32_t noSurrogate = 0;
-constexpr std::uint32_t firstHighSurrogate = 0xD800;
-constexpr std::uint32_t firstLowSurrogate = 0xDC00;
-constexpr std::uint32_t lastLowSurrogate = 0xDFFF;
-
-bool isHighSurrogate(std::uint32_t unit) {
-    return unit >= firstHighSurrogate && unit < firstLowSurrogate;
-}
-
-bool isLowSurrogate(std::uint32_t unit) {
-    return unit >= firstLowSurrogate && unit <= lastLowSurrogate;
-}
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool isPlain(char c) { return c != '"' && c != '\\' && !isControlCharacter(c); }
-
-std::optional<std::uint32_t> hexDigit(char c) {
-    if (isDigit(c)) return static_cast<std::uint32_t>(c - '0');
-    if (c >= 'a' && c <= 'f') return static_cast<std::uint32_t>(c - 'a' + 10);
-    if (c >= 'A' && c <= 'F') return static_cast<std::uint32_t>(c - 'A' + 10);
-    return std::nullopt;
-}
 
 // Tells whether an object that is being read has a key already. A few keys are compared one by one;
 // beyond that the members' places are hashed, so that an object of any size takes linear time.
@@ -253,14 +236,12 @@ class Parser {
         if (isAtEnd()) throw error("Unterminated escape", position_);
         if (consume('u')) {
             const std::uint32_t unit = parseHex4();
-            if (isLowSurrogate(unit) != isHighSurrogate(pendingHigh))
+            if (UTF16::isLowSurrogate(unit) != UTF16::isHighSurrogate(pendingHigh))
                 throw error("Unpaired surrogate", backslash);
-            if (isHighSurrogate(unit)) {
+            if (UTF16::isHighSurrogate(unit)) {
                 pendingHigh = unit;
             } else if (pendingHigh != noSurrogate) {
-                appendScalar(((pendingHigh - firstHighSurrogate) << 10) + 0x10000 +
-                                 (unit - firstLowSurrogate),
-                             decoded);
+                appendScalar(UTF16::codePoint({pendingHigh, unit}), decoded);
                 pendingHigh = noSurrogate;
             } else {
                 appendScalar(unit, decoded);
@@ -279,7 +260,7 @@ class Parser {
         if (text_.size() - position_ < digits) throw error("Truncated \\u escape", position_);
         std::uint32_t unit = 0;
         for (std::size_t i = 0; i < digits; ++i, ++position_) {
-            const auto digit = hexDigit(text_[position_]);
+            const auto digit = Hex::value(text_[position_]);
             if (!digit) throw error("Invalid \\u escape", position_);
             unit = unit << 4 | *digit;
         }
@@ -289,7 +270,7 @@ class Parser {
     void appendScalar(std::uint32_t scalar, std::string& bytes) const {
         const auto append = [&](std::uint32_t byte) { bytes += static_cast<char>(byte); };
         const auto appendContinuation = [&](int shift) { append(0x80 | (scalar >> shift & 0x3F)); };
-        if (scalar > 0x10FFFF || (scalar >= firstHighSurrogate && scalar <= lastLowSurrogate))
+        if (scalar > 0x10FFFF || UTF16::isHighSurrogate(scalar) || UTF16::isLowSurrogate(scalar))
             throw error("Invalid code point", position_);
         if (scalar < 0x80) {
             append(scalar);

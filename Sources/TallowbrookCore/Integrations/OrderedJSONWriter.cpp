@@ -1,5 +1,6 @@
 #include "Integrations/JSONEscapes.h"
 #include "Integrations/OrderedJSON.h"
+#include "Text/Hex.h"
 
 namespace tallowbrook {
 namespace {
@@ -81,10 +82,8 @@ std::string OrderedJSON::escape(std::string_view text) {
             escaped += '\\';
             escaped += escapeLetters[escape];
         } else if (isControlCharacter(c)) {
-            constexpr std::string_view hexDigits = "0123456789abcdef";
             escaped += "\\u00";
-            escaped += hexDigits[static_cast<unsigned char>(c) >> 4];
-            escaped += hexDigits[static_cast<unsigned char>(c) & 0xF];
+            Hex::append(escaped, static_cast<std::uint8_t>(c), Hex::lowerDigits);
         } else {
             escaped += c;
         }

@@ -9,11 +9,12 @@
 #include <span>
 #include <utility>
 
+#include "Domain/AgentProfile.h"
 #include "Integrations/ProcessRunner.h"
-#include "Integrations/ProviderLocations.h"
 #include "System/DirectoryListing.h"
 #include "System/SearchPath.h"
 #include "System/UserHome.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook {
 namespace {
@@ -25,13 +26,9 @@ constexpr std::size_t maxVersionLength = 80;
 constexpr std::array<std::string_view, 4> editorFolders{".vscode", ".vscode-insiders", ".cursor",
                                                         ".windsurf"};
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 // Takes the digits at the front, and gives them without the zeros that do not count.
 std::string_view takeNumber(std::string_view& text) {
-    const auto end = std::ranges::find_if_not(text, isDigit);
-    std::string_view digits{text.begin(), end};
-    text.remove_prefix(digits.size());
+    std::string_view digits = takeDigits(text);
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
     return digits;
 }
@@ -96,10 +93,12 @@ std::vector<std::string> namesInDirectory(const std::string& path) {
 std::optional<std::string> probedVersion(const std::string& executablePath) {
     const auto result =
         ProcessRunner::run(executablePath, {"--version"}, versionTimeout, maxVersionOutputBytes);
+    // What a failing program prints is an error text, not a version.
     if (!result || result->status != 0) return std::nullopt;
     return ProviderDetector::sanitizeVersion(result->output);
 }
 
+// Paths are joined as plain text.
 std::string liveHomeDirectory() {
     std::string home = userHomeDirectory().value_or("").string();
     while (home.ends_with('/')) home.pop_back();
@@ -157,7 +156,7 @@ ProviderDetector ProviderDetector::live(bool probeVersions) {
 }
 
 std::vector<std::string> ProviderDetector::candidateExecutables(Provider provider) const {
-    const auto& locations = ProviderLocations::of(provider);
+    const auto& locations = AgentProfile::of(provider).locations;
     const std::string name = "/" + std::string{locations.executableName};
     CandidateList candidates;
     for (const auto& directory : searchPath) candidates.add(directory, name);
@@ -170,12 +169,12 @@ std::vector<std::string> ProviderDetector::candidateExecutables(Provider provide
         candidates.addEach(folder, locations.extensionExecutables);
     candidates.addEach("", locations.absoluteExecutables);
     for (const auto& folder : extensions)
-        candidates.addEach(folder, ProviderLocations::systemExtensionExecutables(provider));
+        candidates.addEach(folder, locations.systemExtensionExecutables());
     return candidates.take();
 }
 
 ProviderDetection ProviderDetector::detect(Provider provider) const {
-    const auto& locations = ProviderLocations::of(provider);
+    const auto& locations = AgentProfile::of(provider).locations;
     const std::string configDirectory = homeDirectory + std::string{locations.configDirectory};
     ProviderDetection detection;
     detection.provider = provider;
@@ -199,6 +198,7 @@ ProviderDetection ProviderDetector::detect(Provider provider) const {
 
 std::optional<std::string> ProviderDetector::sanitizeVersion(std::string_view output) {
     std::string version{firstLine(output)};
+    // Some programs colour their output; the report is plain text.
     std::erase_if(version, [](char c) { return c < ' ' || c > '~'; });
     version.erase(0, std::min(version.find_first_not_of(' '), version.size()));
     version.erase(version.find_last_not_of(' ') + 1);

@@ -11,6 +11,7 @@ std::expected<std::vector<std::filesystem::path>, FileError> entriesOf(
     std::filesystem::directory_iterator listing{directory, error};
     for (; !error && listing != std::filesystem::directory_iterator{}; listing.increment(error))
         entries.push_back(listing->path());
+    // A list cut short must not pass for the whole: what is missing in it would never be looked at.
     if (error) return std::unexpected(FileError{"list", error.value()});
     return entries;
 }

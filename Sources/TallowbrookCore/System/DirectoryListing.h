@@ -14,7 +14,7 @@ namespace tallowbrook {
 [[nodiscard]] std::expected<std::vector<std::filesystem::path>, FileError> entriesOf(
     const std::filesystem::path& directory);
 
-// The same for those who take such a directory for an empty one.
+// What `entriesOf` gives; empty where it fails.
 std::vector<std::filesystem::path> listDirectory(const std::filesystem::path& directory);
 
 }  // namespace tallowbrook

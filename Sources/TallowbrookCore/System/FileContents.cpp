@@ -13,7 +13,8 @@ namespace tallowbrook {
 namespace {
 
 std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSize) {
-    // One byte more than the file holds, so that the end of it is met without growing.
+    // One byte more than the file holds, so that the end of it is met without growing. The size is
+    // only a first guess: the file may grow while it is read.
     std::string bytes(expectedSize + 1, '\0');
     std::size_t length = 0;
     while (true) {
@@ -31,6 +32,7 @@ std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSi
 }  // namespace
 
 std::expected<std::string, FileError> FileContents::read(const std::filesystem::path& file) {
+    // Without O_NONBLOCK the opening of a pipe waits for a writer that may never come.
     const FileDescriptor opened{open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
     struct stat status{};
     if (!opened.isOpen() || fstat(opened.number(), &status) != 0)
@@ -47,6 +49,7 @@ std::expected<std::string, FileError> FileContents::read(const std::filesystem::
 std::expected<void, FileError> FileContents::write(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        // A file system that is nearly full takes a part; the next call says why.
         if (written >= 0)
             bytes.remove_prefix(static_cast<std::size_t>(written));
         else if (errno != EINTR)

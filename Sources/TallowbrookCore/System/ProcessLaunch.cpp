@@ -27,6 +27,7 @@ class SpawnSettings {
 
     bool prepare(const FileDescriptor& input, const FileDescriptor& output) {
         short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+        // Closing comes last, since the actions before it still need their descriptors.
         return hasActions_ && hasAttributes_ && connect(STDIN_FILENO, input, O_RDONLY) &&
                connect(STDOUT_FILENO, output, O_WRONLY) && connect(STDERR_FILENO, {}, O_WRONLY) &&
                ProcessLaunch::closeOtherDescriptors(actions_, flags) && resetSignals() &&
@@ -59,7 +60,8 @@ class SpawnSettings {
     bool hasAttributes_ = false;
 };
 
-// The same open file under a number above those of the standard streams.
+// The open file under a number above those of the standard streams. Where one of those is closed, a
+// pipe would get its number, and what the program prints would run into the pipe.
 FileDescriptor aboveStandardStreams(FileDescriptor file) {
     if (file.number() > STDERR_FILENO) return file;
     return FileDescriptor{fcntl(file.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1)};
@@ -81,6 +83,7 @@ std::expected<pid_t, int> ProcessLaunch::start(const std::string& executablePath
                                                const FileDescriptor& output,
                                                const FileDescriptor& input) {
     SpawnSettings settings;
+    // Of the settings only the lists grow, so nothing but a lack of memory can be wrong.
     if (!settings.prepare(input, output)) return std::unexpected(ENOMEM);
 
     // posix_spawn(3) promises to leave the words alone.

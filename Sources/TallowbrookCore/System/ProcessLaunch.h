@@ -1,5 +1,4 @@
-// Starting a child process, and learning of its exit: what those ask of the system who run
-// programs.
+// Starting a child process and learning of its exit.
 //
 // Stateless; safe from any thread.
 #pragma once
@@ -28,8 +27,8 @@ std::optional<Pipe> makePipe();
 // Starts the executable at exactly this path, with `output` and `input` as its standard streams, no
 // further descriptor, no signal blocked and none ignored. Of the two, those that are open are ends
 // of pipes of `makePipe`; the null device stands in for one that is not, and is the standard error.
-// Returns once the program runs, else the error number of posix_spawn(3). Whoever starts a child
-// must reap it.
+// Returns once the program runs, else the error number of posix_spawn(3). The caller
+// must reap the child.
 [[nodiscard]] std::expected<pid_t, int> start(const std::string& executablePath,
                                               const std::vector<std::string>& arguments,
                                               const FileDescriptor& output,

@@ -11,6 +11,8 @@
 namespace tallowbrook {
 
 std::optional<ProcessLaunch::Pipe> ProcessLaunch::makeSystemPipe() {
+    // There is no pipe2(2) here: a program that another thread starts between the two calls
+    // inherits the ends.
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0) return std::nullopt;
     Pipe made{FileDescriptor{ends[0]}, FileDescriptor{ends[1]}};

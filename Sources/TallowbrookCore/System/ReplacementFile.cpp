@@ -29,6 +29,7 @@ void syncDirectory(const std::filesystem::path& directory) {
 }  // namespace
 
 std::expected<ReplacementFile, FileError> ReplacementFile::create(std::filesystem::path location) {
+    // O_EXCL follows no link: no other program can choose the file that is written.
     FileDescriptor file{open(location.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)};
     if (!file.isOpen()) return std::unexpected(FileError{"open", errno});
     ReplacementFile made{std::move(location), std::move(file)};
@@ -56,6 +57,7 @@ std::expected<void, FileError> ReplacementFile::write(std::string_view bytes) {
 std::expected<void, FileError> ReplacementFile::setOwner(uid_t user, gid_t group) {
     struct stat status{};
     if (fstat(file_.number(), &status) != 0) return std::unexpected(FileError{"fstat", errno});
+    // Some file systems refuse every change of the owner, even to the present one.
     if (status.st_uid == user && status.st_gid == group) return {};
     return outcome(fchown(file_.number(), user, group), "fchown");
 }
@@ -73,6 +75,7 @@ std::expected<void, FileError> ReplacementFile::sync() {
 std::expected<void, FileError> ReplacementFile::replace(const std::filesystem::path& target) {
     if (auto renamed = outcome(std::rename(location_.c_str(), target.c_str()), "rename"); !renamed)
         return renamed;
+    // The name belongs to another file from here on, which must not be removed.
     location_.clear();
     if (isSynced_) syncDirectory(target.parent_path());
     return {};

@@ -1,6 +1,6 @@
 // A new file that is made beside the one it is to replace.
 //
-// Whoever looks sees the old file or the new one, never a part: the new one takes the name only
+// Other programs see the old file or the new one, never a part: the new one takes the name only
 // when it is complete, by POSIX rename(2). An operation that fails leaves the file to be removed
 // with this value, and names the system call as the step. Used by one thread at a time.
 #pragma once

@@ -21,6 +21,7 @@ std::vector<std::string> SearchPath::directories() {
 }
 
 bool SearchPath::isExecutableFile(const std::string& path) {
+    // A directory passes the test of access(2), too.
     struct stat status{};
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
            access(path.c_str(), X_OK) == 0;

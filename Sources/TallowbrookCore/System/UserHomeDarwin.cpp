@@ -8,6 +8,7 @@
 namespace tallowbrook {
 
 std::optional<std::filesystem::path> accountHomeDirectory() {
+    // Far more than the texts of any one entry; a longer entry counts as unknown.
     std::vector<char> buffer(16 * 1024);
     passwd account{};
     passwd* found = nullptr;

@@ -7,21 +7,13 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <memory>
 
+#include "Text/Digits.h"
+
 namespace tallowbrook {
 namespace {
-
-std::optional<std::int32_t> number(std::string_view digits) {
-    std::int32_t value = 0;
-    const char* begin = digits.data();
-    const char* end = begin + digits.size();
-    const auto [stop, error] = std::from_chars(begin, end, value);
-    if (error != std::errc{} || stop != end) return std::nullopt;
-    return value;
-}
 
 std::string_view takeField(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
@@ -40,8 +32,8 @@ std::optional<ProcessRecord> parseStatus(pid_t pid, std::string_view line) {
     std::string_view rest = line.substr(close + 1);
     std::array<std::string_view, 5> fields;
     for (auto& field : fields) field = takeField(rest);
-    const auto parent = number(fields[1]);
-    const auto terminal = number(fields[4]);
+    const auto parent = parseNumber<std::int32_t>(fields[1]);
+    const auto terminal = parseNumber<std::int32_t>(fields[4]);
     if (!parent || !terminal) return std::nullopt;
 
     ProcessRecord record{.pid = pid, .parentPID = *parent, .terminal = {}, .name = {}};
@@ -85,7 +77,7 @@ std::vector<ProcessRecord> ProcessTable::processesOnDevice(dev_t device) {
     if (!directory) return {};
     std::vector<ProcessRecord> found;
     while (const dirent* entry = readdir(directory.get())) {
-        const auto pid = number(entry->d_name);
+        const auto pid = parseNumber<std::int32_t>(entry->d_name);
         if (!pid) continue;
         auto record = process(*pid);
         if (record && record->terminal == device) found.push_back(std::move(*record));

@@ -1,8 +1,5 @@
 #include "Text/UTF8.h"
 
-#include <cstdint>
-#include <cstring>
-
 namespace tallowbrook {
 namespace {
 
@@ -32,27 +29,11 @@ Sequence firstSequence(std::string_view text) {
     return {length, length == wanted};
 }
 
-// How many bytes at the front are ASCII, in steps of eight.
-std::size_t asciiWords(std::string_view text) {
-    constexpr std::uint64_t highBits = 0x8080'8080'8080'8080;
-    std::size_t length = 0;
-    for (std::uint64_t word = 0; length + sizeof word <= text.size(); length += sizeof word) {
-        std::memcpy(&word, text.data() + length, sizeof word);
-        if ((word & highBits) != 0) break;
-    }
-    return length;
-}
-
 // How many bytes at the front are whole, valid characters.
 std::size_t validPrefix(std::string_view text) {
     std::size_t length = 0;
     while (length < text.size()) {
-        const auto rest = text.substr(length);
-        if (const auto ascii = asciiWords(rest); ascii > 0) {
-            length += ascii;
-            continue;
-        }
-        const Sequence sequence = firstSequence(rest);
+        const Sequence sequence = firstSequence(text.substr(length));
         if (!sequence.isValid) break;
         length += sequence.byteCount;
     }

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include "Commands/DatabaseDoor.h"
+#include "Domain/AgentProfile.h"
 #include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
@@ -87,15 +88,9 @@ std::string_view whatHappensTo(HelperStatus helper) {
     return "to be renewed";
 }
 
-std::string_view nextStep(Provider provider) {
-    switch (provider) {
-        case Provider::claudeCode:
-            return "Claude Code is set up: sessions that you start from now on are watched.\n";
-        case Provider::codexCLI:
-            break;
-    }
-    return "Codex CLI is set up: start it once and trust the new hooks when it asks for their "
-           "review, or it skips them without a word.\n";
+std::string nextStep(Provider provider) {
+    const auto& profile = AgentProfile::of(provider);
+    return fmt::format("{} is set up: {}\n", profile.displayName, profile.nextStep);
 }
 
 void noteSetUp(Database& database, Provider provider) {

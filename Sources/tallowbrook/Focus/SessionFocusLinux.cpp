@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "Domain/AgentProfile.h"
 #include "Focus/DirectoryFocus.h"
 #include "Focus/SessionFocus.h"
-#include "Integrations/ProviderLocations.h"
 #include "Terminal/ProcessTable.h"
 
 namespace tallowbrook::host {
@@ -12,7 +12,7 @@ namespace {
 
 bool isAgent(std::string_view program) {
     return std::ranges::any_of(allCases<Provider>(), [&](Provider provider) {
-        return program == ProviderLocations::of(provider).executableName;
+        return program == AgentProfile::of(provider).locations.executableName;
     });
 }
 

@@ -3,7 +3,6 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <charconv>
 #include <tuple>
 
 #include "Domain/EventCoding.h"
@@ -11,6 +10,7 @@
 #include "Output/TimeText.h"
 #include "Preferences/HostSettings.h"
 #include "SessionState/SessionSnapshotCoding.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -84,11 +84,9 @@ std::size_t SessionList::shortIDLength() const {
 }
 
 std::expected<ListedSession, Sentence> SessionList::find(std::string_view word) const {
-    std::size_t number = 0;
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    const bool isNumber = error == std::errc{} && end == word.data() + word.size();
+    const auto number = parseNumber<std::size_t>(word);
     // A number wins over an id that begins with it: it is what the user has before their eyes.
-    if (isNumber && number >= 1 && number <= sessions.size()) return sessions[number - 1];
+    if (number && *number >= 1 && *number <= sessions.size()) return sessions[*number - 1];
 
     std::vector<const ListedSession*> found;
     for (const auto& session : sessions) {

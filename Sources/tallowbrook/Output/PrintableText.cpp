@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "Text/UTF16.h"
+
 namespace tallowbrook::host {
 namespace {
 
@@ -33,10 +35,10 @@ bool isHarmless(utf8proc_int32_t codePoint) {
 
 // The JSON escape of a character, of one beyond U+FFFF as a surrogate pair.
 std::string escaped(utf8proc_int32_t codePoint) {
-    const auto value = static_cast<unsigned>(codePoint);
-    if (value <= 0xFFFF) return fmt::format("\\u{:04x}", value);
-    const unsigned offset = value - 0x10000;
-    return fmt::format("\\u{:04x}\\u{:04x}", 0xD800 + (offset >> 10), 0xDC00 + (offset & 0x3FF));
+    const auto value = static_cast<std::uint32_t>(codePoint);
+    if (value < UTF16::firstBeyondOneUnit) return fmt::format("\\u{:04x}", value);
+    const auto [high, low] = UTF16::surrogatePair(value);
+    return fmt::format("\\u{:04x}\\u{:04x}", high, low);
 }
 
 std::size_t columnsOf(utf8proc_int32_t codePoint) {

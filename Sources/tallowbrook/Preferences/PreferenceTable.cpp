@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <optional>
 
 #include "Notifications/ReminderPolicy.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -22,11 +22,9 @@ bool parse(std::string_view value, bool& target) {
 // from where a time in the past or future could overflow.
 bool parse(std::string_view value, Seconds& target) {
     constexpr int aYear = 31'536'000;
-    int seconds = 0;
-    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
-    if (error != std::errc{} || end != value.data() + value.size()) return false;
-    if (seconds < 0 || seconds > aYear) return false;
-    target = Seconds{seconds};
+    const auto seconds = parseNumber<int>(value);
+    if (!seconds || *seconds < 0 || *seconds > aYear) return false;
+    target = Seconds{*seconds};
     return true;
 }
 
@@ -34,12 +32,10 @@ bool parse(std::string_view value, Seconds& target) {
 // and what is typed look alike.
 std::optional<int> parseTimeOfDay(std::string_view text) {
     if (text.size() != 5 || text[2] != ':') return std::nullopt;
-    for (const std::size_t i : {0u, 1u, 3u, 4u})
-        if (text[i] < '0' || text[i] > '9') return std::nullopt;
-    const int hour = (text[0] - '0') * 10 + (text[1] - '0');
-    const int minute = (text[3] - '0') * 10 + (text[4] - '0');
-    if (hour > 23 || minute > 59) return std::nullopt;
-    return hour * 60 + minute;
+    const auto hour = parseNumber<unsigned>(text.substr(0, 2));
+    const auto minute = parseNumber<unsigned>(text.substr(3));
+    if (!hour || !minute || *hour > 23 || *minute > 59) return std::nullopt;
+    return static_cast<int>(*hour * 60 + *minute);
 }
 
 // A switch keeps the hours, so that they need not be typed again.

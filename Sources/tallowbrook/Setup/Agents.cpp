@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "Domain/AgentProfile.h"
 #include "Integrations/HookInstallSpec.h"
 #include "Integrations/ProviderDetector.h"
 
@@ -11,8 +12,7 @@ namespace {
 
 // Where the user has moved the agent's directory to.
 std::optional<std::filesystem::path> movedDirectory(Provider provider) {
-    const char* name = provider == Provider::claudeCode ? "CLAUDE_CONFIG_DIR" : "CODEX_HOME";
-    const char* value = std::getenv(name);
+    const char* value = std::getenv(AgentProfile::of(provider).locations.configDirectoryVariable);
     if (value == nullptr || *value == '\0') return std::nullopt;
     return std::filesystem::absolute(value);
 }
@@ -45,6 +45,12 @@ std::vector<std::string> agentNames() {
     return names;
 }
 
+std::string agentNameChoice() {
+    std::string choice;
+    for (const auto& name : agentNames()) choice += (choice.empty() ? "" : " or ") + name;
+    return choice;
+}
+
 std::vector<Agent> allAgents() {
     std::vector<Agent> agents;
     for (const auto provider : allCases<Provider>()) agents.push_back(locate(provider));
@@ -67,7 +73,7 @@ std::expected<std::vector<Agent>, Sentence> chosenAgents(const AgentChoice& choi
     }
     if (agents.empty())
         return std::unexpected(Sentence{
-            "No agent was found on this machine. Name the one you mean: claude-code or codex."});
+            "No agent was found on this machine. Name the one you mean: " + agentNameChoice()});
     return agents;
 }
 

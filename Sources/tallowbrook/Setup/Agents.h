@@ -34,8 +34,11 @@ struct AgentChoice {
 // "claude-code" and "codex", as the user names them.
 std::vector<std::string> agentNames();
 
-// Both agents, in the order of `Provider`. Each one's configuration lies where its own environment
-// variable says, CLAUDE_CONFIG_DIR or CODEX_HOME, else below the user's home directory.
+// "claude-code or codex", for sentences.
+std::string agentNameChoice();
+
+// Every agent, in the order of `Provider`. Each one's configuration lies where its own environment
+// variable says (`AgentProfile`), else below the user's home directory.
 std::vector<Agent> allAgents();
 
 // Which agents are meant when the user names none.

@@ -1,8 +1,7 @@
 #include "Store/Settings.h"
 
-#include <charconv>
-
 #include "Domain/RecordCoding.h"
+#include "Text/Digits.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -13,13 +12,6 @@ constexpr const char* waitingCycleKey = "waitingCycle";
 
 std::string healthKey(Provider provider) {
     return "integrationHealth." + std::string{rawValue(provider)};
-}
-
-std::optional<std::chrono::minutes> parsedMinutes(std::string_view text) {
-    int minutes = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), minutes);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return std::chrono::minutes{minutes};
 }
 
 }  // namespace
@@ -45,8 +37,8 @@ Preferences Settings::preferences() {
         if (auto decoded = NotificationPreferencesCoding::decode(*stored))
             preferences.notifications = *decoded;
     if (const auto stored = value(reminderIntervalKey))
-        if (const auto minutes = parsedMinutes(*stored))
-            preferences.host.reminderInterval = *minutes;
+        if (const auto minutes = parseNumber<int>(*stored))
+            preferences.host.reminderInterval = std::chrono::minutes{*minutes};
     return preferences;
 }
 

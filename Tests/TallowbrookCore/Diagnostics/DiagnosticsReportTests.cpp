@@ -59,16 +59,13 @@ class DiagnosticsReportTest : public testing::Test {
 };
 
 TEST_F(DiagnosticsReportTest, showsWhatIsMissingAsMissing) {
-    EXPECT_EQ(report.render(),
-              "Tallowbrook diagnostics (sanitized)\n"
-              "App 1.4.0 · helper/adapter 0.1.0 · " +
-                  OperatingSystem::description() +
-                  "\n"
-                  "Data directory: ~/Library/Application Support/Tallowbrook\n"
-                  "Notification permission: allowed\n"
-                  "Stored events: unavailable · pending spool segments: 0\n"
-                  "Sessions: none\n"
-                  "Last event: never");
+    EXPECT_THAT(linesOf(report.render()),
+                ElementsAre("Tallowbrook diagnostics (sanitized)",
+                            "App 1.4.0 · helper/adapter 0.1.0 · " + OperatingSystem::description(),
+                            "Data directory: ~/Library/Application Support/Tallowbrook",
+                            "Notification permission: allowed",
+                            "Stored events: unavailable · pending spool segments: 0",
+                            "Sessions: none", "Last event: never"));
 }
 
 TEST_F(DiagnosticsReportTest, showsAllThatIsKnown) {
@@ -94,22 +91,17 @@ TEST_F(DiagnosticsReportTest, showsAllThatIsKnown) {
     report.lastEventAt = sampleTime;
     report.pendingSpoolFiles = 3;
     report.helperLogTail = {"2026-11-15T03:30:55.123Z lock-timeout"};
-    EXPECT_EQ(report.render(),
-              "Tallowbrook diagnostics (sanitized)\n"
-              "App 1.4.0 · helper/adapter 0.1.0 · " +
-                  OperatingSystem::description() +
-                  "\n"
-                  "Data directory: ~/Library/Application Support/Tallowbrook\n"
-                  "Notification permission: allowed\n"
-                  "Stored events: 12345678901 · pending spool segments: 3\n"
-                  "Sessions: Working=2, Failed=1\n"
-                  "Last event: 2026-11-15T03:30:55.123Z\n"
-                  "Codex CLI: configOnly · hooks file ~/.codex/hooks.json · waiting\n"
-                  "Claude Code: installed · 2.1.0 (Claude Code) · ~/.local/bin/claude"
-                  " · hooks file ~/.claude/settings.json · integration installed"
-                  " · last live event 2026-11-15T03:30:55Z\n"
-                  "Recent helper diagnostics:\n"
-                  "  2026-11-15T03:30:55.123Z lock-timeout");
+    auto lines = linesOf(report.render());
+    lines.erase(lines.begin(), lines.begin() + 4);
+    EXPECT_THAT(
+        lines,
+        ElementsAre("Stored events: 12345678901 · pending spool segments: 3",
+                    "Sessions: Working=2, Failed=1", "Last event: 2026-11-15T03:30:55.123Z",
+                    "Codex CLI: configOnly · hooks file ~/.codex/hooks.json · waiting",
+                    "Claude Code: installed · 2.1.0 (Claude Code) · ~/.local/bin/claude"
+                    " · hooks file ~/.claude/settings.json · integration installed"
+                    " · last live event 2026-11-15T03:30:55Z",
+                    "Recent helper diagnostics:", "  2026-11-15T03:30:55.123Z lock-timeout"));
 }
 
 TEST_F(DiagnosticsReportTest, isTextWhateverTheBytesOfAPathOrALogLine) {
@@ -122,97 +114,41 @@ TEST_F(DiagnosticsReportTest, isTextWhateverTheBytesOfAPathOrALogLine) {
     EXPECT_EQ(line(2), "Data directory: ~/data") << "the home directory is found before";
 }
 
-TEST_F(DiagnosticsReportTest, tellsAnEmptyStoreFromOneThatCouldNotBeAsked) {
-    report.storedEventCount = 0;
-    EXPECT_EQ(line(4), "Stored events: 0 · pending spool segments: 0");
-}
-
 TEST_F(DiagnosticsReportTest, countsSessionsInTheOrderOfTheirStatuses) {
-    for (const char* status :
-         {"unknown", "stale", "interrupted", "failed", "completed", "needsAttention", "working"})
+    for (const char* status : {"none of them", "unknown", "stale", "interrupted", "failed",
+                               "completed", "needsAttention", "working"})
         report.sessionCountsByStatus.emplace(status, report.sessionCountsByStatus.size());
     EXPECT_EQ(line(5),
-              "Sessions: Working=6, Needs Attention=5, Completed=4, Failed=3, Interrupted=2, "
-              "Stale=1, Unknown=0");
-}
-
-TEST_F(DiagnosticsReportTest, passesOverStatusesThatAreNone) {
-    report.sessionCountsByStatus = {{"Working", 1}, {"paused", 2}, {"", 3}};
-    EXPECT_EQ(line(5), "Sessions: none");
-    report.sessionCountsByStatus.emplace("completed", 4);
-    EXPECT_EQ(line(5), "Sessions: Completed=4");
+              "Sessions: Working=7, Needs Attention=6, Completed=5, Failed=4, Interrupted=3, "
+              "Stale=2, Unknown=1");
 }
 
 TEST_F(DiagnosticsReportTest, leavesOutOfADetectionWhatIsAbsent) {
     ProviderDetection detection{.provider = Provider::claudeCode,
-                                .state = State::notDetected,
+                                .state = State::configOnly,
                                 .executablePath = {},
                                 .version = {},
                                 .hookConfigPath = "/etc/settings.json",
                                 .evidence = {}};
-    struct Row {
-        State state;
-        std::optional<std::string> version;
-        std::optional<std::string> executable;
-        std::map<Provider, std::string> states;
-        std::map<Provider, std::string> health;
-        const char* line;
-    };
-    for (const auto& [state, version, executable, states, health, expected] : {
-             Row{State::notDetected,
-                 {},
-                 {},
-                 {},
-                 {},
-                 "Claude Code: notDetected · hooks file /etc/settings.json"},
-             Row{State::installed,
-                 "1.0",
-                 {},
-                 {},
-                 {},
-                 "Claude Code: installed · 1.0 · hooks file /etc/settings.json"},
-             Row{State::installed,
-                 {},
-                 "/usr/bin/claude",
-                 {},
-                 {},
-                 "Claude Code: installed · /usr/bin/claude · hooks file /etc/settings.json"},
-             Row{State::configOnly,
-                 {},
-                 {},
-                 {{Provider::claudeCode, "S"}},
-                 {},
-                 "Claude Code: configOnly · hooks file /etc/settings.json · integration S"},
-             Row{State::configOnly,
-                 {},
-                 {},
-                 {},
-                 {{Provider::claudeCode, "H"}},
-                 "Claude Code: configOnly · hooks file /etc/settings.json · H"},
-             Row{State::configOnly,
-                 {},
-                 {},
-                 {{Provider::codexCLI, "S"}},
-                 {{Provider::codexCLI, "H"}},
-                 "Claude Code: configOnly · hooks file /etc/settings.json"},
-         }) {
-        detection.state = state;
-        detection.version = version;
-        detection.executablePath = executable;
+    const auto shown = [&] {
         report.detections = {detection};
-        report.integrationStates = states;
-        report.integrationHealth = health;
-        EXPECT_EQ(line(7), expected);
-    }
-}
-
-TEST_F(DiagnosticsReportTest, showsAPathOutsideTheHomeDirectoryAsItIs) {
-    report.paths = {"/srv/data"};
-    EXPECT_EQ(line(2), "Data directory: /srv/data");
-    report.paths = {"/Users/alice"};
-    EXPECT_EQ(line(2), "Data directory: ~");
-    report.paths = {"/Volumes/x/Users/alice/y"};
-    EXPECT_EQ(line(2), "Data directory: /Volumes/x~/y") << "wherever it stands";
+        return line(7);
+    };
+    const std::string alone = "Claude Code: configOnly · hooks file /etc/settings.json";
+    EXPECT_EQ(shown(), alone);
+    report.integrationStates = {{Provider::claudeCode, "S"}};
+    EXPECT_EQ(shown(), alone + " · integration S");
+    report.integrationStates = {{Provider::codexCLI, "S"}};
+    report.integrationHealth = {{Provider::codexCLI, "H"}};
+    EXPECT_EQ(shown(), alone) << "another agent's";
+    report.integrationHealth = {{Provider::claudeCode, "H"}};
+    EXPECT_EQ(shown(), alone + " · H");
+    detection.version = "1.0";
+    EXPECT_EQ(shown(), "Claude Code: configOnly · 1.0 · hooks file /etc/settings.json · H");
+    detection.version.reset();
+    detection.executablePath = "/usr/bin/claude";
+    EXPECT_EQ(shown(),
+              "Claude Code: configOnly · /usr/bin/claude · hooks file /etc/settings.json · H");
 }
 
 TEST_F(DiagnosticsReportTest, neverShowsTheHomeDirectoryOrControlCharacters) {
@@ -235,13 +171,8 @@ TEST_F(DiagnosticsReportTest, neverShowsTheHomeDirectoryOrControlCharacters) {
     EXPECT_EQ(linesOf(rendered).back(), "  at ~/x forged:  [2J ");
 }
 
-TEST_F(DiagnosticsReportTest, showsLongPathsWhole) {
-    report.paths = {"/" + std::string(1000, 'x')};
-    EXPECT_EQ(line(2), "Data directory: /" + std::string(1000, 'x'));
-}
-
 TEST_F(DiagnosticsReportTest, showsTheLastTenLinesOfTheLog) {
-    for (const std::size_t count : {1U, 9U, 10U, 11U, 25U}) {
+    for (const std::size_t count : {1U, 10U, 11U}) {
         report.helperLogTail.clear();
         for (std::size_t i = 1; i <= count; ++i) report.helperLogTail.push_back(std::to_string(i));
         std::vector<std::string> expected;
@@ -250,11 +181,6 @@ TEST_F(DiagnosticsReportTest, showsTheLastTenLinesOfTheLog) {
         EXPECT_EQ(line(7), "Recent helper diagnostics:");
         EXPECT_EQ(logLines(), expected);
     }
-}
-
-TEST_F(DiagnosticsReportTest, showsNoHeadingWithoutALog) {
-    EXPECT_EQ(linesOf(report.render()).size(), 7U);
-    EXPECT_FALSE(report.render().ends_with('\n'));
 }
 
 TEST_F(DiagnosticsReportTest, sanitizesTheLinesOfTheLog) {
@@ -277,9 +203,7 @@ class DiagnosticsReportTailTest : public testing::Test {
 
 TEST_F(DiagnosticsReportTailTest, givesTheLastLinesInFileOrder) {
     EXPECT_THAT(tailOf("a\nb\nc\n", 2), ElementsAre("b", "c"));
-    EXPECT_THAT(tailOf("a\nb\nc\n", 3), ElementsAre("a", "b", "c"));
-    EXPECT_THAT(tailOf("a\nb\nc\n", 4), ElementsAre("a", "b", "c"));
-    EXPECT_THAT(tailOf("a\nb\nc\n", 1), ElementsAre("c"));
+    EXPECT_THAT(tailOf("a\r\nb\u2028c", 4), ElementsAre("a\r", "b\u2028c"));
     EXPECT_THAT(tailOf("a\nb\nc\n", 0), IsEmpty());
 }
 
@@ -288,14 +212,6 @@ TEST_F(DiagnosticsReportTailTest, countsNoEmptyLines) {
     EXPECT_THAT(tailOf("\n\n", 2), IsEmpty());
     EXPECT_THAT(tailOf("", 2), IsEmpty());
     EXPECT_THAT(tailOf("a\n \n", 2), ElementsAre("a", " "));
-}
-
-TEST_F(DiagnosticsReportTailTest, takesALastLineWithoutItsLineFeed) {
-    EXPECT_THAT(tailOf("a\nb", 5), ElementsAre("a", "b"));
-}
-
-TEST_F(DiagnosticsReportTailTest, endsLinesAtLineFeedsAlone) {
-    EXPECT_THAT(tailOf("a\r\nb\u2028c\n", 5), ElementsAre("a\r", "b\u2028c"));
 }
 
 TEST_F(DiagnosticsReportTailTest, givesNothingOfAFileThatIsNotUTF8AsAWhole) {
@@ -307,7 +223,7 @@ TEST_F(DiagnosticsReportTailTest, givesNothingWhereThereIsNothingToRead) {
     EXPECT_THAT(DiagnosticsReport::tail(file, 5), IsEmpty());
     EXPECT_THAT(DiagnosticsReport::tail(temporary.path, 5), IsEmpty());
     ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
-    EXPECT_THAT(DiagnosticsReport::tail(file, 5), IsEmpty()) << "a pipe that nobody writes to";
+    EXPECT_THAT(DiagnosticsReport::tail(file, 5), IsEmpty()) << "a pipe without a writer";
 }
 
 }  // namespace

@@ -21,47 +21,30 @@ TEST(EventLineStrictness, aKeyMustNotComeTwice) {
     };
     for (const auto& [why, text] : {
              Row{"required, equal values", line.adding("schema", "1")},
-             Row{"required, other value", line.adding("eventType", R"("x")")},
              Row{"detail", line.adding("detail", "{}")},
              Row{"optional", line.adding("cwd", R"("/a")").adding("cwd", R"("/b")")},
              Row{"first null", line.adding("cwd", "null").adding("cwd", R"("/b")")},
              Row{"second null", line.adding("cwd", R"("/a")").adding("cwd", "null")},
-             Row{"both null", line.adding("cwd", "null").adding("cwd", "null")},
              Row{"escaped", line.adding("cwd", R"("/a")").adding(R"(\u0063wd)", R"("/b")")},
              Row{"in the detail", line.with("detail", R"({"toolName":"a","toolName":"a"})")},
-             Row{"null in the detail", line.with("detail", R"({"toolName":null,"toolName":"a"})")},
              Row{"unknown", line.adding("later", "1").adding("later", "2")},
-             Row{"unknown and escaped", line.adding("later", "1").adding(R"(\u006cater)", "2")},
              Row{"unknown in the detail", line.with("detail", R"({"x":1,"x":1})")},
-             Row{"inside an unknown object", line.adding("later", R"({"x":1,"x":1})")},
              Row{"deep inside", line.adding("later", R"([0,{"a":[{"x":1,"y":2,"x":3}]}])")},
              Row{"deep inside the detail", line.with("detail", R"({"a":{"b":{"x":1,"x":1}}})")},
-             Row{"empty", line.adding("", "1").adding("", "1")},
              Row{"named like a field, deep inside", line.adding("later", R"({"id":1,"id":2})")},
          })
         EXPECT_FALSE(decodes(text)) << why;
 }
 
-TEST(EventLineStrictness, theSameKeyMayComeInDifferentObjects) {
-    struct Row {
-        const char* why;
-        EventLineText line;
-    };
-    for (const auto& [why, text] : {
-             Row{"level below level", line.adding("x", R"({"x":{"x":{"x":1}}})")},
-             Row{"side by side", line.adding("x", R"([{"a":1},{"a":2},[{"a":3}]])")},
-             Row{"in two members", line.adding("x", R"({"a":1})").adding("y", R"({"a":1})")},
-             Row{"detail and event", line.adding("x", "1").with("detail", R"({"x":1})")},
-             Row{"detail key outside",
-                 line.adding("toolName", "1").with("detail", R"({"toolName":"a"})")},
-             Row{"behind a nested object",
-                 line.adding("x", R"({"b":1})").adding("b", R"({"x":1})")},
-         })
-        EXPECT_TRUE(decodes(text)) << why;
+TEST(EventLineStrictness, aKeyMayComeInSeveralObjects) {
+    for (const auto& text : {line.adding("x", R"({"x":[{"x":1},{"x":2}]})"),
+                             line.adding("x", "1").with("detail", R"({"x":1})"),
+                             line.adding("toolName", "1").with("detail", R"({"toolName":"a"})")})
+        EXPECT_TRUE(decodes(text)) << text.text();
 }
 
 TEST(EventLineStrictness, longKeysAreComparedToTheirEnd) {
-    for (const std::size_t length : {1000U, 5000U, 100'000U}) {
+    for (const std::size_t length : {1000U, 100'000U}) {
         const std::string key(length, 'k');
         EXPECT_FALSE(decodes(line.adding(key + "a", "1").adding(key + "a", "1"))) << length;
         EXPECT_TRUE(decodes(line.adding(key + "a", "1").adding(key + "b", "1"))) << length;
@@ -69,8 +52,8 @@ TEST(EventLineStrictness, longKeysAreComparedToTheirEnd) {
 }
 
 TEST(EventLineStrictness, loneSurrogatesFailTheLineWhereverTheyStand) {
-    for (const char* escape : {R"(\ud83d)", R"(\uD83D)", R"(\ude00)", R"(\ud83d\ud83d)",
-                               R"(\ude00\ud83d)", R"(\ud83dx)", R"(\ud83d\n)", R"(\ud83d\u0041)"}) {
+    for (const char* escape :
+         {R"(\ud83d)", R"(\uD83D)", R"(\ude00)", R"(\ude00\ud83d)", R"(\ud83d\n)"}) {
         const std::string text = '"' + std::string{escape} + '"';
         EXPECT_FALSE(decodes(line.with("eventType", text))) << "required " << escape;
         EXPECT_FALSE(decodes(line.with("cwd", text))) << "optional " << escape;
@@ -83,43 +66,55 @@ TEST(EventLineStrictness, loneSurrogatesFailTheLineWhereverTheyStand) {
 }
 
 TEST(EventLineStrictness, invalidUTF8FailsTheLineWhereverItStands) {
-    struct Row {
-        const char* why;
-        const char* bytes;
-    };
-    for (const auto& [why, bytes] : {
-             Row{"continuation alone", "\x80"},
-             Row{"cut two-byte character", "\xC3"},
-             Row{"cut three-byte character", "\xE6\x97"},
-             Row{"cut four-byte character", "\xF0\x9F\x98"},
-             Row{"slash in two bytes", "\xC0\xAF"},
-             Row{"slash in three bytes", "\xE0\x80\xAF"},
-             Row{"overlong four bytes", "\xF0\x80\x80\xAF"},
-             Row{"high surrogate", "\xED\xA0\xBD"},
-             Row{"surrogate pair", "\xED\xA0\xBD\xED\xB8\x80"},
-             Row{"beyond the last code point", "\xF4\x90\x80\x80"},
-             Row{"five-byte form", "\xF8\x88\x80\x80\x80"},
-             Row{"never in UTF-8", "\xFF"},
-             Row{"Latin-1", "caf\xE9"},
-         }) {
+    for (const char* bytes : {"\x80", "\xF0\x9F\x98", "\xC0\xAF", "\xED\xA0\xBD", "caf\xE9"}) {
         const std::string text = '"' + std::string{bytes} + '"';
-        EXPECT_FALSE(decodes(line.with("eventType", text))) << "required: " << why;
-        EXPECT_FALSE(decodes(line.with("tty", text))) << "optional: " << why;
-        EXPECT_FALSE(decodes(line.with("later", text))) << "unknown: " << why;
-        EXPECT_FALSE(decodes(line.with("later", "[{\"a\":" + text + "}]"))) << "deep: " << why;
-        EXPECT_FALSE(decodes(line.adding(bytes, "1"))) << "key: " << why;
+        EXPECT_FALSE(decodes(line.with("eventType", text))) << bytes;
+        EXPECT_FALSE(decodes(line.with("tty", text))) << bytes;
+        EXPECT_FALSE(decodes(line.with("later", text))) << bytes;
+        EXPECT_FALSE(decodes(line.with("later", "[{\"a\":" + text + "}]"))) << bytes;
+        EXPECT_FALSE(decodes(line.adding(bytes, "1"))) << bytes;
     }
 }
 
+bool decodesUnknownNumber(const std::string& number) {
+    const bool alone = decodes(line.with("later", number));
+    EXPECT_EQ(decodes(line.with("later", R"(["1e999\"",)" + number + "]")), alone) << number;
+    EXPECT_EQ(decodes(line.with("detail", R"({"x":)" + number + "}")), alone) << number;
+    EXPECT_FALSE(decodes(line.with("schema", number))) << number;
+    return alone;
+}
+
+const std::string manyZeros(400, '0');
+
 TEST(EventLineStrictness, numbersBeyondDoublesFailTheLine) {
-    for (const char* number : {"1e999", "-1e999", "1E+400", "1e99999999999", "-2e308"}) {
-        EXPECT_FALSE(decodes(line.with("later", number))) << number;
-        EXPECT_FALSE(decodes(line.with("later", "[" + std::string{number} + "]"))) << number;
-        EXPECT_FALSE(decodes(line.with("schema", number))) << number;
-        EXPECT_FALSE(decodes(line.with("detail", "{\"x\":" + std::string{number} + "}"))) << number;
+    for (const std::string& number :
+         {std::string{"1e999"}, std::string{"-1e999"}, std::string{"1E+400"}, std::string{"1e309"},
+          std::string{"-2e308"}, std::string{"1.7976931348623159e308"},
+          std::string{"0.00179769313486231581e311"}, std::string{"1e99999999999"},
+          std::string{"10.5e2147483648"}, "1" + manyZeros, "1" + manyZeros + ".5",
+          "0." + manyZeros + "1e800", "1e" + std::string(40, '9')})
+        EXPECT_FALSE(decodesUnknownNumber(number)) << number;
+}
+
+TEST(EventLineStrictness, numbersTooSmallForDoublesAndZerosOfAnyExponentDoNotFailTheLine) {
+    for (const std::string& number :
+         {std::string{"0e309"}, std::string{"-0E+309"}, std::string{"0.000e99999999999"},
+          std::string{"0e-2147483649"}, std::string{"1e-400"}, std::string{"1e-2147483648"},
+          std::string{"-12.5e-99999999999"}, std::string{"1e308"}, std::string{"-1.5e-300"},
+          std::string{"1.7976931348623157e308"}, std::string{"1e0000000000000000000308"},
+          "0." + manyZeros + "1e700", "1" + manyZeros + "e-401", "1e-" + std::string(40, '9'),
+          "0e" + std::string(40, '9')})
+        EXPECT_TRUE(decodesUnknownNumber(number)) << number;
+}
+
+TEST(EventLineStrictness, whatIsNoNumberFailsTheLineWhateverItsExponent) {
+    for (const char* token : {"00e309", "-e309", "0.e309", ".0e309", "0e+-309", "0e", "0ee309",
+                              "0e309x", "0e309 1", "+0e309", "0e309e1", "0e309-", "--0e309"}) {
+        EXPECT_FALSE(decodes(line.with("later", token))) << token;
+        EXPECT_FALSE(decodes(line.with("later", token).adding("more", "0e99999999999"))) << token;
     }
-    EXPECT_TRUE(decodes(line.with("later", "1e308")));
-    EXPECT_TRUE(decodes(line.with("later", "-1.5e-300")));
+    EXPECT_FALSE(decodes(line.with("later", "0e99999999999").with("more", R"("\ud83d")")));
+    EXPECT_FALSE(decodes(line.with("later", "0e99999999999").with("more", "1e99999999999")));
 }
 
 std::string nested(std::size_t levels, char open, char close) {
@@ -148,21 +143,13 @@ TEST(EventLineStrictness, onlyOneWholeObjectIsALine) {
     };
     for (const auto& [why, text] : {
              Row{"nothing", ""},
-             Row{"blank", " "},
-             Row{"null", "null"},
-             Row{"number", "1"},
              Row{"string", R"("text")"},
              Row{"array", "[" + valid + "]"},
-             Row{"empty object", "{}"},
              Row{"byte-order mark", "\xEF\xBB\xBF" + valid},
              Row{"another object behind it", valid + valid},
-             Row{"text behind it", valid + " x"},
              Row{"text before it", "x" + valid},
              Row{"zero byte behind it", valid + '\0'},
-             Row{"comma at the end", valid.substr(0, valid.size() - 1) + ",}"},
              Row{"comment", valid.substr(0, valid.size() - 1) + "/**/}"},
-             Row{"single quotes", "{'schema':1}"},
-             Row{"zero bytes", std::string(300, '\0')},
          })
         EXPECT_FALSE(decodes(text)) << why;
 }

@@ -30,25 +30,21 @@ TEST(EventDate, isWrittenAndReadWithMilliseconds) {
              Row{"the start of counting", Instant{}, "1970-01-01T00:00:00.000Z"},
              Row{"an ordinary time", Instant{microseconds{1794713455123000}},
                  "2026-11-15T03:30:55.123Z"},
-             Row{"fraction with leading zeros", instant(2026, 1, 2, 7000),
-                 "2026-01-02T00:00:00.007Z"},
              Row{"a fraction of zero is written", instant(2026, 1, 2, hour),
                  "2026-01-02T01:00:00.000Z"},
              Row{"last millisecond of a year", instant(2026, 12, 31, day - 1000),
                  "2026-12-31T23:59:59.999Z"},
              Row{"leap day", instant(2024, 2, 29, 12 * hour), "2024-02-29T12:00:00.000Z"},
-             Row{"leap day of a fourth century", instant(2000, 2, 29), "2000-02-29T00:00:00.000Z"},
-             Row{"the day behind it", instant(2000, 3, 1), "2000-03-01T00:00:00.000Z"},
-             Row{"century without a leap day", instant(1900, 3, 1), "1900-03-01T00:00:00.000Z"},
              Row{"just before counting starts", Instant{microseconds{-1000}},
                  "1969-12-31T23:59:59.999Z"},
-             Row{"long before", instant(1582, 10, 4, 5 * hour + 6000), "1582-10-04T05:00:00.006Z"},
-             Row{"the first year", instant(1, 12, 31, day - second), "0001-12-31T23:59:59.000Z"},
              Row{"the distant past", distantPast, "0001-01-01T00:00:00.000Z"},
              Row{"the last time", instant(9999, 12, 31, day - 1000), "9999-12-31T23:59:59.999Z"},
          }) {
         EXPECT_EQ(EventDate::text(instant), text) << why;
         EXPECT_EQ(EventDate::parse(text), instant) << why;
+        const auto withoutFraction = std::string{text}.substr(0, 19) + "Z";
+        EXPECT_EQ(EventDate::parse(withoutFraction),
+                  std::chrono::floor<std::chrono::seconds>(instant));
     }
 }
 
@@ -58,14 +54,9 @@ TEST(EventDate, cutsWhatIsBelowAMillisecond) {
         const char* text;
     };
     for (const auto& [micros, text] : {
-             Row{1, "1970-01-01T00:00:00.000Z"},
-             Row{499, "1970-01-01T00:00:00.000Z"},
-             Row{500, "1970-01-01T00:00:00.000Z"},
              Row{999, "1970-01-01T00:00:00.000Z"},
              Row{1000, "1970-01-01T00:00:00.001Z"},
-             Row{999'999, "1970-01-01T00:00:00.999Z"},
              Row{-1, "1969-12-31T23:59:59.999Z"},
-             Row{-1000, "1969-12-31T23:59:59.999Z"},
              Row{-1001, "1969-12-31T23:59:59.998Z"},
          }) {
         EXPECT_EQ(EventDate::text(Instant{microseconds{micros}}), text) << micros;
@@ -73,53 +64,13 @@ TEST(EventDate, cutsWhatIsBelowAMillisecond) {
     EXPECT_EQ(EventDate::text(instant(9999, 12, 31, day - 1)), "9999-12-31T23:59:59.999Z");
 }
 
-TEST(EventDate, isReadWithoutItsFractionToo) {
-    EXPECT_EQ(EventDate::parse("2026-11-15T03:30:55Z"), Instant{microseconds{1794713455000000}});
-    EXPECT_EQ(EventDate::parse("0001-01-01T00:00:00Z"), distantPast);
-    EXPECT_EQ(EventDate::parse("1969-12-31T23:59:59Z"), Instant{microseconds{-second}});
-    EXPECT_EQ(EventDate::parse("9999-12-31T23:59:59Z"), instant(9999, 12, 31, day - second));
-}
-
 TEST(EventDate, refusesEveryOtherForm) {
-    for (const char* text : {
-             "",
-             "Z",
-             "2026-11-15",
-             "2026-11-15T03:30Z",
-             "2026-11-15T03:30:55",
-             "2026-11-15T03:30:55.123",
-             "2026-11-15 03:30:55",
-             "2026-11-15 03:30:55Z",
-             "2026-11-15t03:30:55Z",
-             "2026-11-15T03:30:55z",
-             "2026-11-15T03:30:55.Z",
-             "2026-11-15T03:30:55.1Z",
-             "2026-11-15T03:30:55.12Z",
-             "2026-11-15T03:30:55.1234Z",
-             "2026-11-15T03:30:55.123456Z",
-             "2026-11-15T03:30:55,123Z",
-             "2026-11-15T03:30:55.12 Z",
-             "2026-11-15T03:30:55.-12Z",
-             "2026-11-15T03:30:55+00:00",
-             "2026-11-15T03:30:55.123+00:00",
-             "2026-11-15T03:30:55.123+01:00",
-             "2026-11-15T03:30:55.123-0000",
-             "2026-11-15T03:30:55.123ZZ",
-             "2026-11-15T03:30:55.123Z ",
-             " 2026-11-15T03:30:55.123Z",
-             "2026-11-15T03:30:55.123Z\n",
-             "20261115T033055Z",
-             "26-11-15T03:30:55Z",
-             "+2026-11-15T03:30:55Z",
-             "-026-11-15T03:30:55Z",
-             "12026-11-15T03:30:55Z",
-             "2026-11-5T03:30:55Z",
-             "2026-W46-7T03:30:55Z",
-             "2026-319T03:30:55Z",
-             "2026/11/15T03:30:55Z",
-             "2026-11-15T03.30.55Z",
-             "1794713455.123",
-         })
+    for (const char* text :
+         {"", "Z", "2026-11-15", "2026-11-15T03:30Z", "2026-11-15T03:30:55", "2026-11-15 03:30:55",
+          "2026-11-15T03:30:55.Z", "2026-11-15T03:30:55.12Z", "2026-11-15T03:30:55.1234Z",
+          "2026-11-15T03:30:55.-12Z", "2026-11-15T03:30:55+00:00", "2026-11-15T03:30:55.123-0000",
+          "2026-11-15T03:30:55.123ZZ", " 2026-11-15T03:30:55.123Z", "20261115T033055Z",
+          "-026-11-15T03:30:55Z", "12026-11-15T03:30:55Z", "2026-11-5T03:30:55Z"})
         EXPECT_FALSE(EventDate::parse(text)) << text;
 }
 
@@ -136,10 +87,8 @@ TEST(EventDate, refusesATextWithAnyCharacterReplaced) {
 TEST(EventDate, refusesImpossibleTimesOfDay) {
     EXPECT_TRUE(EventDate::parse("2026-11-15T23:59:59.999Z"));
     EXPECT_FALSE(EventDate::parse("2026-11-15T24:00:00.000Z"));
-    EXPECT_FALSE(EventDate::parse("2026-11-15T25:00:00.000Z"));
     EXPECT_FALSE(EventDate::parse("2026-11-15T23:60:00.000Z"));
     EXPECT_FALSE(EventDate::parse("2026-12-31T23:59:60.000Z"));
-    EXPECT_FALSE(EventDate::parse("2016-12-31T23:59:60Z"));
 }
 
 unsigned daysIn(int year, unsigned month) {
@@ -153,8 +102,7 @@ std::string padded(unsigned number, std::size_t length) {
 }
 
 TEST(EventDate, readsExactlyTheDaysThatExist) {
-    for (const int year :
-         {1, 4, 100, 400, 1600, 1899, 1900, 1969, 1970, 2000, 2026, 2028, 2100, 2400, 9996, 9999}) {
+    for (const int year : {1, 4, 100, 400, 1582, 1900, 1969, 1970, 2000, 2026, 2028, 2100, 9999}) {
         std::optional<Instant> dayBefore;
         for (unsigned month = 0; month <= 13; ++month) {
             const unsigned lastDay = month >= 1 && month <= 12 ? daysIn(year, month) : 0;
@@ -174,12 +122,6 @@ TEST(EventDate, readsExactlyTheDaysThatExist) {
         }
     }
     EXPECT_FALSE(EventDate::parse("0000-01-01T00:00:00.000Z")) << "there is no year 0";
-}
-
-TEST(Instant, theCurrentTimeMovesOn) {
-    const Instant earlier = currentInstant();
-    EXPECT_GT(earlier, instant(2026, 1, 1));
-    EXPECT_LT(earlier, instant(9999, 1, 1));
 }
 
 }  // namespace

@@ -13,13 +13,5 @@ TEST(SpoolError, hasACodeForTheLog) {
     EXPECT_EQ(SpoolError::lockTimeout().diagnosticCode(), "lock-timeout");
 }
 
-TEST(SpoolError, isComparedByCaseAndFacts) {
-    EXPECT_EQ(SpoolError::io("write", 5), SpoolError::io("write", 5));
-    EXPECT_NE(SpoolError::io("write", 5), SpoolError::io("write", 28));
-    EXPECT_NE(SpoolError::io("write", 5), SpoolError::io("claim", 5));
-    EXPECT_NE(SpoolError::lineTooLarge(1), SpoolError::lineTooLarge(2));
-    EXPECT_NE(SpoolError::lockTimeout(), SpoolError::lineTooLarge(0));
-}
-
 }  // namespace
 }  // namespace tallowbrook

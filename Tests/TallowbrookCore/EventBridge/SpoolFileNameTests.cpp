@@ -28,37 +28,20 @@ std::vector<std::string> listed(const std::filesystem::path& directory) {
     return names;
 }
 
-TEST(SpoolFileName, hasTwoPrefixes) {
-    EXPECT_EQ(rawValue(Prefix::overflow), "overflow");
-    EXPECT_EQ(rawValue(Prefix::ingest), "ingest");
-    EXPECT_EQ(allCases<Prefix>().size(), 2U);
-}
-
 TEST(SpoolFileName, isMadeOfPrefixTimeProcessAndRandomBits) {
     const Instant date{std::chrono::microseconds{1763177455123456}};
     for (const Prefix prefix : {Prefix::overflow, Prefix::ingest}) {
         const std::regex pattern{std::string{rawValue(prefix)} + "-1763177455123456-" +
                                  std::to_string(getpid()) + "-(0|[1-9A-F][0-9A-F]{0,7})\\.jsonl"};
-        for (int i = 0; i < 2000; ++i) {
-            const std::string name = make(prefix, date);
+        std::set<std::string> names;
+        for (int i = 0; i < 1000; ++i) {
+            const std::string name = *names.insert(make(prefix, date)).first;
             ASSERT_TRUE(std::regex_match(name, pattern)) << name;
+            const SpoolFileName::Entry parts{name, prefix, 1763177455123456};
+            EXPECT_EQ(parse(name), parts);
         }
+        EXPECT_GE(names.size(), 998U) << "two random words may be the same, hardly ever more";
     }
-}
-
-TEST(SpoolFileName, isAnotherOneEachTime) {
-    std::set<std::string> names;
-    for (int i = 0; i < 100; ++i) names.insert(make(Prefix::ingest, Instant{}));
-    EXPECT_GE(names.size(), 99U) << "two of a hundred random words may be the same, not more";
-}
-
-TEST(SpoolFileName, isListedWithItsParts) {
-    const TemporaryDirectory temporary;
-    const Instant date{std::chrono::microseconds{1763177455123456}};
-    const auto file = temporary.path / make(Prefix::ingest, date);
-    writeContents(file, "");
-    EXPECT_EQ(pendingFiles(temporary.path),
-              (std::vector{SpoolFileName::Entry{file, Prefix::ingest, 1763177455123456}}));
 }
 
 TEST(SpoolFileName, isReadFromAPathThatNeedNotExist) {
@@ -69,7 +52,6 @@ TEST(SpoolFileName, isReadFromAPathThatNeedNotExist) {
                                     9223372036854775807}));
     EXPECT_EQ(parse("/overflow-5-6-7.jsonl/notes"), std::nullopt);
     EXPECT_EQ(parse("/overflow-5-6-7.jsonl/"), std::nullopt);
-    EXPECT_EQ(parse(""), std::nullopt);
 }
 
 TEST(PendingFiles, comeOldestFirstThenOverflowFirstThenByName) {
@@ -77,19 +59,13 @@ TEST(PendingFiles, comeOldestFirstThenOverflowFirstThenByName) {
         "ingest-0-1-1.jsonl",
         "overflow-1-1-1.jsonl",
         "ingest-1-1-1.jsonl",
-        "overflow-9-9-9.jsonl",
         "ingest-10-1-1.jsonl",
         "overflow-100-1-1.jsonl",
-        "overflow-100-1-2.jsonl",
         "overflow-100-10-1.jsonl",
         "overflow-100-2-1.jsonl",
-        "overflow-100-2-A.jsonl",
         "ingest-100-1-1.jsonl",
-        "ingest-100-1-2.jsonl",
         "overflow-1763177455123456-4242-9F3A01C.jsonl",
         "ingest-1763177455123457-4242-0.jsonl",
-        "overflow-9223372036854775807-1-1.jsonl",
-        "ingest-9223372036854775807-1-1.jsonl",
     };
     std::vector<std::string> made = inOrder;
     std::mt19937 engine;  // any order of creation will do
@@ -99,42 +75,14 @@ TEST(PendingFiles, comeOldestFirstThenOverflowFirstThenByName) {
     EXPECT_EQ(listed(temporary.path), inOrder);
 }
 
-TEST(PendingFiles, leaveOutEveryOtherName) {
-    const TemporaryDirectory temporary;
-    for (const char* name : {
-             "events.jsonl",
-             "spool.lock",
-             "notes.jsonl",
-             "overflow-abc-1-2.jsonl",
-             "overflow--1-2.jsonl",
-             "overflow--5-1-2.jsonl",
-             "overflow-1.5-1-2.jsonl",
-             "overflow-0x10-1-2.jsonl",
-             "overflow-1e3-1-2.jsonl",
-             "overflow- 1-1-2.jsonl",
-             "overflow-1 -1-2.jsonl",
-             "overflow-9223372036854775808-1-2.jsonl",
-             "overflow-99999999999999999999-1-2.jsonl",
-             "overflow-1.jsonl",
-             "overflow.jsonl",
-             "overflow-1-2-3.json",
-             "overflow-1-2-3.jsonl.1",
-             "overflow-1-2-3.JSONL",
-             "overflow-1-2-3",
-             "Overflow-1-2-3.jsonl",
-             "overflowed-1-2-3.jsonl",
-             "overflo-1-2-3.jsonl",
-             "-1-2-3.jsonl",
-             "ingest_1-2-3.jsonl",
-             "other-1-2-3.jsonl",
-             " ingest-1-2-3.jsonl",
-             ".ingest-1-2-3.jsonl",
-             "-.jsonl",
-             "--.jsonl",
-             ".jsonl",
-         })
-        writeContents(temporary.path / name, "");
-    EXPECT_EQ(listed(temporary.path), std::vector<std::string>{});
+TEST(SpoolFileName, isNoOther) {
+    for (const char* name :
+         {"events.jsonl", "spool.lock", "overflow-abc-1-2.jsonl", "overflow--1-2.jsonl",
+          "overflow--5-1-2.jsonl", "overflow- 1-1-2.jsonl",
+          "overflow-9223372036854775808-1-2.jsonl", "overflow-1.jsonl", "overflow-1-2-3.json",
+          "overflow-1-2-3.jsonl.1", "overflow-1-2-3.JSONL", "Overflow-1-2-3.jsonl",
+          "overflowed-1-2-3.jsonl", "-1-2-3.jsonl", " ingest-1-2-3.jsonl", "-.jsonl", ".jsonl", ""})
+        EXPECT_EQ(parse(name), std::nullopt) << name;
 }
 
 TEST(PendingFiles, lookOnlyAtPrefixTimeAndEnding) {
@@ -153,12 +101,6 @@ TEST(PendingFiles, ofADirectoryThatCannotBeListedAreNone) {
     const TemporaryDirectory temporary;
     EXPECT_TRUE(pendingFiles(temporary.path).empty());
     EXPECT_TRUE(pendingFiles(temporary.path / "missing").empty());
-    writeContents(temporary.path / "file", "");
-    EXPECT_TRUE(pendingFiles(temporary.path / "file").empty());
-}
-
-TEST(PendingFiles, ofADirectoryThatCannotBeListedHaveAReason) {
-    const TemporaryDirectory temporary;
     EXPECT_TRUE(SpoolFileName::listPendingFiles(temporary.path));
     const auto missing = SpoolFileName::listPendingFiles(temporary.path / "missing");
     ASSERT_FALSE(missing);

@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -26,37 +25,14 @@ std::optional<std::string> outcomeWhenLockingFails(int errorNumber) {
     });
 }
 
-TEST(SpoolLockLinux, failsAtOnceWhereThereIsNoLocking) {
-    for (const int errorNumber : {ENOLCK, EBADF, EINVAL}) {
+TEST(SpoolLockLinux, failsAtOnceWhereThereIsNoLockingAndTriesAgainWhenInterrupted) {
+    for (const auto& [errorNumber, outcome] :
+         {std::pair{ENOLCK, ioCode("flock", ENOLCK)}, std::pair{EINTR, std::string{"lock-timeout"}},
+          std::pair{EWOULDBLOCK, std::string{"lock-timeout"}}}) {
         const auto seen = outcomeWhenLockingFails(errorNumber);
         if (seen == noFilter) GTEST_SKIP() << *seen;
-        EXPECT_EQ(seen, ioCode("flock", errorNumber));
+        EXPECT_EQ(seen, outcome) << errorNumber;
     }
-}
-
-TEST(SpoolLockLinux, triesAgainWhenInterruptedUntilTheTimeoutIsOver) {
-    for (const int errorNumber : {EINTR, EWOULDBLOCK}) {
-        const auto seen = outcomeWhenLockingFails(errorNumber);
-        if (seen == noFilter) GTEST_SKIP() << *seen;
-        EXPECT_EQ(seen, "lock-timeout") << errorNumber;
-    }
-}
-
-TEST(SpoolLockLinux, isNotHandedToAProgramThatIsStarted) {
-    const TemporaryDirectory temporary;
-    const TallowbrookPaths paths{fs::canonical(temporary.path)};
-    fs::create_directories(paths.spoolDirectory());
-    const auto lock = SpoolLock::acquire(paths, Seconds{0});
-    ASSERT_TRUE(lock);
-    int found = 0;
-    for (const auto& entry : fs::directory_iterator{"/proc/self/fd"}) {
-        std::error_code ignored;
-        if (fs::read_symlink(entry.path(), ignored) != paths.spoolLockFile()) continue;
-        const int flags = fcntl(std::stoi(entry.path().filename()), F_GETFD);
-        EXPECT_NE(flags & FD_CLOEXEC, 0);
-        ++found;
-    }
-    EXPECT_EQ(found, 1);
 }
 
 }  // namespace

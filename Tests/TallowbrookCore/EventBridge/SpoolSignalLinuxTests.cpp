@@ -49,8 +49,6 @@ class SpoolSignalLinuxTest : public testing::Test {
     bool made = fs::create_directory(directory);
 };
 
-TEST_F(SpoolSignalLinuxTest, hasAName) { EXPECT_EQ(SpoolSignal::name, signalName); }
-
 TEST_F(SpoolSignalLinuxTest, aPostWakesTheObserverOnce) {
     auto observer = start();
     EXPECT_TRUE(isQuiet(observer));
@@ -83,15 +81,6 @@ TEST_F(SpoolSignalLinuxTest, anObserverThatComesLaterIsNotWokenByEarlierPosts) {
     EXPECT_TRUE(observer.consume());
 }
 
-TEST_F(SpoolSignalLinuxTest, severalPostsArriveAsOne) {
-    auto observer = start();
-    for (int i = 0; i < 100; ++i) SpoolSignal::post();
-    EXPECT_TRUE(isWoken(observer));
-    EXPECT_TRUE(observer.consume());
-    EXPECT_TRUE(isQuiet(observer));
-    EXPECT_FALSE(observer.consume());
-}
-
 TEST_F(SpoolSignalLinuxTest, aPostIsNotLostWhereMoreHappensThanTheSystemKeeps) {
     int kept = 0;
     std::ifstream{"/proc/sys/fs/inotify/max_queued_events"} >> kept;
@@ -111,28 +100,6 @@ TEST_F(SpoolSignalLinuxTest, aPostIsNotLostWhereMoreHappensThanTheSystemKeeps) {
     EXPECT_TRUE(observer.consume());
 }
 
-TEST_F(SpoolSignalLinuxTest, aPostReachesEveryObserver) {
-    auto first = start();
-    auto second = start();
-    SpoolSignal::post();
-    for (auto* observer : {&first, &second}) {
-        EXPECT_TRUE(isWoken(*observer));
-        EXPECT_TRUE(observer->consume());
-    }
-}
-
-TEST_F(SpoolSignalLinuxTest, aPostOfAnotherProcessWakesAWaitingObserver) {
-    auto observer = start();
-    ChildProcess poster{[]() -> std::string {
-        usleep(20'000);
-        SpoolSignal::post();
-        return "posted";
-    }};
-    EXPECT_TRUE(isWoken(observer));
-    EXPECT_TRUE(observer.consume());
-    EXPECT_EQ(poster.result(), "posted");
-}
-
 TEST_F(SpoolSignalLinuxTest, otherFilesAreNoPost) {
     auto observer = start();
     writeContents(directory / "bus", "x");
@@ -147,7 +114,7 @@ TEST_F(SpoolSignalLinuxTest, otherFilesAreNoPost) {
 
 TEST_F(SpoolSignalLinuxTest, theObserverSurvivesTheDeletionOfTheFile) {
     auto observer = start();
-    for (int round = 0; round < 3; ++round) {
+    for (int round = 0; round < 2; ++round) {
         SpoolSignal::post();
         EXPECT_TRUE(observer.consume());
         EXPECT_TRUE(fs::remove(file));
@@ -223,18 +190,9 @@ TEST_F(SpoolSignalLinuxTest, aPostNeverBlocksOrFollowsALink) {
     EXPECT_TRUE(fs::is_directory(file));
 }
 
-TEST_F(SpoolSignalLinuxTest, theObserverMayBeMoved) {
-    auto first = start();
-    SpoolSignal::Observer second{std::move(first)};
-    SpoolSignal::post();
-    EXPECT_TRUE(isWoken(second));
-    auto third = start();
-    third = std::move(second);
-    EXPECT_TRUE(third.consume());
-}
-
 TEST_F(SpoolSignalLinuxTest, manyProcessesMayPostAtOnce) {
     auto observer = start();
+    auto other = start();
     std::vector<std::unique_ptr<ChildProcess>> posters;
     for (int i = 0; i < 8; ++i)
         posters.push_back(std::make_unique<ChildProcess>([]() -> std::string {
@@ -244,7 +202,8 @@ TEST_F(SpoolSignalLinuxTest, manyProcessesMayPostAtOnce) {
     for (const auto& poster : posters) EXPECT_EQ(poster->result(), "posted");
     EXPECT_TRUE(isWoken(observer));
     EXPECT_TRUE(observer.consume());
-    EXPECT_EQ(std::distance(fs::directory_iterator{directory}, {}), 1);
+    EXPECT_FALSE(observer.consume()) << "all of them arrive as one";
+    EXPECT_TRUE(other.consume()) << "every observer hears of it";
 }
 
 }  // namespace

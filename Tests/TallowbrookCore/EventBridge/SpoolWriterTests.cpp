@@ -27,22 +27,6 @@ class SpoolWriterTest : public testing::Test {
     SpoolWriter writer{paths, {}};
 };
 
-TEST(SpoolConfiguration, holdsTheLimitsOfTheHelper) {
-    const SpoolConfiguration configuration;
-    EXPECT_EQ(configuration.maxActiveFileBytes, 2097152);
-    EXPECT_EQ(configuration.maxOverflowFiles, 8);
-    EXPECT_EQ(configuration.lockTimeout, Seconds{0.5});
-    EXPECT_EQ(configuration.maxLineBytes, 16384U);
-}
-
-TEST_F(SpoolWriterTest, createsTheSpoolWithTheFirstEvent) {
-    EXPECT_EQ(outcomeOf(writer.append(fullEvent())), "ok");
-    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), EventCoding::encodeLine(fullEvent()));
-    EXPECT_EQ(modeOf(paths.home.c_str()), mode_t{0700});
-    EXPECT_EQ(modeOf(paths.spoolDirectory().c_str()), mode_t{0700});
-    EXPECT_TRUE(lockIsFree());
-}
-
 TEST_F(SpoolWriterTest, addsEachEventAsOneLineAtTheEnd) {
     std::string expected;
     for (int i = 0; i < 5; ++i) {
@@ -89,12 +73,6 @@ TEST_F(SpoolWriterTest, takesLinesUpToItsLimit) {
 TEST_F(SpoolWriterTest, touchesNothingForALineThatIsTooLarge) {
     EXPECT_EQ(outcomeOf(writer.append(eventWithLineOf(100'000))), "line-too-large(100000)");
     EXPECT_FALSE(fs::exists(paths.home));
-
-    fs::create_directories(paths.spoolDirectory());
-    const LockHolder holder{paths.spoolLockFile()};
-    ASSERT_TRUE(holder.holds);
-    EXPECT_EQ(outcomeOf(writer.append(eventWithLineOf(16385))), "line-too-large(16385)")
-        << "no lock is asked for";
 }
 
 TEST_F(SpoolWriterTest, givesUpWhenAnotherProcessHoldsTheLockTooLong) {
@@ -104,21 +82,6 @@ TEST_F(SpoolWriterTest, givesUpWhenAnotherProcessHoldsTheLockTooLong) {
     ASSERT_TRUE(holder.holds);
     EXPECT_EQ(outcomeOf(writer.append(fullEvent())), "lock-timeout");
     EXPECT_EQ(contentsOf(paths.activeSpoolFile()), before);
-}
-
-TEST_F(SpoolWriterTest, writesNothingNewWithoutTheLock) {
-    fs::create_directories(paths.spoolDirectory());
-    const LockHolder holder{paths.spoolLockFile()};
-    ASSERT_TRUE(holder.holds);
-    writer.configuration.lockTimeout = Seconds{0};
-    EXPECT_EQ(outcomeOf(writer.append(fullEvent())), "lock-timeout");
-    EXPECT_FALSE(fs::exists(paths.activeSpoolFile()));
-}
-
-TEST_F(SpoolWriterTest, triesOnceWithATimeoutOfZero) {
-    writer.configuration.lockTimeout = Seconds{0};
-    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
-    EXPECT_EQ(contentsOf(paths.activeSpoolFile()), EventCoding::encodeLine(minimalEvent()));
 }
 
 TEST_F(SpoolWriterTest, waitsForALockThatIsGivenBack) {
@@ -131,39 +94,16 @@ TEST_F(SpoolWriterTest, waitsForALockThatIsGivenBack) {
     EXPECT_EQ(contentsOf(paths.activeSpoolFile()), EventCoding::encodeLine(minimalEvent()));
 }
 
-TEST_F(SpoolWriterTest, getsTheLockOfAHolderThatWasKilled) {
-    fs::create_directories(paths.spoolDirectory());
-    LockHolder holder{paths.spoolLockFile()};
-    ASSERT_TRUE(holder.holds);
-    holder.kill();
-    writer.configuration.lockTimeout = Seconds{0};
-    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
-}
-
-TEST_F(SpoolWriterTest, saysWhenTheSpoolDirectoryCannotBeMade) {
+TEST_F(SpoolWriterTest, saysWhatCannotBeMadeOrOpenedAndGivesTheLockBack) {
     writeContents(paths.home, "a file");
     EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "stat-errno" + std::to_string(ENOTDIR));
-    EXPECT_EQ(contentsOf(paths.home), "a file");
-}
-
-TEST_F(SpoolWriterTest, saysWhenTheLockFileCannotBeOpened) {
+    fs::remove(paths.home);
     fs::create_directories(paths.spoolLockFile());
     EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-lock", EISDIR));
-    EXPECT_FALSE(fs::exists(paths.activeSpoolFile()));
-}
-
-TEST_F(SpoolWriterTest, saysWhenTheActiveFileCannotBeOpenedAndGivesTheLockBack) {
+    fs::remove(paths.spoolLockFile());
     fs::create_directories(paths.activeSpoolFile());
     EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-spool", EISDIR));
     EXPECT_TRUE(lockIsFree());
-}
-
-TEST_F(SpoolWriterTest, twoHomesDoNotMeet) {
-    fs::create_directories(paths.spoolDirectory());
-    const LockHolder holder{paths.spoolLockFile()};
-    ASSERT_TRUE(holder.holds);
-    const TallowbrookPaths other{temporary.path / "other"};
-    EXPECT_EQ(outcomeOf(SpoolWriter{other, {}}.append(minimalEvent())), "ok");
 }
 
 TEST(AppendBytes, addToAFileOrMakeIt) {
@@ -177,32 +117,6 @@ TEST(AppendBytes, addToAFileOrMakeIt) {
     EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("", file)), "ok");
     EXPECT_EQ(contentsOf(file), "one\ntwo");
     EXPECT_EQ(modeOf(file.c_str()), mode_t{0644});
-}
-
-TEST(AppendBytes, takeBytesOfEveryKindAndNumber) {
-    const TemporaryDirectory temporary;
-    const fs::path file = temporary.path / "file";
-    std::string bytes;
-    for (int i = 0; i < 3'000'000; ++i) bytes += static_cast<char>(i * 7 + i / 256);
-    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes(bytes, file)), "ok");
-    EXPECT_EQ(contentsOf(file), bytes);
-}
-
-TEST(AppendBytes, needNoLock) {
-    const TemporaryDirectory temporary;
-    const TallowbrookPaths paths{temporary.path};
-    fs::create_directories(paths.spoolDirectory());
-    const LockHolder holder{paths.spoolLockFile()};
-    ASSERT_TRUE(holder.holds);
-    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("x", paths.activeSpoolFile())), "ok");
-}
-
-TEST(AppendBytes, sayWhenTheFileCannotBeOpened) {
-    const TemporaryDirectory temporary;
-    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("x", temporary.path)),
-              ioCode("open-spool", EISDIR));
-    EXPECT_EQ(outcomeOf(SpoolWriter::appendBytes("x", temporary.path / "missing" / "file")),
-              ioCode("open-spool", ENOENT));
 }
 
 }  // namespace

@@ -114,99 +114,45 @@ class Grammar {
     std::string_view rest_;
 };
 
-class TextSource {
- public:
-    explicit TextSource(std::uint64_t seed) : engine_{seed} {}
-
-    // A JSON text, with up to three places broken.
-    std::string next() {
-        std::string text = value(4);
-        if (below(8) == 0) text = blanks() + text + blanks();
-        for (auto breaks = below(2) * below(4); breaks > 0; --breaks) breakOnce(text);
-        return text;
-    }
-
- private:
-    std::uint64_t below(std::uint64_t limit) { return engine_() % limit; }
-
-    std::string oneOf(const std::vector<std::string>& texts) { return texts[below(texts.size())]; }
-
-    std::string blanks() { return oneOf({"", "", " ", "\n", "\t ", "\r\n"}); }
-
-    std::string value(int depth) {
-        const auto kind = below(depth > 0 ? 8 : 4);
-        if (kind < 2) return string();
-        if (kind == 2) return number();
-        if (kind == 3) return oneOf({"true", "false", "null"});
-        std::string text = kind < 7 ? "{" : "[";
-        for (auto count = below(4), i = count; i > 0; --i) {
-            if (i < count) text += blanks() + ",";
-            if (kind < 7) text += blanks() + string() + blanks() + ":";
-            text += blanks() + value(depth - 1);
-        }
-        return text + blanks() + (kind < 7 ? "}" : "]");
-    }
-
-    std::string string() {
-        std::string text = "\"";
-        for (auto count = below(4); count > 0; --count)
-            text += oneOf({"a",
-                           "session_id",
-                           "cwd",
-                           "/",
-                           "1e99999999999",
-                           "\\ud83d",
-                           "\\uDE00",
-                           "\\ud83d\\ude00",
-                           "\\\\",
-                           "\\\"",
-                           "\\n",
-                           "\\/",
-                           "\\u0041",
-                           "\xC3\xA9",
-                           "\xFF",
-                           "\xF0\x9F\x98\x80",
-                           "\xE6\x97",
-                           " ",
-                           "\x7F",
-                           "{",
-                           "]"});
-        return text + "\"";
-    }
-
-    std::string number() {
-        std::string text = oneOf({"", "-"}) + oneOf({"0", "1", "42", "9007199254740993",
-                                                     "123456789012345678901234567890"});
-        if (below(3) == 0) text += "." + oneOf({"0", "5", "000000000000000000000001"});
-        if (below(2) == 0)
-            text += oneOf({"e", "E"}) + oneOf({"", "+", "-"}) +
-                    oneOf({"0", "5", "00", "999", "99999999", "2147483647", "2147483648",
-                           "99999999999", "0000000000001", "99999999999999999999999"});
-        return text;
-    }
-
-    void breakOnce(std::string& text) {
-        const auto position = below(text.size() + 1);
-        const std::string piece =
-            oneOf({"\"",  "\\", "u",  "0",    "1",    "9",       "e",   "E",
-                   "-",   "+",  ".",  ",",    ":",    "{",       "}",   "[",
-                   "]",   " ",  "\n", "\x01", "\xFF", "\\ud83d", "\\u", "1e99999999999",
-                   "true"});
-        switch (below(3)) {
-            case 0:
-                text.insert(position, piece);
-                break;
-            case 1:
-                text.erase(position, 1 + below(3));
-                break;
-            default:
-                text.replace(position, 1, piece);
-                break;
-        }
-    }
-
-    std::mt19937_64 engine_;
+// Sound texts with everything that a reading can stumble over.
+const std::vector<std::string> soundTexts{
+    R"({"session_id":"a\\\"\n\/\u0041","b":[1,-2.5e+10,{}],"c":{"d":[],"e":null}})",
+    "{ \"cut\" : \"\\ud83d\\uDE00 \\ud83d \xC3\xA9 \xFF\" ,\r\n\t\"\\ud83d\\ud83d\":true}",
+    R"([1e99999999999,-0.5E-99999999999,0e0000000000001,123456789012345678901234567890])",
+    R"({"1e99999999999":"1e99999999999","x":-12.50e2147483648,"y":[false,0,-0]})",
+    R"({})",
+    R"("\ude00")",
+    R"( -1E-2147483649 )",
 };
+
+// One of the sound texts, mostly with up to three places broken.
+std::string nextText(std::mt19937_64& engine) {
+    static const std::vector<std::string> pieces{"\"",
+                                                 "\\",
+                                                 "u",
+                                                 "0",
+                                                 "9",
+                                                 "e",
+                                                 "-",
+                                                 "+",
+                                                 ".",
+                                                 ",",
+                                                 ":",
+                                                 "{",
+                                                 "]",
+                                                 " ",
+                                                 "\x01",
+                                                 "\\ud83d",
+                                                 "1e99999999999"};
+    const auto below = [&](std::size_t limit) { return engine() % limit; };
+    std::string text = soundTexts[below(soundTexts.size())];
+    for (auto breaks = below(4); breaks > 0; --breaks) {
+        const std::size_t position = below(text.size() + 1);
+        // Inserts, erases or replaces.
+        text.replace(position, below(3), below(3) == 0 ? "" : pieces[below(pieces.size())]);
+    }
+    return text;
+}
 
 std::string expectedOutcome(std::string_view text) {
     if (text.empty()) return "empty-payload";
@@ -218,11 +164,11 @@ TEST(PayloadGrammar, onlyATextThatIsNoJSONIsInvalid) {
     const std::uint64_t seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));
     RecordProperty("seed", std::to_string(seed));
-    TextSource source{seed};
+    std::mt19937_64 engine{seed};
     std::size_t events = 0;
     std::size_t refusals = 0;
     for (int i = 0; i < 50'000; ++i) {
-        const std::string text = source.next();
+        const std::string text = nextText(engine);
         const std::string expected = expectedOutcome(text);
         ASSERT_EQ(outcomeOf(text), expected) << text;
         events += expected == "event" ? 1 : 0;

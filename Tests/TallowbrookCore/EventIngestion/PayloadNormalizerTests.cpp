@@ -9,31 +9,12 @@
 namespace tallowbrook {
 namespace {
 
-TEST(PayloadSource, hasOneRawTextProviderAndChannelEach) {
-    struct Row {
-        PayloadSource source;
-        const char* rawValue;
-        Provider provider;
-        EventChannel channel;
-    };
-    using enum PayloadSource;
-    const auto rows = {
-        Row{claudeCodeHook, "claude-code", Provider::claudeCode, EventChannel::hook},
-        Row{codexHook, "codex", Provider::codexCLI, EventChannel::hook},
-        Row{codexNotify, "codex-notify", Provider::codexCLI, EventChannel::notify},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(rawValue(row.source), row.rawValue);
-        EXPECT_EQ(fromRawValue<PayloadSource>(row.rawValue), row.source);
-        EXPECT_EQ(provider(row.source), row.provider) << row.rawValue;
-        EXPECT_EQ(channel(row.source), row.channel) << row.rawValue;
-    }
-    EXPECT_EQ(allCases<PayloadSource>().size(), rows.size());
-}
-
-TEST(PayloadSource, isNotMadeFromAnotherText) {
-    for (const char* text : {"", "Claude-Code", "claude", "claude-code ", "claudeCodeHook",
-                             "codex_notify", "codex-", "CODEX"})
+TEST(PayloadSource, isFoundByItsExactText) {
+    const auto notify = fromRawValue<PayloadSource>("codex-notify");
+    ASSERT_TRUE(notify);
+    EXPECT_EQ(provider(*notify), Provider::codexCLI);
+    EXPECT_EQ(channel(*notify), EventChannel::notify);
+    for (const char* text : {"", "Claude-Code", "claude", "claude-code ", "codex_notify"})
         EXPECT_FALSE(fromRawValue<PayloadSource>(text)) << text;
 }
 
@@ -43,11 +24,6 @@ TEST(NormalizationError, hasACodeForTheLog) {
     EXPECT_EQ(NormalizationError::emptyPayload().diagnosticCode(), "empty-payload");
     EXPECT_EQ(NormalizationError::invalidJSON().diagnosticCode(), "invalid-json");
     EXPECT_EQ(NormalizationError::notAnObject().diagnosticCode(), "not-an-object");
-}
-
-TEST(PayloadNormalizer, stampsEveryEventWithItsVersion) {
-    EXPECT_EQ(PayloadNormalizer::adapterVersion, "0.1.0");
-    EXPECT_EQ(eventOf("{}").adapterVersion, "0.1.0");
 }
 
 TEST(PayloadNormalizer, makesAnUnknownEventOfAnObjectWithoutUse) {
@@ -70,8 +46,6 @@ TEST(PayloadNormalizer, handsOnWhatTheCallerGives) {
     }
 }
 
-TEST(PayloadNormalizer, refusesAnEmptyPayload) { EXPECT_EQ(outcomeOf(""), "empty-payload"); }
-
 TEST(PayloadNormalizer, refusesAPayloadBeyondItsLimit) {
     constexpr std::size_t limit = 1048576;
     EXPECT_EQ(PayloadNormalizer::maxPayloadBytes, limit);
@@ -84,80 +58,24 @@ TEST(PayloadNormalizer, refusesAPayloadBeyondItsLimit) {
     const std::string blanks = "{}" + std::string(limit - 2, ' ');
     EXPECT_EQ(outcomeOf(blanks), "event");
     EXPECT_EQ(outcomeOf(blanks + " "), "payload-too-large(1048577)");
-    EXPECT_EQ(outcomeOf(std::string(limit, 'x')), "invalid-json");
-    EXPECT_EQ(outcomeOf(std::string(limit + 1, 'x')), "payload-too-large(1048577)");
-    EXPECT_EQ(outcomeOf(std::string(3'000'000, '[')), "payload-too-large(3000000)");
+    const std::string marked = "\xEF\xBB\xBF" + blanks.substr(0, limit - 3);
+    EXPECT_EQ(outcomeOf(marked), "event");
+    EXPECT_EQ(outcomeOf(marked + " "), "payload-too-large(1048577)") << "the mark counts";
 }
 
 TEST(PayloadNormalizer, tellsATextThatIsNoObject) {
-    for (const char* payload :
-         {"[]", "[{}]", R"([{"session_id":"s"}])", R"(["session_id","s"])", "1", "-1.5e3", "0",
-          "true", "false", "null", R"("text")", R"("")", R"("{}")", " 1 ", "1e999", R"("\ud83d")",
-          "1e99999999999", "\"\xFF\"", "\xEF\xBB\xBF[]"})
+    for (const char* payload : {"[]", R"([{"session_id":"s"}])", "1", "true", "null", R"("{}")",
+                                "1e99999999999", R"("\ud83d")", "\xEF\xBB\xBF[]"})
         EXPECT_EQ(outcomeOf(payload), "not-an-object") << payload;
 }
 
 TEST(PayloadNormalizer, tellsATextThatIsNoJSON) {
-    for (const char* payload : {
-             "{",
-             "}",
-             "[",
-             "\"",
-             " ",
-             "\n",
-             "x",
-             "nul",
-             "Null",
-             "NaN",
-             "Infinity",
-             "{}}",
-             "{}{}",
-             "{} x",
-             "{},",
-             "{\"a\"}",
-             "{\"a\":}",
-             "{\"a\":1,}",
-             "{,\"a\":1}",
-             "{\"a\":1 \"b\":2}",
-             "{a:1}",
-             "{'a':1}",
-             "{1:1}",
-             "{\"a\":1;}",
-             "{\"a\" 1}",
-             "{\"a\":1}/**/",
-             "// \n{}",
-             "{\"a\":[1,]}",
-             "{\"a\":[1 2]}",
-             "{\"a\":[1}",
-             "{\"a\":01}",
-             "{\"a\":-}",
-             "{\"a\":+1}",
-             "{\"a\":.5}",
-             "{\"a\":1.}",
-             "{\"a\":1e}",
-             "{\"a\":1e+}",
-             "{\"a\":0x10}",
-             "{\"a\":1_000}",
-             "{\"a\":\"}",
-             "{\"a\":\"\\x\"}",
-             "{\"a\":\"\\u12\"}",
-             "{\"a\":\"\\u12g4\"}",
-             "{\"a\":\"\\\"}",
-             "{\"a\":\"\n\"}",
-             "{\"a\":\"\t\"}",
-             "{\"a\":\"\x01\"}",
-             "{\"a\t\":1}",
-             "\xFF{}",
-             "{\"a\":\xC3\xA9}",
-             "\f{}",
-             "\v{}",
-             "{}\u00A0",
-         })
+    EXPECT_EQ(outcomeOf(""), "empty-payload");
+    for (const char* payload : {"{", " ", "NaN", "{}{}", "{},", "{\"a\":1,}", "{a:1}", "{'a':1}",
+                                "{\"a\":1}/**/", "{\"a\":01}", "{\"a\":1e+}", "{\"a\":\"}",
+                                "{\"a\":\"\\x\"}", "{\"a\":\"\n\"}", "\xFF{}", "\f{}"})
         EXPECT_EQ(outcomeOf(payload), "invalid-json") << payload;
     EXPECT_EQ(outcomeOf({"{}\0", 3}), "invalid-json") << "zero byte";
-    EXPECT_EQ(outcomeOf({"\0{}", 3}), "invalid-json") << "zero byte";
-    EXPECT_EQ(outcomeOf({"{\"a\":\"\0\"}", 9}), "invalid-json") << "zero byte in a string";
-    EXPECT_EQ(outcomeOf({"{\0}\0", 4}), "invalid-json") << "UTF-16";
     EXPECT_EQ(outcomeOf({"\xFF\xFE{\0}\0", 6}), "invalid-json") << "UTF-16 with its mark";
 }
 
@@ -165,22 +83,9 @@ TEST(PayloadNormalizer, skipsOneByteOrderMark) {
     EXPECT_EQ(eventOf("\xEF\xBB\xBF{\"session_id\":\"s\"}").sessionID, "s");
     EXPECT_EQ(outcomeOf("\xEF\xBB\xBF"), "invalid-json");
     EXPECT_EQ(outcomeOf("\xEF\xBB\xBF\xEF\xBB\xBF{}"), "invalid-json");
-    EXPECT_EQ(outcomeOf("\xEF\xBB{}"), "invalid-json");
     EXPECT_EQ(outcomeOf(" \xEF\xBB\xBF{}"), "invalid-json");
-    EXPECT_EQ(outcomeOf("{}\xEF\xBB\xBF"), "invalid-json");
     // The mark stands inside: it is text like any other.
     EXPECT_EQ(eventOf("{\"cwd\":\"/\xEF\xBB\xBF\"}").cwd, "/\uFEFF");
-}
-
-TEST(PayloadNormalizer, countsTheByteOrderMarkAsPayload) {
-    const std::string blanks(1048576 - 5, ' ');
-    EXPECT_EQ(outcomeOf("\xEF\xBB\xBF{}" + blanks), "event");
-    EXPECT_EQ(outcomeOf("\xEF\xBB\xBF{}" + blanks + " "), "payload-too-large(1048577)");
-}
-
-TEST(PayloadNormalizer, keepsNothingBetweenPayloads) {
-    eventOf(R"({"session_id":"s","hook_event_name":"Stop"})");
-    EXPECT_EQ(eventOf("{}"), unknownEvent());
 }
 
 }  // namespace

@@ -1,12 +1,8 @@
 // The detector of the real machine, on real files and executables.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "Integrations/ProviderDetector.h"
-#include "Support/ChildProcess.h"
 #include "Support/EnvironmentVariable.h"
-#include "Support/OrdinaryUser.h"
 #include "Support/TemporaryDirectory.h"
 #include "TestScript.h"
 
@@ -45,24 +41,6 @@ TEST_F(LiveProviderDetectorTest, readsHomeAndSearchPathFromTheEnvironment) {
     EXPECT_EQ(candidates[1], "/bin/claude");
 }
 
-TEST_F(LiveProviderDetectorTest, dropsWhatIsEmptyInTheSearchPath) {
-    using Directories = std::vector<std::string>;
-    struct Row {
-        std::optional<std::string> text;
-        Directories directories;
-    };
-    for (const auto& [text, directories] : {
-             Row{std::nullopt, {}},
-             Row{"", {}},
-             Row{":", {}},
-             Row{"::a:", {"a"}},
-             Row{"/x y:b/", {"/x y", "b/"}},
-         }) {
-        const EnvironmentVariable searched{"PATH", text};
-        EXPECT_EQ(ProviderDetector::live(false).searchPath, directories) << text.value_or("unset");
-    }
-}
-
 TEST_F(LiveProviderDetectorTest, aHomeWithSlashesAtItsEndIsTheSameHome) {
     const EnvironmentVariable slashed{"HOME", "/Users/alice//"};
     EXPECT_EQ(ProviderDetector::live(false).homeDirectory, "/Users/alice");
@@ -87,17 +65,6 @@ TEST_F(LiveProviderDetectorTest, findsAnAgentAndItsVersion) {
               }));
 }
 
-TEST_F(LiveProviderDetectorTest, findsTheHighestVersionAmongEditorExtensions) {
-    const fs::path extensions = homeDirectory / ".vscode" / "extensions";
-    const fs::path executable = "resources/native-binary/claude";
-    for (const char* version : {"1.0.9", "1.0.31", "1.0.4"})
-        writeScript(extensions / ("anthropic.claude-code-" + std::string{version}) / executable,
-                    "echo 1");
-    const EnvironmentVariable searched{"PATH", ""};
-    EXPECT_EQ(detect(false).executablePath,
-              (extensions / "anthropic.claude-code-1.0.31" / executable).string());
-}
-
 TEST_F(LiveProviderDetectorTest, withoutProbingNothingIsRun) {
     const auto mark = temporary.path / "mark";
     install("claude", "echo ran > " + mark.string() + "; echo 1.2.3");
@@ -109,34 +76,6 @@ TEST_F(LiveProviderDetectorTest, withoutProbingNothingIsRun) {
     EXPECT_TRUE(fs::exists(mark)) << "probing would have been seen";
 }
 
-TEST_F(LiveProviderDetectorTest, onlyAFileThatMayBeRunCounts) {
-    const auto detector = ProviderDetector::live(false);
-    const auto file = install("claude", ":");
-    EXPECT_TRUE(detector.fileExists(file));
-    fs::create_symlink("claude", temporary.path / "bin" / "link");
-    EXPECT_TRUE(detector.fileExists((temporary.path / "bin" / "link").string()));
-    chmod(file.c_str(), 0600);
-    EXPECT_FALSE(detector.fileExists(file));
-    EXPECT_FALSE(detector.fileExists((temporary.path / "bin" / "link").string()));
-    EXPECT_FALSE(detector.fileExists((temporary.path / "bin").string())) << "a directory";
-    EXPECT_FALSE(detector.fileExists((temporary.path / "bin" / "missing").string()));
-    EXPECT_FALSE(detector.fileExists(""));
-}
-
-TEST_F(LiveProviderDetectorTest, aFileThatOnlyOthersMayRunDoesNotCount) {
-    const auto user = OrdinaryUser::find();
-    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
-    const auto file = install("claude", ":");
-    for (const auto& owned : {temporary.path, temporary.path / "bin", fs::path{file}})
-        ASSERT_TRUE(user->own(owned));
-    chmod(file.c_str(), 0611);
-    EXPECT_EQ(inChildProcess([&]() -> std::string {
-                  if (!user->become()) return "still another user";
-                  return ProviderDetector::live(false).fileExists(file) ? "counts" : "does not";
-              }),
-              "does not");
-}
-
 TEST_F(LiveProviderDetectorTest, passesOverACandidateThatCannotRun) {
     chmod(install("claude", ":").c_str(), 0600);
     const auto other = writeScript(homeDirectory / ".local" / "bin" / "claude", "echo 1");
@@ -144,78 +83,28 @@ TEST_F(LiveProviderDetectorTest, passesOverACandidateThatCannotRun) {
     EXPECT_EQ(detect(false).executablePath, other);
 }
 
-TEST_F(LiveProviderDetectorTest, tellsDirectoriesFromFiles) {
-    const auto detector = ProviderDetector::live(false);
-    writeContents(homeDirectory / "file", "");
-    fs::create_symlink(homeDirectory, temporary.path / "link");
-    EXPECT_TRUE(detector.isDirectory(homeDirectory.string()));
-    EXPECT_TRUE(detector.isDirectory((temporary.path / "link").string()));
-    EXPECT_FALSE(detector.isDirectory((homeDirectory / "file").string()));
-    EXPECT_FALSE(detector.isDirectory((homeDirectory / "missing").string()));
-}
-
 TEST_F(LiveProviderDetectorTest, listsADirectoryOrNothing) {
     const auto detector = ProviderDetector::live(false);
-    writeContents(homeDirectory / ".hidden", "");
-    writeContents(homeDirectory / "a b" / "below", "");
-    auto names = detector.contentsOfDirectory(homeDirectory.string());
-    std::ranges::sort(names);
-    EXPECT_EQ(names, (std::vector<std::string>{".hidden", "a b"}));
-    EXPECT_TRUE(detector.contentsOfDirectory((homeDirectory / "missing").string()).empty());
-    EXPECT_TRUE(detector.contentsOfDirectory((homeDirectory / ".hidden").string()).empty());
-}
-
-TEST_F(LiveProviderDetectorTest, aDirectoryThatMayNotBeReadListsAsEmpty) {
-    const auto user = OrdinaryUser::find();
-    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
-    const auto closed = temporary.path / "closed";
-    writeContents(closed / "entry", "");
-    ASSERT_TRUE(user->own(temporary.path) && user->own(closed));
-    chmod(closed.c_str(), 0300);
-    EXPECT_EQ(inChildProcess([&]() -> std::string {
-                  if (!user->become()) return "still another user";
-                  const auto names =
-                      ProviderDetector::live(false).contentsOfDirectory(closed.string());
-                  return names.empty() ? "empty" : "listed";
-              }),
-              "empty");
-    chmod(closed.c_str(), 0700);
-}
-
-TEST_F(LiveProviderDetectorTest, anExecutableIsAskedWithOneArgument) {
-    EXPECT_EQ(probe("printf '%s:%s' $# \"$1\""), "1:--version");
-}
-
-TEST_F(LiveProviderDetectorTest, aVersionComesFromStandardOutputAlone) {
-    EXPECT_EQ(probe("echo warning >&2; echo 1.2.3"), "1.2.3");
-    EXPECT_EQ(probe("echo 1.2.3 >&2"), std::nullopt);
+    writeContents(homeDirectory / "file", "");
+    fs::create_directory_symlink(homeDirectory, temporary.path / "link");
+    EXPECT_TRUE(detector.isDirectory((temporary.path / "link").string()));
+    EXPECT_EQ(detector.contentsOfDirectory(homeDirectory.string()),
+              (std::vector<std::string>{"file"}));
+    for (const auto& other : {homeDirectory / "file", homeDirectory / "missing"}) {
+        EXPECT_FALSE(detector.isDirectory(other.string()));
+        EXPECT_TRUE(detector.contentsOfDirectory(other.string()).empty());
+    }
 }
 
 TEST_F(LiveProviderDetectorTest, anExecutableThatFailsHasNoVersion) {
     EXPECT_EQ(probe("echo 1.2.3; exit 1"), std::nullopt);
     EXPECT_EQ(probe("echo 1.2.3; kill -9 $$"), std::nullopt);
-    EXPECT_EQ(probe("exit 0"), std::nullopt);
-    install("claude", "exit 1");
-    const auto detection = detect(true);
-    EXPECT_EQ(detection.state, State::installed);
-    EXPECT_EQ(detection.version, std::nullopt);
-    EXPECT_EQ(detection.evidence,
-              (std::vector{"Executable: " + (temporary.path / "bin" / "claude").string()}));
-}
-
-TEST_F(LiveProviderDetectorTest, anExecutableThatCannotBeStartedHasNoVersion) {
-    const auto executable = install("claude", ":");
-    writeContents(executable, "no program\n");
+    EXPECT_EQ(probe("echo 1.2.3 >&2"), std::nullopt);
     EXPECT_EQ(detect(true).state, State::installed);
-    EXPECT_EQ(detect(true).version, std::nullopt);
 }
 
 TEST_F(LiveProviderDetectorTest, anExecutableThatHangsHasNoVersion) {
     EXPECT_EQ(probe("echo 1.2.3; exec sleep 300"), std::nullopt);
-}
-
-TEST_F(LiveProviderDetectorTest, anExecutableThatWantsInputMeetsItsEnd) {
-    EXPECT_EQ(probe("read answer || echo 1.2.3"), "1.2.3");
 }
 
 TEST_F(LiveProviderDetectorTest, looksForAVersionInTheFirstBytesOfAFlood) {

@@ -2,11 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
-#include "Support/OrdinaryUser.h"
 #include "Support/TemporaryDirectory.h"
 
 namespace tallowbrook {
@@ -33,21 +30,6 @@ TEST(DirectoryListing, isEmptyWhereThereIsNothingToList) {
     writeContents(temporary.path / "file", "");
     EXPECT_THAT(listDirectory(temporary.path / "file"), IsEmpty());
     EXPECT_THAT(listDirectory(""), IsEmpty());
-}
-
-TEST(DirectoryListing, isEmptyWhereListingIsRefused) {
-    const auto user = OrdinaryUser::find();
-    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
-    const TemporaryDirectory temporary;
-    writeContents(temporary.path / "file", "");
-    ASSERT_TRUE(user->own(temporary.path));
-    chmod(temporary.path.c_str(), 0300);
-    const auto count = inChildProcess([&]() -> std::string {
-        if (!user->become()) return "still another user";
-        return std::to_string(listDirectory(temporary.path).size());
-    });
-    chmod(temporary.path.c_str(), 0700);
-    EXPECT_EQ(count, "0");
 }
 
 }  // namespace

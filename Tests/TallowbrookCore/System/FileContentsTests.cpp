@@ -13,7 +13,6 @@
 
 #include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
-#include "Support/OrdinaryUser.h"
 #include "Support/Outcome.h"
 #include "Support/TemporaryDirectory.h"
 #include "System/FileDescriptor.h"
@@ -45,12 +44,6 @@ TEST_F(FileContentsTest, readsEveryByte) {
     }
 }
 
-TEST_F(FileContentsTest, readsThroughALink) {
-    writeContents(file, "text");
-    fs::create_symlink("file", temporary.path / "link");
-    EXPECT_EQ(FileContents::read(temporary.path / "link"), "text");
-}
-
 TEST_F(FileContentsTest, refusesWhatIsNoRegularFileAndNeverWaits) {
     EXPECT_EQ(reading(file), failed("open", ENOENT));
     EXPECT_EQ(reading(temporary.path), failed("read", EISDIR));
@@ -59,21 +52,6 @@ TEST_F(FileContentsTest, refusesWhatIsNoRegularFileAndNeverWaits) {
     EXPECT_EQ(reading("/dev/null"), failed("read", EINVAL));
     fs::create_symlink("loop", temporary.path / "loop");
     EXPECT_EQ(reading(temporary.path / "loop"), failed("open", ELOOP));
-    fs::create_symlink("nowhere", temporary.path / "dangling");
-    EXPECT_EQ(reading(temporary.path / "dangling"), failed("open", ENOENT));
-    writeContents(temporary.path / "plain", "");
-    EXPECT_EQ(reading(temporary.path / "plain" / "file"), failed("open", ENOTDIR));
-}
-
-TEST_F(FileContentsTest, refusesAFileThatTheUserMayNotRead) {
-    const auto user = OrdinaryUser::find();
-    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
-    writeContents(file, "secret");
-    ASSERT_TRUE(user->own(temporary.path) && user->own(file));
-    fs::permissions(file, fs::perms{0});
-    const auto seen =
-        inChildProcess([&] { return user->become() ? reading(file) : "still another user"; });
-    EXPECT_EQ(seen, failed("open", EACCES));
 }
 
 TEST_F(FileContentsTest, areWrittenWholeHoweverManyCallsThatTakes) {

@@ -40,17 +40,6 @@ TEST(ProcessLaunch, aPipeNeverStandsInForAStandardStreamThatIsClosed) {
                   "elsewhere");
 }
 
-TEST(ProcessLaunch, anExitIsAwaitedAndLeftToBeReaped) {
-    const auto pipe = ProcessLaunch::makePipe();
-    ASSERT_TRUE(pipe);
-    const auto child = ProcessLaunch::start("/bin/sh", {"-c", "sleep 0.2; exit 7"}, pipe->writer);
-    ASSERT_TRUE(child);
-    ProcessLaunch::awaitExit(*child);
-    int status = 0;
-    ASSERT_EQ(waitpid(*child, &status, WNOHANG), *child);
-    EXPECT_EQ(WEXITSTATUS(status), 7);
-}
-
 TEST(ProcessLaunch, anExitIsAwaitedThoughTheChildWasStoppedBefore) {
     const auto pipe = ProcessLaunch::makePipe();
     ASSERT_TRUE(pipe);
@@ -106,11 +95,6 @@ TEST(ProcessLaunch, aChildIgnoresNoSignalThoughItsParentDoes) {
 TEST(ProcessLaunch, saysWhyAProgramCannotBeStarted) {
     EXPECT_EQ(ProcessLaunch::start("/nowhere", {}, FileDescriptor{}).error(), ENOENT);
     EXPECT_EQ(ProcessLaunch::start("/", {}, FileDescriptor{}).error(), EACCES);
-}
-
-TEST(ProcessLaunch, awaitingAProcessThatIsNoChildReturns) {
-    ProcessLaunch::awaitExit(getppid());
-    EXPECT_EQ(kill(getppid(), 0), 0);
 }
 
 }  // namespace

