@@ -9,7 +9,8 @@ namespace tallowbrook {
 std::vector<TerminalHost::ProcessPair> TerminalHost::processesOnTTY(const std::string& tty,
                                                                     const Lookup& lookup) {
     if (!ControllingTerminal::sanitize(tty)) return {};
-    const auto device = lookup.terminalDevice(tty);
+    const auto terminal = TerminalDevice::parse(tty);
+    const auto device = terminal ? lookup.deviceNumber(*terminal) : std::nullopt;
     if (!device) return {};
     std::vector<ProcessPair> pairs;
     for (const ProcessRecord& record : lookup.processesOnDevice(*device))

@@ -34,8 +34,8 @@ struct Lookup {
     std::function<std::optional<ProcessRecord>(pid_t)> process = ProcessTable::process;
     std::function<std::vector<ProcessRecord>(dev_t)> processesOnDevice =
         ProcessTable::processesOnDevice;
-    std::function<std::optional<dev_t>(const std::string&)> terminalDevice =
-        ProcessTable::terminalDevice;
+    std::function<std::optional<dev_t>(const TerminalDevice&)> deviceNumber =
+        ProcessTable::deviceNumber;
 };
 
 // The processes attached to a terminal such as ttys003, in the kernel's order. Empty for a name

@@ -27,8 +27,8 @@ std::optional<std::string> ControllingTerminal::deviceName(pid_t startingAt, int
     for (int steps = 0; current >= 2; ++steps) {
         const auto record = lookup.process(current);
         if (!record) return std::nullopt;
-        if (record->terminal) {
-            if (const auto name = lookup.deviceName(*record->terminal)) return sanitize(name);
+        if (record->device) {
+            if (const auto name = lookup.deviceName(*record->device)) return sanitize(name);
         }
         if (steps == ancestorLimit) return std::nullopt;
         current = record->parentPID;

@@ -18,7 +18,8 @@ bool isAgent(std::string_view program) {
 }
 
 bool agentRunsOn(const std::string& tty) {
-    const auto device = ProcessTable::terminalDevice(tty.substr(std::string_view{"/dev/"}.size()));
+    const auto terminal = TerminalDevice::parse(tty);
+    const auto device = terminal ? ProcessTable::deviceNumber(*terminal) : std::nullopt;
     if (!device) return false;
     return std::ranges::any_of(ProcessTable::processesOnDevice(*device),
                                [](const auto& process) { return isAgent(process.name); });

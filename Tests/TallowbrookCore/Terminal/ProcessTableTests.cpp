@@ -37,7 +37,7 @@ TEST(ProcessTable, aProcessAtTheHeadOfANewSessionHasNoTerminal) {
     ASSERT_TRUE(record);
     EXPECT_EQ(*record, (ProcessRecord{.pid = child.pid,
                                       .parentPID = getpid(),
-                                      .terminal = std::nullopt,
+                                      .device = std::nullopt,
                                       .name = ProcessTable::process(getpid())->name}));
 }
 
@@ -51,7 +51,7 @@ TEST(ProcessTable, aProcessOnATerminalCarriesItsDevice) {
     ASSERT_TRUE(child.report);
     const auto record = ProcessTable::process(child.pid);
     ASSERT_TRUE(record);
-    EXPECT_EQ(record->terminal, terminal.device);
+    EXPECT_EQ(record->device, terminal.device);
 }
 
 TEST(ProcessTable, findsEveryProcessOnADeviceAndNoOther) {
@@ -73,7 +73,7 @@ TEST(ProcessTable, findsEveryProcessOnADeviceAndNoOther) {
     const auto found = ProcessTable::processesOnDevice(terminal.device);
     EXPECT_EQ(processIDs(found), (std::set<pid_t>{child.pid, std::stoi(*child.report)}));
     for (const ProcessRecord& record : found) {
-        EXPECT_EQ(record.terminal, terminal.device);
+        EXPECT_EQ(record.device, terminal.device);
         EXPECT_EQ(record.parentPID, record.pid == child.pid ? getpid() : child.pid);
     }
 }
@@ -111,11 +111,11 @@ TEST(ProcessTable, namesATerminalAsItStandsBelowDev) {
     const auto name = ProcessTable::deviceName(terminal.device);
     ASSERT_TRUE(name);
     EXPECT_EQ("/dev/" + *name, terminal.path);
-    EXPECT_EQ(ProcessTable::terminalDevice(*name), terminal.device);
+    EXPECT_EQ(ProcessTable::deviceNumber(*TerminalDevice::parse(*name)), terminal.device);
 }
 
 TEST(ProcessTable, aNameThatIsNotBelowDevHasNoDevice) {
-    EXPECT_FALSE(ProcessTable::terminalDevice("ttynosuchdevice"));
+    EXPECT_FALSE(ProcessTable::deviceNumber(*TerminalDevice::parse("ttynosuchdevice")));
 }
 
 TEST(ProcessTable, aCommandNameEndsAtTheFirstNULOrAfterSeventeenBytes) {

@@ -21,10 +21,10 @@ struct Table {
     std::vector<pid_t> kernelOrder;  // of the processes on the terminal
 
     void add(pid_t pid, pid_t parentPID, const std::string& name) {
-        processes[pid] = {.pid = pid, .parentPID = parentPID, .terminal = {}, .name = name};
+        processes[pid] = {.pid = pid, .parentPID = parentPID, .device = {}, .name = name};
     }
     void addOnTerminal(pid_t pid, pid_t parentPID) {
-        processes[pid] = {.pid = pid, .parentPID = parentPID, .terminal = device, .name = "sh"};
+        processes[pid] = {.pid = pid, .parentPID = parentPID, .device = device, .name = "sh"};
         kernelOrder.push_back(pid);
     }
 
@@ -42,8 +42,8 @@ struct Table {
                     for (const pid_t pid : kernelOrder) found.push_back(processes.at(pid));
                     return found;
                 },
-            .terminalDevice = [](const std::string& name) -> std::optional<dev_t> {
-                if (name != "ttys003") return std::nullopt;
+            .deviceNumber = [](const TerminalDevice& terminal) -> std::optional<dev_t> {
+                if (terminal.name() != "ttys003") return std::nullopt;
                 return device;
             },
         };
@@ -84,13 +84,13 @@ TEST(TerminalHost, aMalformedTerminalNameIsNotEvenLookedUp) {
     for (const char* name : {"", "tty", "ttyS0", "pts/3", "tty/../null", "tty1234567890abcd"}) {
         int lookups = 0;
         TerminalHost::Lookup lookup;
-        lookup.terminalDevice = [&](const std::string&) -> std::optional<dev_t> {
+        lookup.deviceNumber = [&](const TerminalDevice&) -> std::optional<dev_t> {
             ++lookups;
             return device;
         };
         lookup.processesOnDevice = [](dev_t) {
             return std::vector{
-                ProcessRecord{.pid = 100, .parentPID = 50, .terminal = device, .name = "sh"}};
+                ProcessRecord{.pid = 100, .parentPID = 50, .device = device, .name = "sh"}};
         };
         EXPECT_TRUE(TerminalHost::processesOnTTY(name, lookup).empty()) << name;
         EXPECT_TRUE(TerminalHost::hostChain(name, lookup).empty()) << name;
@@ -223,7 +223,7 @@ TEST(TerminalHost, findsTheRealHostOfARealTerminal) {
 
     // Pseudo-terminals have an acceptable name on some systems only, so the name is made up.
     TerminalHost::Lookup lookup;
-    lookup.terminalDevice = [&](const std::string&) { return terminal.device; };
+    lookup.deviceNumber = [&](const TerminalDevice&) { return terminal.device; };
     const auto processes = TerminalHost::processesOnTTY("ttys003", lookup);
     ASSERT_EQ(processes.size(), 2U);
     EXPECT_NE(std::ranges::find(processes, ProcessPair{shell.pid, getpid()}), processes.end());

@@ -22,7 +22,7 @@ struct Table {
     std::vector<pid_t> examined;
 
     void add(pid_t pid, pid_t parentPID, std::optional<dev_t> terminal = std::nullopt) {
-        processes[pid] = {.pid = pid, .parentPID = parentPID, .terminal = terminal, .name = "sh"};
+        processes[pid] = {.pid = pid, .parentPID = parentPID, .device = terminal, .name = "sh"};
     }
 
     std::optional<std::string> deviceName(pid_t startingAt, int maxAncestors) {
