@@ -96,7 +96,7 @@ TEST(SessionReducerSequence, keepsEverySessionSound) {
         for (int step = 0; step < 100 && !HasFailure(); ++step) {
             SCOPED_TRACE("sequence " + std::to_string(sequence) + ", step " + std::to_string(step));
             const AgentEvent event = events.next();
-            const ReductionResult result = reducer.reduce(session, event);
+            const ReductionResult result = reducer.reduce(std::optional{session}, event);
             EXPECT_EQ(result.previous, session);
             EXPECT_EQ(result.effect == EventEffect::noSession, !event.sessionID);
             if (!event.sessionID) {
