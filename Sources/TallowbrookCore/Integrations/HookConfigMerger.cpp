@@ -19,6 +19,7 @@ using Nodes = std::vector<JSONNode>;
 template <typename Value>
 using Result = std::expected<Value, HookConfigError>;
 
+// An installation leaves exact handlers where the user has put them.
 enum class Removal { staleOnly, allOfOurs };
 
 // Of several surprises the first in the file is told.
@@ -168,6 +169,7 @@ Result<std::string> HookConfigMerger::install(const std::optional<std::string>& 
     const bool added = addMissingHandlers(*events, spec);
     if (!removed && !added) return original;
 
+    // A "hooks" object of the user has been changed in place.
     if (!hooks) root->push_back({"hooks", std::nullopt, JSONNode::object(std::move(newEvents))});
     return render(std::move(*root), original);
 }
@@ -185,6 +187,7 @@ Result<std::optional<std::string>> HookConfigMerger::uninstall(
     if (const auto checked = checkStructure(**events); !checked)
         return std::unexpected(checked.error());
     if (!removeHandlers(**events, spec, Removal::allOfOurs)) return text;
+    // Most files had no "hooks" before the installation.
     if ((*events)->empty()) root->erase(hooks);
     return render(std::move(*root), *text);
 }

@@ -25,6 +25,7 @@ bool isBlank(std::string_view text) {
 
 }  // namespace
 
+// An editor may leave an empty file behind, which no JSON parser would take.
 Result<Members> HookConfigStructure::parseRoot(std::string_view text) {
     if (isBlank(text)) return Members{};
     auto root = OrderedJSON::parse(text);

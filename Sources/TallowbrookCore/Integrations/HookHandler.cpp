@@ -23,6 +23,7 @@ const std::string* commandText(const JSONNode& handler) {
     return command ? command->stringValue() : nullptr;
 }
 
+// In order and nothing more: other arguments make the helper do something else.
 bool hasArguments(const JSONNode& handler, std::span<const std::string> arguments) {
     const auto* args = value(*handler.objectMembers(), "args");
     const auto* elements = args ? args->arrayElements() : nullptr;
@@ -33,6 +34,9 @@ bool hasArguments(const JSONNode& handler, std::span<const std::string> argument
                                           });
 }
 
+// The helper may be called by any path, through a shell or with arguments, but its name must stand
+// as a word of its own: a user's "mytallowbrook-hook" or "tallowbrook-hook-old" is not ours to take
+// away.
 bool mentionsHelper(std::string_view command) {
     constexpr std::string_view before = "/ '\"";
     constexpr std::string_view after = " '\"";
@@ -75,10 +79,12 @@ bool HookHandler::isOurs(const JSONNode& handler) {
 bool HookHandler::isExact(const JSONNode& handler, const HookInstallSpec& spec) {
     const auto* command = commandText(handler);
     if (!command || *command != spec.command.text()) return false;
+    // A shell line holds its arguments itself.
     const auto* exec = std::get_if<HookCommand::Exec>(&spec.command.form);
     return !exec || hasArguments(handler, exec->arguments);
 }
 
+// Without a matcher, so that the agent calls the helper for every tool.
 JSONNode HookHandler::newGroup(const std::string& event, const HookInstallSpec& spec) {
     Nodes handlers;
     handlers.push_back(handlerNode(spec, event));

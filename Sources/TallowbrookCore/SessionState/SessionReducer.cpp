@@ -52,12 +52,14 @@ bool isDuplicate(const SessionSnapshot& stored, const AgentEvent& event,
     if (stored.lastSignature == eventSignature && stored.lastSignatureAt &&
         Seconds{std::chrono::abs(*stored.lastSignatureAt - event.observedAt)} <= window)
         return true;
+    // An agent may announce one completion by its hook and by its notify program, far apart.
     return event.category == EventCategory::turnCompleted && event.turnID &&
            event.turnID == stored.lastCompletedTurnID;
 }
 
 void countUp(std::int64_t& counter, const char* name) {
     if (counter == std::numeric_limits<std::int64_t>::max()) {
+        // Counted on, it would overflow and lie; only a broken store can bring it here.
         std::fprintf(stderr, "tallowbrook: the %s of a session is full\n", name);
         std::abort();
     }
@@ -67,8 +69,10 @@ void countUp(std::int64_t& counter, const char* name) {
 // Counts and stamps an event, whatever else it does.
 void touch(SessionSnapshot& snapshot, const AgentEvent& event) {
     countUp(snapshot.eventCount, "eventCount");
+    // Before `lastSeenAt` moves: a late event must not bring an old terminal back.
     if (event.tty && event.observedAt >= snapshot.lastSeenAt) snapshot.tty = event.tty;
     snapshot.lastSeenAt = std::max(snapshot.lastSeenAt, event.observedAt);
+    // One live event makes the session real, whatever tests went before.
     if (event.origin == EventOrigin::live) snapshot.origin = EventOrigin::live;
 }
 
@@ -100,6 +104,7 @@ void submitPrompt(SessionSnapshot& snapshot, const AgentEvent& event) {
     ensureStatus(snapshot, event, SessionStatus::working);
 }
 
+// A session that has ended waits for nothing: the request came late.
 bool requestAttention(SessionSnapshot& snapshot, const AgentEvent& event) {
     if (snapshot.sessionEnded) return false;
     ensureStatus(snapshot, event, SessionStatus::needsAttention,

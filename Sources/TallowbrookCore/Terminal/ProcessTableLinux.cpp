@@ -86,7 +86,7 @@ std::vector<ProcessRecord> ProcessTable::processesOnDevice(dev_t device) {
     std::vector<ProcessRecord> found;
     while (const dirent* entry = readdir(directory.get())) {
         const auto pid = number(entry->d_name);
-        if (!pid) continue;
+        if (!pid) continue;  // not a process
         auto record = process(*pid);
         if (record && record->device == device) found.push_back(std::move(*record));
     }
@@ -94,6 +94,7 @@ std::vector<ProcessRecord> ProcessTable::processesOnDevice(dev_t device) {
 }
 
 std::optional<std::string> ProcessTable::deviceName(dev_t device) {
+    // The numbers that the kernel has assigned to its terminal drivers.
     constexpr unsigned consoleMajor = 4;
     constexpr unsigned firstSerialMinor = 64;
     constexpr unsigned firstPseudoMajor = 136;

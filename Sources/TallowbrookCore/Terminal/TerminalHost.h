@@ -42,8 +42,8 @@ struct Lookup {
 // that `ControllingTerminal::sanitize` refuses.
 std::vector<ProcessPair> processesOnTTY(const std::string& tty, const Lookup& lookup = {});
 
-// The parent, from outside the terminal, of the lowest process that has one: whoever opened the
-// terminal. Absent when every parent is on the terminal too or below 2.
+// The parent, from outside the terminal, of the lowest process that has one: the program that
+// opened the terminal. Absent when every parent is on the terminal too or below 2.
 std::optional<pid_t> hostPID(const std::vector<ProcessPair>& processes);
 
 // The host of a terminal and its ancestors, nearest first: at most `maxDepth`, never process 1.
