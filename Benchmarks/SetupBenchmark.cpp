@@ -1,5 +1,5 @@
-// Reading configuration files: beside another parser that keeps the order of members, and over the
-// sizes that such files can have.
+// Reading and merging configuration files: beside another parser that keeps the order of members,
+// and over the sizes that such files can have.
 #include <benchmark/benchmark.h>
 #include <fmt/core.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 
 #include "Claim.h"
-#include "Integrations/OrderedJSON.h"
+#include "Integrations/HookConfigMerger.h"
 #include "MedianReporter.h"
 
 namespace {
@@ -85,6 +85,23 @@ void parseOneLargeObject(benchmark::State& state) {
     parse(state, text);
 }
 
+// A file whose one event has this many groups, each with a stale handler of ours.
+std::string staleGroups(std::int64_t count) {
+    const std::string group =
+        R"({"hooks":[{"type":"command","command":"/old/tallowbrook-hook claude-code"}]})";
+    std::string groups = group;
+    for (std::int64_t i = 1; i < count; ++i) groups += "," + group;
+    return R"({"hooks":{"Stop":[)" + groups + "]}}";
+}
+
+void mergeStaleGroups(benchmark::State& state) {
+    const auto text = staleGroups(state.range(0));
+    const auto spec = HookInstallSpec::claudeCode("/new/tallowbrook-hook");
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(HookConfigMerger::install(text, spec));
+}
+
+BENCHMARK(mergeStaleGroups)->Arg(5'000)->Arg(50'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(parseSettings)->Arg(10'000)->Arg(1'000'000)->Arg(10'000'000);
 BENCHMARK(parseSettingsWithNlohmann)->Arg(1'000'000);
 BENCHMARK(parseSmallObjects);
@@ -103,5 +120,7 @@ int main(int argc, char** argv) {
          reporter.ratio("parseSettings10000000", "parseSettings10000") / 1000, 2},
         {"1 MB of members of one object, times those of small objects",
          reporter.ratio("parseOneLargeObject", "parseSmallObjects"), 2},
+        {"replacing 50 000 stale groups, times 5 000",
+         reporter.ratio("mergeStaleGroups50000", "mergeStaleGroups5000"), 20},
     });
 }

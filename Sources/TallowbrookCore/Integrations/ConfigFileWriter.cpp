@@ -20,6 +20,7 @@ namespace {
 using std::filesystem::path;
 
 constexpr std::size_t diffContext = 2;
+// With set-user-ID, set-group-ID and sticky bits: a file of the user keeps every one it has.
 constexpr mode_t permissionBits = 07777;
 
 // Asked again at the last moment before the target is replaced.
@@ -28,6 +29,7 @@ using Precondition = std::function<std::expected<void, ConfigFileError>()>;
 // Where a file stands in the place of a directory, none lies behind it.
 bool meansNoFile(int errorNumber) { return errorNumber == ENOENT || errorNumber == ENOTDIR; }
 
+// On stable storage before anything is replaced: after a power cut one of the two texts is whole.
 std::expected<void, FileError> writeBackup(std::string_view bytes, const path& backup) {
     auto copy = ReplacementFile::create(backup);
     if (!copy) return std::unexpected(copy.error());
@@ -42,6 +44,7 @@ std::expected<path, ConfigFileError> makeBackup(std::string_view bytes, const pa
     const auto failure = [](const path& location, const FileError& error) {
         return std::unexpected(ConfigFileError::writeFailed(location, error.reason()));
     };
+    // Two changes within one second must not meet in one name.
     const auto digits = randomHex32();
     if (!digits) return failure(directory, digits.error());
     auto backup = directory / (file.filename().string() + "." + ConfigFileWriter::backupStamp(now) +
@@ -53,6 +56,7 @@ std::expected<path, ConfigFileError> makeBackup(std::string_view bytes, const pa
     return backup;
 }
 
+// An agent that has never been configured may not have its directory yet.
 std::expected<void, FileError> ensureParent(const path& file) {
     if (!file.has_parent_path()) return {};  // it lies in the current directory
     return TallowbrookPaths::ensureDirectory(file.parent_path());
@@ -66,8 +70,11 @@ std::expected<void, ConfigFileError> replaceFile(std::string_view data, const pa
     };
     struct stat status{};
     const bool hasSource = stat(source.c_str(), &status) == 0;
+    // A mode that cannot be learned must not be guessed: it may keep others from reading secrets.
     if (!hasSource && errno != ENOENT) return failure({"stat", errno});
 
+    // In the target's own directory, since no rename crosses file systems; and hidden, so that an
+    // agent that lists its directory passes over it.
     const auto uuid = randomUUID();
     if (!uuid) return failure(uuid.error());
     const auto name =
@@ -90,45 +97,9 @@ std::expected<void, ConfigFileError> replaceFile(std::string_view data, const pa
 
 }  // namespace
 
-ConfigFileError ConfigFileError::unreadable(const path& path, std::string reason) {
-    return {Unreadable{path.string(), std::move(reason)}};
-}
-
-ConfigFileError ConfigFileError::notUTF8(const path& path) { return {NotUTF8{path.string()}}; }
-
-ConfigFileError ConfigFileError::changedSincePlan(const path& path) {
-    return {ChangedSincePlan{path.string()}};
-}
-
-ConfigFileError ConfigFileError::writeFailed(const path& path, std::string reason) {
-    return {WriteFailed{path.string(), std::move(reason)}};
-}
-
-std::string ConfigFileError::description() const {
-    struct Text {
-        std::string operator()(const Unreadable& error) const {
-            return "Could not read " + error.path + ": " + error.reason;
-        }
-        std::string operator()(const NotUTF8& error) const {
-            return error.path + " is not UTF-8 text. It was not modified.";
-        }
-        std::string operator()(const ChangedSincePlan& error) const {
-            return error.path +
-                   " changed after the preview was made. Nothing was written; review the new "
-                   "preview.";
-        }
-        std::string operator()(const WriteFailed& error) const {
-            return "Could not write " + error.path + ": " + error.reason;
-        }
-    };
-    return std::visit(Text{}, reason);
-}
-
-std::string ConfigPlanError::description() const {
-    return std::visit([](const auto& error) { return error.description(); }, reason);
-}
-
 std::expected<path, FileError> ConfigFileWriter::resolve(const path& location) {
+    // As many as the kernel follows. Step by step, since std::filesystem::canonical wants the last
+    // file to exist.
     constexpr int maxLinks = 40;
     path resolved = location;
     for (int links = 0; links < maxLinks; ++links) {
@@ -137,6 +108,7 @@ std::expected<path, FileError> ConfigFileWriter::resolve(const path& location) {
         const bool isNoLink = error == std::errc::invalid_argument;
         if (isNoLink || meansNoFile(error.value())) return resolved;
         if (error) return std::unexpected(FileError{"readlink", error.value()});
+        // A relative target counts from the directory of its link.
         resolved = resolved.parent_path() / target;
     }
     return std::unexpected(FileError{"readlink", ELOOP});
@@ -171,9 +143,11 @@ std::expected<ConfigChangePlan, ConfigPlanError> ConfigFileWriter::plan(
 std::expected<std::optional<path>, ConfigFileError> ConfigFileWriter::apply(
     const ConfigChangePlan& plan, const path& backupDirectory, Instant now) {
     if (!plan.proposedText) return std::nullopt;
+    // A rename does not follow links: without this the link itself would be replaced.
     const auto target = resolve(plan.fileURL);
     if (!target)
         return std::unexpected(ConfigFileError::unreadable(plan.fileURL, target.error().reason()));
+    // By the text and not by the time of change: two changes may fall into one tick of the clock.
     const Precondition isUnchanged = [&]() -> std::expected<void, ConfigFileError> {
         const auto current = readText(*target);
         if (!current) return std::unexpected(current.error());

@@ -1,11 +1,17 @@
 #include "Integrations/HookConfigMerger.h"
 
 #include <algorithm>
-#include <span>
+#include <set>
 #include <utility>
+
+#include "Integrations/HookConfigStructure.h"
+#include "Integrations/HookHandler.h"
 
 namespace tallowbrook {
 namespace {
+
+using namespace HookConfigStructure;
+using namespace HookHandler;
 
 using Members = std::vector<JSONMember>;
 using Nodes = std::vector<JSONNode>;
@@ -13,167 +19,87 @@ using Nodes = std::vector<JSONNode>;
 template <typename Value>
 using Result = std::expected<Value, HookConfigError>;
 
-constexpr std::string_view helperName = "tallowbrook-hook";
-constexpr std::string_view indent = "  ";
-
-std::string eventPath(const std::string& event) { return "hooks." + event; }
-
-auto unexpected(std::string path, std::string expectedKind) {
-    return std::unexpected(
-        HookConfigError::unexpectedStructure(std::move(path), std::move(expectedKind)));
-}
-
-bool isBlank(std::string_view text) {
-    return text.find_first_not_of(" \n\r\t") == std::string_view::npos;
-}
-
-Result<Members> parseRoot(std::string_view text) {
-    if (isBlank(text)) return Members{};
-    auto root = OrderedJSON::parse(text);
-    if (!root) return std::unexpected(HookConfigError::malformedJSON(root.error()));
-    auto* members = root->objectMembers();
-    if (!members) return std::unexpected(HookConfigError::rootNotObject());
-    return std::move(*members);
-}
-
-// The events of a "hooks" value.
-Result<Members*> eventMembers(JSONNode& hooks) {
-    auto* events = hooks.objectMembers();
-    if (!events) return unexpected("hooks", "object");
-    return events;
-}
-
-// The groups of one event.
-Result<Nodes*> groupNodes(JSONMember& event) {
-    auto* groups = event.value.arrayElements();
-    if (!groups) return unexpected(eventPath(event.key), "array");
-    return groups;
-}
-
-// Null where the group has no "hooks" member. `path` is the event's.
-Result<Nodes*> handlerNodes(JSONNode& group, const std::string& path) {
-    auto* members = group.objectMembers();
-    if (!members) return unexpected(path + "[]", "object");
-    auto* hooks = value(*members, "hooks");
-    if (!hooks) return nullptr;
-    auto* handlers = hooks->arrayElements();
-    if (!handlers) return unexpected(path + "[].hooks", "array");
-    return handlers;
-}
-
-std::span<const JSONNode> all(const Nodes* nodes) {
-    return nodes ? std::span{*nodes} : std::span<const JSONNode>{};
-}
-
-// The command text of a handler that runs a command; else null.
-const std::string* commandText(const JSONNode& handler) {
-    const auto* members = handler.objectMembers();
-    if (!members) return nullptr;
-    const auto* type = value(*members, "type");
-    const auto* typeText = type ? type->stringValue() : nullptr;
-    if (!typeText || *typeText != "command") return nullptr;
-    const auto* command = value(*members, "command");
-    return command ? command->stringValue() : nullptr;
-}
-
-bool hasArguments(const JSONNode& handler, std::span<const std::string> arguments) {
-    const auto* args = value(*handler.objectMembers(), "args");
-    const auto* elements = args ? args->arrayElements() : nullptr;
-    return elements && std::ranges::equal(*elements, arguments,
-                                          [](const JSONNode& element, const std::string& argument) {
-                                              const auto* text = element.stringValue();
-                                              return text && *text == argument;
-                                          });
-}
-
-bool isExact(const JSONNode& handler, const HookInstallSpec& spec) {
-    const auto* command = commandText(handler);
-    if (!command || *command != spec.command.text()) return false;
-    const auto* exec = std::get_if<HookCommand::Exec>(&spec.command.form);
-    return !exec || hasArguments(handler, exec->arguments);
-}
-
-bool mentionsHelper(std::string_view command) {
-    constexpr std::string_view before = "/ '\"";
-    constexpr std::string_view after = " '\"";
-    for (auto start = command.find(helperName); start != std::string_view::npos;
-         start = command.find(helperName, start + 1)) {
-        const auto end = start + helperName.size();
-        const bool begins = start == 0 || before.contains(command[start - 1]);
-        const bool ends = end == command.size() || after.contains(command[end]);
-        if (begins && ends) return true;
-    }
-    return false;
-}
-
-bool isOurs(const JSONNode& handler) {
-    const auto* command = commandText(handler);
-    return command && mentionsHelper(*command);
-}
-
-JSONMember member(std::string key, JSONNode value) {
-    return {std::move(key), std::nullopt, std::move(value)};
-}
-
-JSONNode handlerNode(const HookInstallSpec& spec, const std::string& event) {
-    Members members;
-    members.push_back(member("type", JSONNode::string("command")));
-    members.push_back(member("command", JSONNode::string(spec.command.text())));
-    if (const auto* exec = std::get_if<HookCommand::Exec>(&spec.command.form)) {
-        Nodes arguments;
-        for (const auto& argument : exec->arguments)
-            arguments.push_back(JSONNode::string(argument));
-        members.push_back(member("args", JSONNode::array(std::move(arguments))));
-    }
-    if (!spec.eventsWithoutTimeout.contains(event))
-        members.push_back(member("timeout", JSONNode::number(std::to_string(spec.timeoutSeconds))));
-    return JSONNode::object(std::move(members));
-}
-
-JSONNode newGroup(const std::string& event, const HookInstallSpec& spec) {
-    Nodes handlers;
-    handlers.push_back(handlerNode(spec, event));
-    Members members;
-    members.push_back(member("hooks", JSONNode::array(std::move(handlers))));
-    return JSONNode::object(std::move(members));
-}
-
+// An installation leaves exact handlers where the user has put them.
 enum class Removal { staleOnly, allOfOurs };
 
-// Gives whether anything was removed. A group or event that this empties goes too; one that was
-// empty before stays.
-Result<bool> removeHandlers(Members& events, const HookInstallSpec& spec, Removal removal) {
+// Of several surprises the first in the file is told.
+Result<void> checkStructure(const Members& events) {
+    for (const auto& event : events) {
+        if (const auto checked = checkEvent(event); !checked) return checked;
+        if (const auto checked = checkGroups(event); !checked) return checked;
+    }
+    return {};
+}
+
+// Gives whether anything was removed. The events must have passed `checkStructure`. A group or
+// event that this empties goes too; one that was empty before stays. Whole pieces go first and each
+// list is closed up once: a file may hold so many handlers that closing it up for each of them
+// takes minutes.
+bool removeHandlers(Members& events, const HookInstallSpec& spec, Removal removal) {
     const auto isUnwanted = [&](const JSONNode& handler) {
         return isOurs(handler) && (removal == Removal::allOfOurs || !isExact(handler, spec));
     };
-    bool removedAny = false;
-    for (auto event = events.begin(); event != events.end();) {
-        const auto groups = groupNodes(*event);
-        if (!groups) return std::unexpected(groups.error());
-        bool removedHere = false;
-        for (auto group = (*groups)->begin(); group != (*groups)->end();) {
-            const auto handlers = handlerNodes(*group, eventPath(event->key));
-            if (!handlers) return std::unexpected(handlers.error());
-            const bool removed = *handlers && std::erase_if(**handlers, isUnwanted) > 0;
-            removedHere |= removed;
-            group = removed && (*handlers)->empty() ? (*groups)->erase(group) : group + 1;
-        }
-        removedAny |= removedHere;
-        event = removedHere && (*groups)->empty() ? events.erase(event) : event + 1;
+    const auto isEmptiedGroup = [&](const JSONNode& group) {
+        const auto* handlers = handlersOf(group);
+        return handlers && !handlers->empty() && std::ranges::all_of(*handlers, isUnwanted);
+    };
+    const auto isEmptiedEvent = [&](const JSONMember& event) {
+        const auto& groups = groupsOf(event);
+        return !groups.empty() && std::ranges::all_of(groups, isEmptiedGroup);
+    };
+    auto removed = std::erase_if(events, isEmptiedEvent);
+    for (auto& event : events) {
+        auto& groups = groupsOf(event);
+        removed += std::erase_if(groups, isEmptiedGroup);
+        for (auto& group : groups)
+            if (auto* handlers = handlersOf(group)) removed += std::erase_if(*handlers, isUnwanted);
     }
-    return removedAny;
+    return removed > 0;
 }
 
-// The groups must have the expected structure.
-bool hasExactHandler(const JSONNode& groups, const HookInstallSpec& spec) {
+struct Findings {
+    std::set<std::string> coveredEvents;  // those with an exact handler
+    int staleHandlers = 0;
+};
+
+// The events must have passed both checks.
+Findings search(const Members& events, const HookInstallSpec& spec) {
+    Findings findings;
+    for (const auto& event : events) {
+        for (const auto& group : groupsOf(event)) {
+            const auto* handlers = handlersOf(group);
+            if (!handlers) continue;
+            for (const auto& handler : *handlers) {
+                if (isExact(handler, spec))
+                    findings.coveredEvents.insert(event.key);
+                else if (isOurs(handler))
+                    ++findings.staleHandlers;
+            }
+        }
+    }
+    return findings;
+}
+
+HookInstallState stateOf(const Findings& findings, const HookInstallSpec& spec) {
+    if (findings.staleHandlers > 0) return HookInstallState::needsRepair(findings.staleHandlers);
+    auto missing = spec.events;
+    std::erase_if(missing,
+                  [&](const auto& event) { return findings.coveredEvents.contains(event); });
+    if (missing.empty()) return HookInstallState::installed();
+    if (missing.size() == spec.events.size()) return HookInstallState::notConfigured();
+    return HookInstallState::partial(std::move(missing));
+}
+
+// The groups must have passed `checkGroups`.
+bool hasExactHandler(const JSONMember& event, const HookInstallSpec& spec) {
     const auto isWanted = [&](const JSONNode& handler) { return isExact(handler, spec); };
-    return std::ranges::any_of(*groups.arrayElements(), [&](const JSONNode& group) {
-        const auto* handlers = value(*group.objectMembers(), "hooks");
-        return handlers && std::ranges::any_of(*handlers->arrayElements(), isWanted);
+    return std::ranges::any_of(groupsOf(event), [&](const JSONNode& group) {
+        const auto* handlers = handlersOf(group);
+        return handlers && std::ranges::any_of(*handlers, isWanted);
     });
 }
 
-// Gives whether anything was added. The events must have passed `removeHandlers`.
+// Gives whether anything was added. The events must have passed `checkStructure`.
 bool addMissingHandlers(Members& events, const HookInstallSpec& spec) {
     bool added = false;
     for (const auto& name : spec.events) {
@@ -181,10 +107,10 @@ bool addMissingHandlers(Members& events, const HookInstallSpec& spec) {
         if (event == events.end()) {
             Nodes groups;
             groups.push_back(newGroup(name, spec));
-            events.push_back(member(name, JSONNode::array(std::move(groups))));
+            events.push_back({name, std::nullopt, JSONNode::array(std::move(groups))});
         } else {
-            if (hasExactHandler(event->value, spec)) continue;
-            event->value.arrayElements()->push_back(newGroup(name, spec));
+            if (hasExactHandler(*event, spec)) continue;
+            groupsOf(*event).push_back(newGroup(name, spec));
         }
         added = true;
     }
@@ -193,7 +119,7 @@ bool addMissingHandlers(Members& events, const HookInstallSpec& spec) {
 
 // The file's own way with a line feed at its end is kept.
 std::string render(Members root, std::string_view original) {
-    auto text = OrderedJSON::serialize(JSONNode::object(std::move(root)), indent);
+    auto text = OrderedJSON::serialize(JSONNode::object(std::move(root)), "  ");
     if (original.empty() || original.ends_with('\n')) text += '\n';
     return text;
 }
@@ -204,67 +130,23 @@ HookInstallState HookInstallState::partial(std::vector<std::string> missingEvent
     return {Partial{std::move(missingEvents)}};
 }
 
-HookConfigError HookConfigError::malformedJSON(JSONParseError error) {
-    return {MalformedJSON{std::move(error)}};
-}
-
-HookConfigError HookConfigError::unexpectedStructure(std::string path, std::string expectedKind) {
-    return {UnexpectedStructure{std::move(path), std::move(expectedKind)}};
-}
-
-std::string HookConfigError::description() const {
-    struct Text {
-        std::string operator()(const MalformedJSON& malformed) const {
-            return "The file is not valid JSON (" + malformed.error.description() +
-                   "). It was not modified.";
-        }
-        std::string operator()(const UnexpectedStructure& place) const {
-            return "Unexpected structure at " + place.path + " (expected " + place.expectedKind +
-                   "). The merge is ambiguous, so the file was not modified.";
-        }
-        std::string operator()(const RootNotObject&) const {
-            return "The file's top-level value is not a JSON object. It was not modified.";
-        }
-    };
-    return std::visit(Text{}, reason);
-}
-
 Result<HookInstallState> HookConfigMerger::inspect(const std::optional<std::string>& text,
                                                    const HookInstallSpec& spec) {
     auto root = parseRoot(text.value_or(""));
     if (!root) return std::unexpected(root.error());
     auto* hooks = value(*root, "hooks");
     if (!hooks) return HookInstallState::notConfigured();
-    const auto events = eventMembers(*hooks);
+    const auto events = eventsOf(*hooks);
     if (!events) return std::unexpected(events.error());
     // Every event before any group: of several surprises the outermost is told.
-    for (auto& event : **events) {
-        const auto groups = groupNodes(event);
-        if (!groups) return std::unexpected(groups.error());
-    }
+    for (const auto& event : **events)
+        if (const auto checked = checkEvent(event); !checked)
+            return std::unexpected(checked.error());
 
-    std::set<std::string> covered;
-    int stale = 0;
-    for (auto& event : **events) {
-        for (auto& group : *event.value.arrayElements()) {
-            const auto handlers = handlerNodes(group, eventPath(event.key));
-            if (!handlers) return std::unexpected(handlers.error());
-            for (const auto& handler : all(*handlers)) {
-                if (isExact(handler, spec))
-                    covered.insert(event.key);
-                else if (isOurs(handler))
-                    ++stale;
-            }
-        }
-    }
-    if (stale > 0) return HookInstallState::needsRepair(stale);
-
-    std::vector<std::string> missing;
-    std::ranges::copy_if(spec.events, std::back_inserter(missing),
-                         [&](const std::string& event) { return !covered.contains(event); });
-    if (missing.empty()) return HookInstallState::installed();
-    if (missing.size() == spec.events.size()) return HookInstallState::notConfigured();
-    return HookInstallState::partial(std::move(missing));
+    for (const auto& event : **events)
+        if (const auto checked = checkGroups(event); !checked)
+            return std::unexpected(checked.error());
+    return stateOf(search(**events, spec), spec);
 }
 
 Result<std::string> HookConfigMerger::install(const std::optional<std::string>& text,
@@ -277,16 +159,18 @@ Result<std::string> HookConfigMerger::install(const std::optional<std::string>& 
     Members newEvents;
     Members* events = &newEvents;
     if (hooks) {
-        const auto found = eventMembers(*hooks);
+        const auto found = eventsOf(*hooks);
         if (!found) return std::unexpected(found.error());
         events = *found;
     }
-    const auto removed = removeHandlers(*events, spec, Removal::staleOnly);
-    if (!removed) return std::unexpected(removed.error());
+    if (const auto checked = checkStructure(*events); !checked)
+        return std::unexpected(checked.error());
+    const bool removed = removeHandlers(*events, spec, Removal::staleOnly);
     const bool added = addMissingHandlers(*events, spec);
-    if (!*removed && !added) return original;
+    if (!removed && !added) return original;
 
-    if (!hooks) root->push_back(member("hooks", JSONNode::object(std::move(newEvents))));
+    // A "hooks" object of the user has been changed in place.
+    if (!hooks) root->push_back({"hooks", std::nullopt, JSONNode::object(std::move(newEvents))});
     return render(std::move(*root), original);
 }
 
@@ -298,11 +182,12 @@ Result<std::optional<std::string>> HookConfigMerger::uninstall(
     const auto hooks = std::ranges::find(*root, "hooks", &JSONMember::key);
     if (hooks == root->end()) return text;
 
-    const auto events = eventMembers(hooks->value);
+    const auto events = eventsOf(hooks->value);
     if (!events) return std::unexpected(events.error());
-    const auto removed = removeHandlers(**events, spec, Removal::allOfOurs);
-    if (!removed) return std::unexpected(removed.error());
-    if (!*removed) return text;
+    if (const auto checked = checkStructure(**events); !checked)
+        return std::unexpected(checked.error());
+    if (!removeHandlers(**events, spec, Removal::allOfOurs)) return text;
+    // Most files had no "hooks" before the installation.
     if ((*events)->empty()) root->erase(hooks);
     return render(std::move(*root), *text);
 }

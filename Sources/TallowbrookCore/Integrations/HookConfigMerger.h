@@ -1,10 +1,10 @@
 // Puts the helper's hook handlers into the text of an agent's configuration file, and takes them
 // out again, touching nothing else.
 //
-// The file is JSON (RFC 8259). Its member "hooks" maps an event name to an array of groups, whose
-// own member "hooks" is an array of handlers. A handler of ours is one that runs the helper; it is
-// exact when it runs it just as it would be installed now, and stale otherwise. What has an
-// unexpected shape is never guessed at: the operation fails, and the caller leaves the file alone.
+// The file is JSON (RFC 8259) of the shape that HookConfigStructure.h describes. A handler of ours
+// is one that runs the helper; it is exact when it runs it just as it would be installed today, and
+// stale otherwise. What has an unexpected shape is never guessed at: the operation fails, and the
+// caller leaves the file alone.
 //
 // Pure functions from text to text; safe from any thread.
 #pragma once
@@ -12,12 +12,11 @@
 #include <expected>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
+#include "Integrations/HookConfigError.h"
 #include "Integrations/HookInstallSpec.h"
-#include "Integrations/OrderedJSON.h"
 
 namespace tallowbrook {
 
@@ -43,30 +42,6 @@ struct HookInstallState {
     static HookInstallState installed() { return {Installed{}}; }
     static HookInstallState partial(std::vector<std::string> missingEvents);
     static HookInstallState needsRepair(int staleHandlers) { return {NeedsRepair{staleHandlers}}; }
-};
-
-struct HookConfigError {
-    struct MalformedJSON {
-        JSONParseError error;
-        bool operator==(const MalformedJSON&) const = default;
-    };
-    struct UnexpectedStructure {
-        std::string path;          // such as "hooks.Stop[].hooks"
-        std::string expectedKind;  // "object" or "array"
-        bool operator==(const UnexpectedStructure&) const = default;
-    };
-    struct RootNotObject {
-        bool operator==(const RootNotObject&) const = default;
-    };
-    std::variant<MalformedJSON, UnexpectedStructure, RootNotObject> reason;
-    bool operator==(const HookConfigError&) const = default;
-
-    static HookConfigError malformedJSON(JSONParseError error);
-    static HookConfigError unexpectedStructure(std::string path, std::string expectedKind);
-    static HookConfigError rootNotObject() { return {RootNotObject{}}; }
-
-    // A sentence or two for the user.
-    std::string description() const;
 };
 
 // In all of these an absent text stands for a file that does not exist.

@@ -36,16 +36,19 @@ void IntegrationHealthRecord::noteLiveEvent(Instant at) {
 void IntegrationHealthRecord::reconcile(bool isConfigured, bool isReady,
                                         std::optional<Instant> storedLiveEvent, Instant now) {
     if (storedLiveEvent) noteLiveEvent(*storedLiveEvent);
+    // The wait ends with the hooks, but what was once received stays true.
     if (!isConfigured) {
         setUpAt.reset();
         return;
     }
+    // Hooks that were there before this record: the waiting begins when they are first seen.
     if (isReady && !setUpAt && !lastLiveEventAt) setUpAt = now;
 }
 
 IntegrationHealth IntegrationHealthRecord::health(bool isReady, Instant now,
                                                   Seconds gracePeriod) const {
     if (!isReady) return IntegrationHealth::notApplicable();
+    // An event from before the setup came through other hooks and proves nothing for these.
     if (setUpAt && lastLiveEventAt.value_or(distantPast) < *setUpAt)
         return now - *setUpAt >= gracePeriod ? IntegrationHealth::silent(*setUpAt)
                                              : IntegrationHealth::waiting(*setUpAt);

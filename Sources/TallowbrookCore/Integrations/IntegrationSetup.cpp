@@ -8,6 +8,7 @@
 
 #include "Domain/RecordCoding.h"
 #include "Domain/UUID.h"
+#include "Integrations/HookConfigMerger.h"
 #include "System/DirectoryListing.h"
 #include "System/FileContents.h"
 #include "System/ReplacementFile.h"

@@ -1,4 +1,4 @@
-// The escapes of JSON strings (RFC 8259), for those who read and write them.
+// The escapes of JSON strings (RFC 8259). One table, so that the reader and the writer agree.
 #pragma once
 
 #include <string_view>

@@ -21,6 +21,8 @@ const std::vector<JSONMember>* JSONNode::objectMembers() const {
     return object ? &object->members : nullptr;
 }
 
+// Each pair of accessors is written once, for the constant node: the cast gives back only what the
+// caller had anyway.
 std::vector<JSONMember>* JSONNode::objectMembers() {
     return const_cast<std::vector<JSONMember>*>(std::as_const(*this).objectMembers());
 }

@@ -12,6 +12,7 @@ using LineDiff::Step;
 using LineDiff::StepKind;
 using Lines = std::span<const std::string>;
 
+// 8 MB of table. Configuration files are far below it.
 constexpr std::size_t maxTableCells = 4'000'000;
 
 // For every pair of suffixes of two lists of lines, the length of their longest common subsequence.
@@ -73,8 +74,8 @@ struct ScriptBuilder {
 
     void walk(const SuffixTable& table) {
         while (hasOld() && hasNew()) {
-            if (oldLines[i] == newLines[j])
-                keep();
+            if (oldLines[i] == newLines[j]) keep();
+            // The delete first on a tie: a changed line shows as its old text, then its new one.
             else if (table.at(i + 1, j) >= table.at(i, j + 1))
                 remove();
             else
@@ -95,8 +96,10 @@ std::vector<Hunk> hunksOf(const std::vector<Step>& steps, std::size_t context) {
     for (std::size_t change = 0; change < steps.size(); ++change) {
         if (steps[change].kind == StepKind::equal) continue;
         const std::size_t first = change - std::min(change, context);
+        // Written so that no context, however large, overflows.
         const std::size_t last =
             context < steps.size() - change ? change + context : steps.size() - 1;
+        // Hunks that touch become one: nothing would stand between them.
         if (!hunks.empty() && first <= hunks.back().last + 1)
             hunks.back().last = last;
         else
@@ -159,6 +162,7 @@ std::optional<std::string> LineDiff::unified(const std::optional<std::string>& o
                                              std::size_t context) {
     const auto oldLines = lines(oldText);
     const auto newLines = lines(newText);
+    // An empty file and none have equal lines, yet making or deleting a file is a change to show.
     if (oldLines == newLines && oldText.has_value() == newText.has_value()) return std::nullopt;
 
     const auto label = [](const std::optional<std::string>& text, std::string_view name) {

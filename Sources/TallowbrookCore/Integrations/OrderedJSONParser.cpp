@@ -7,11 +7,10 @@
 // escapes is decoded into a buffer.
 #include <algorithm>
 #include <cstdint>
-#include <functional>
-#include <unordered_set>
 #include <utility>
 
 #include "Integrations/JSONEscapes.h"
+#include "Integrations/JSONKeySet.h"
 #include "Integrations/OrderedJSON.h"
 #include "Text/Digits.h"
 #include "Text/Hex.h"
@@ -27,46 +26,6 @@ constexpr std::uint32_t noSurrogate = 0;
 
 bool isPlain(char c) { return c != '"' && c != '\\' && !isControlCharacter(c); }
 
-// Tells whether an object that is being read has a key already. A few keys are compared one by one;
-// beyond that the members' places are hashed, so that an object of any size takes linear time.
-class KeySet {
- public:
-    explicit KeySet(const Members& members) : members_{members} {}
-
-    bool contains(std::string_view key) {
-        constexpr std::size_t few = 16;
-        if (members_.size() <= few)
-            return std::ranges::find(members_, key, &JSONMember::key) != members_.end();
-        while (hashed_ < members_.size()) places_.insert(hashed_++);
-        return places_.find(key) != places_.end();
-    }
-
- private:
-    // Members move while the object grows, so the set knows them by their places.
-    struct Hash {
-        using is_transparent = void;
-        const Members& members;
-        std::size_t operator()(std::string_view key) const {
-            return std::hash<std::string_view>{}(key);
-        }
-        std::size_t operator()(std::size_t place) const { return (*this)(members[place].key); }
-    };
-    struct Equal {
-        using is_transparent = void;
-        const Members& members;
-        bool operator()(std::size_t one, std::size_t other) const { return one == other; }
-        bool operator()(std::string_view key, std::size_t place) const {
-            return members[place].key == key;
-        }
-        bool operator()(std::size_t place, std::string_view key) const {
-            return members[place].key == key;
-        }
-    };
-
-    const Members& members_;
-    std::size_t hashed_ = 0;
-    std::unordered_set<std::size_t, Hash, Equal> places_{0, Hash{members_}, Equal{members_}};
-};
 
 class Parser {
  public:
@@ -103,6 +62,7 @@ class Parser {
     }
 
     JSONNode parseValue(int depth) {
+        // Before the input is looked at: the limit guards the stack, whatever follows.
         if (depth >= maxDepth) throw error("Nesting too deep", position_);
         if (isAtEnd()) throw error("Unexpected end of input", position_);
         switch (text_[position_]) {
@@ -133,7 +93,7 @@ class Parser {
     JSONNode parseObject(int depth) {
         ++position_;
         Members members;
-        KeySet keys{members};
+        JSONKeySet keys{members};
         skipWhitespace();
         if (consume('}')) return JSONNode::object({});
         do {
@@ -141,6 +101,7 @@ class Parser {
             if (!isAt('"')) throw error("Expected a string key", position_);
             Text key = parseString();
             if (keys.contains(key.decoded))
+                // A merge could only guess which of the two the agent obeys.
                 throw error("Duplicate key \"" + key.decoded + "\"", position_);
             skipWhitespace();
             if (!consume(':')) throw error("Expected ':'", position_);
@@ -176,6 +137,7 @@ class Parser {
     JSONNode parseNumber() {
         const auto start = position_;
         consume('-');
+        // What follows a leading zero is for the caller to refuse, as "01" in an array.
         if (!consume('0')) parseDigits();
         if (consume('.')) parseDigits();
         if (consume('e') || consume('E')) {
@@ -236,6 +198,7 @@ class Parser {
         if (isAtEnd()) throw error("Unterminated escape", position_);
         if (consume('u')) {
             const std::uint32_t unit = parseHex4();
+            // A low unit belongs behind a high one, and nothing else does.
             if (UTF16::isLowSurrogate(unit) != UTF16::isHighSurrogate(pendingHigh))
                 throw error("Unpaired surrogate", backslash);
             if (UTF16::isHighSurrogate(unit)) {
@@ -294,6 +257,7 @@ class Parser {
     }
 
     JSONParseError error(std::string message, std::size_t position) const {
+        // Counted only here: an error is met once, a byte a million times.
         const auto before = text_.substr(0, position);
         const auto lineFeeds = std::ranges::count(before, '\n');
         const auto lineStart = before.rfind('\n') + 1;  // 0 where there is none
@@ -302,7 +266,7 @@ class Parser {
     }
 
     std::string_view text_;
-    bool isValidUTF8_;
+    bool isValidUTF8_;  // nearly always; then no string needs a look of its own
     std::size_t position_ = 0;
 };
 

@@ -5,6 +5,7 @@
 namespace tallowbrook {
 namespace {
 
+// Appends to one text throughout: texts put together at every level would be copied at each.
 class Writer {
  public:
     Writer(std::string_view indent, std::string& text) : indent_{indent}, text_{text} {}
@@ -16,6 +17,7 @@ class Writer {
  private:
     void write(const JSONNode::Null&, int) { text_ += "null"; }
     void write(const JSONNode::Bool& node, int) { text_ += node.value ? "true" : "false"; }
+    // Neither number nor raw text is interpreted: 1.50 stays 1.50.
     void write(const JSONNode::Number& node, int) { text_ += node.text; }
     void write(const JSONNode::String& node, int) { writeQuoted(node.value, node.rawText); }
 

@@ -43,7 +43,7 @@ struct OutputBox {
             front.append(buffer.data(),
                          std::min(static_cast<std::size_t>(count), maxBytes - front.size()));
         }
-        pipe = FileDescriptor{};
+        pipe = FileDescriptor{};  // a caller that counts its open files must not find this one
         {
             const std::lock_guard guard{lock};
             data = std::move(front);
@@ -68,6 +68,7 @@ class Child {
         output = FileDescriptor{};
         if (pid) {
             note(*pid);
+            // Waits without reaping, and without the lock, which `terminate` needs meanwhile.
             ProcessLaunch::awaitExit(*pid);
             while (!reapIfExited()) std::this_thread::sleep_for(pause);
         }
@@ -101,7 +102,7 @@ class Child {
         if (mustEnd_) kill(pid, SIGTERM);
     }
 
-    // Under the lock, so that nobody sends a signal to a number that the system has given away.
+    // Under the lock, so that no signal goes to a number that the system has given away.
     bool reapIfExited() {
         const std::lock_guard guard{lock_};
         int status = 0;
@@ -186,6 +187,7 @@ std::optional<ProcessRunner::Result> ProcessRunner::run(const std::string& execu
         box->waitUntil(Clock::now() + graceAfterTermination);
         return std::nullopt;
     }
+    // The output has ended, so the program is about to exit; its status needs that.
     const auto status = child->waitForExit();
     if (!status) return std::nullopt;
     const std::lock_guard guard{box->lock};

@@ -33,8 +33,7 @@ struct Result {
 //
 // Nothing of a program that was given up stays behind: it is reaped in the background when it
 // exits, however late. That, and every exit status, needs a caller who leaves SIGCHLD alone and
-// waits for no children but its own; where somebody else has reaped the program, the result is
-// absent.
+// waits for no children but its own; where other code has reaped the program, the result is absent.
 std::optional<Result> run(const std::string& executablePath,
                           const std::vector<std::string>& arguments, Seconds timeout,
                           std::int64_t maxOutputBytes);

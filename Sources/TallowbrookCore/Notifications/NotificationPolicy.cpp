@@ -7,8 +7,10 @@ namespace {
 // What the event tells the user about a session that it changed; absent: nothing.
 std::optional<NotificationKind> kindOf(const AgentEvent& event, const ReductionResult& result) {
     if (result.effect != EventEffect::applied || !result.statusChanged()) return std::nullopt;
+    // The setup's own trial tells the user by itself.
     if (result.current->key.isSetupCheck()) return std::nullopt;
 
+    // The status alone would not do: a session that ends is completed too, which is no news.
     const SessionStatus status = result.current->status;
     if (event.category == EventCategory::turnFailed && status == SessionStatus::failed)
         return NotificationKind::failure;
@@ -100,6 +102,7 @@ NotificationDecision NotificationPolicy::decide(const AgentEvent& event,
     if (preferences.quietHours.contains(now, calendar))
         return suppressed(NotificationSuppression::quietHours);
 
+    // Last, since the host has to look this up in its store.
     const auto last = lastDelivered(content.dedupeKey);
     if (last && Seconds{now - *last} < preferences.dedupeInterval)
         return suppressed(NotificationSuppression::duplicate);

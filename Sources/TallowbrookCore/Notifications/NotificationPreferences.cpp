@@ -23,6 +23,8 @@ RecordEncoder encodedQuietHours(const QuietHours& quietHours) {
 
 QuietHours decodeQuietHours(RecordDecoder& outer) {
     RecordDecoder decoder = outer.record("quietHours");
+    // Field by field, past the constructor, which would change the minutes: a record is kept as
+    // it was stored.
     QuietHours found;
     found.enabled = decoder.boolean("enabled");
     found.startMinute = decoder.integer("startMinute");
@@ -37,6 +39,7 @@ QuietHours::QuietHours(bool isEnabled, std::int64_t start, std::int64_t end)
     : enabled(isEnabled), startMinute(minuteOfDay(start)), endMinute(minuteOfDay(end)) {}
 
 bool QuietHours::contains(Instant date, const Calendar& calendar) const {
+    // Equal ends could mean a whole day as well; muting nothing is the smaller harm.
     if (!enabled || startMinute == endMinute) return false;
     const LocalTime time = calendar.localTime(date);
     const int minute = time.hour * 60 + time.minute;

@@ -19,7 +19,7 @@ namespace tallowbrook {
 struct QuietHours {
     bool enabled = false;
     std::int64_t startMinute = 0;
-    std::int64_t endMinute = 0;  // no longer in the window
+    std::int64_t endMinute = 0;  // the first minute behind the window
     bool operator==(const QuietHours&) const = default;
 
     QuietHours() = default;

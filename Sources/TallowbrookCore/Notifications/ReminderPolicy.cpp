@@ -28,6 +28,7 @@ std::string minutesText(Instant::duration waited) {
 }  // namespace
 
 int ReminderPolicy::earned(Seconds waited, Seconds interval) {
+    // Written with "not", so that a NaN earns nothing.
     if (!(interval > Seconds{0}) || !(waited > Seconds{0})) return 0;
     constexpr double firstBeyondInt64 = 9223372036854775808.0;
     const double quotient = waited / interval;
@@ -46,6 +47,7 @@ std::optional<NotificationContent> ReminderPolicy::due(const SessionSnapshot& se
     const auto waited = now - session.statusSince;
     if (sent >= earned(waited, interval)) return std::nullopt;
     if (!mayRemind(preferences, now, calendar)) return std::nullopt;
+    // Two reminders under one id would replace each other; without an id it is due again later.
     const auto id = randomUUID();
     if (!id) return std::nullopt;
 

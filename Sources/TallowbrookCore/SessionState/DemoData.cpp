@@ -131,6 +131,7 @@ std::vector<Sample> samples(Seconds staleAfter) {
 
 AgentEvent makeEvent(const Sample& sample, const Step& step, Instant now) {
     PayloadFields fields;
+    // As if parsed from a payload, so that a change of the mapping shows here too.
     fields[PayloadField::hookEventName] = step.eventName;
     fields[PayloadField::sessionID] = sample.sessionID;
     fields[PayloadField::cwd] = std::string{projectsDirectory}.append(sample.project);
@@ -170,6 +171,7 @@ DemoData DemoData::make(Instant now, Seconds staleAfter) {
 
     for (auto& [storageID, session] : stored)
         if (session) data.sessions.push_back(std::move(*session));
+    // The id settles ties, so that two calls list alike.
     std::ranges::sort(data.sessions, std::ranges::greater{}, [](const SessionSnapshot& session) {
         return std::pair{session.lastSeenAt, session.id()};
     });

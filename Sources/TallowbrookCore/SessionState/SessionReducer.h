@@ -17,7 +17,7 @@ enum class EventEffect {
     applied,     // the session is new, or its status, attention or ended flag changed
     confirmed,   // the event says what was known already
     ignored,     // it has no meaning for the status of this session
-    duplicate,   // the same event was seen before
+    duplicate,   // a copy of an event that was seen before
     outOfOrder,  // it is older than the last applied event
     noSession,   // it names no session
 };
@@ -42,15 +42,14 @@ struct ReductionResult {
 };
 
 struct SessionReducer {
-    // The same event again at most this far from its first copy, in either direction, is a
+    // An event that comes again at most this far from its first copy, in either direction, is a
     // duplicate.
     Seconds duplicateWindow;
     bool operator==(const SessionReducer&) const = default;
 
-    // `stored` is the snapshot of the event's session, absent for a session not seen before; moving
-    // it in spares a copy. Ends the program when a counter of the snapshot is full.
-    ReductionResult reduce(const std::optional<SessionSnapshot>& stored,
-                           const AgentEvent& event) const;
+    // `stored` is the snapshot of the event's session, absent for a session not seen before. It is
+    // taken over and comes back as `previous`: copying it would be a third of all work. Ends the
+    // program when a counter of the snapshot is full.
     ReductionResult reduce(std::optional<SessionSnapshot>&& stored, const AgentEvent& event) const;
 };
 

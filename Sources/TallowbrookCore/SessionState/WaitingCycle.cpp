@@ -23,6 +23,7 @@ std::optional<std::string> WaitingCycle::next(const std::vector<std::string>& id
         last.reset();
         return std::nullopt;
     }
+    // From the previous pick, not from the first: a steady pace walks the whole list.
     const bool isRepetition = last && now - last->at < repetitionWindow;
     const std::string& pick = ids[isRepetition ? indexBehind(last->id, ids) : 0];
     last = Pick{pick, now};

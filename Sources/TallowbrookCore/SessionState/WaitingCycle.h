@@ -21,8 +21,8 @@ struct WaitingCycle {
     bool operator==(const WaitingCycle&) const = default;
 
     // The id behind the one picked last, the first one again behind the end. Begins with the first
-    // id after ten seconds without a call, or where the one picked last is no longer in `ids`. Of
-    // equal ids the first counts. Absent, and the last pick forgotten, when `ids` is empty.
+    // id after ten seconds without a call, or where the one picked last has left `ids`. Of equal
+    // ids the first counts. Absent, and the last pick forgotten, when `ids` is empty.
     std::optional<std::string> next(const std::vector<std::string>& ids, Instant now);
 };
 

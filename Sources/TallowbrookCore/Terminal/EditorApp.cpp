@@ -19,6 +19,7 @@ std::string lowerCased(std::string text) {
 bool isExtensionFolder(const std::filesystem::path& folder) {
     const std::string name = lowerCased(folder.filename().string());
     if (!name.starts_with(EditorBridge::extensionID)) return false;
+    // The dash keeps a longer id, of another extension, apart.
     return name.size() == EditorBridge::extensionID.size() ||
            name[EditorBridge::extensionID.size()] == '-';
 }

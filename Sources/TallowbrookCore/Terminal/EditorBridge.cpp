@@ -60,7 +60,9 @@ std::expected<void, FileError> writeAtomically(const std::filesystem::path& path
 }  // namespace
 
 bool EditorBridge::processIsRunning(pid_t pid) {
+    // Zero and negative numbers would ask about whole groups of processes.
     if (pid < 2) return false;
+    // Signal 0 is only permission asked: a refusal means that the process is there.
     return kill(pid, 0) == 0 || errno == EPERM;
 }
 
@@ -70,6 +72,7 @@ std::vector<EditorWindow> EditorBridge::windows(const std::filesystem::path& dir
     for (const auto& file : listDirectory(directory)) {
         if (!isWindowRecord(file)) continue;
         const auto text = FileContents::read(file);
+        // The extension may have removed the file since the listing.
         if (!text) continue;
         auto window = EditorWindowCoding::decode(*text);
         if (window && isRunning(window->hostPid)) found.push_back(std::move(*window));
@@ -90,6 +93,7 @@ std::expected<std::filesystem::path, FileError> EditorBridge::requestTerminal(
     pid_t shellPid, const std::filesystem::path& directory, Instant now) {
     if (auto made = TallowbrookPaths::ensureDirectory(directory); !made)
         return std::unexpected(made.error());
+    // Here, since an extension that is not running removes none.
     removeExpiredRequests(directory, now);
     const auto id = randomUUID();
     if (!id) return std::unexpected(id.error());

@@ -21,7 +21,7 @@
 
 namespace tallowbrook::EditorBridge {
 
-// A request that nobody took for longer must not act any more.
+// A request that was not taken for longer must not act any more.
 inline constexpr Seconds requestLifetime{10.0};
 
 // Whether there is such a process, of whatever user; false below 2. A process that has exited

@@ -4,6 +4,7 @@ namespace tallowbrook {
 
 std::optional<std::string> EditorWindow::openTarget() const {
     if (workspace) return workspace;
+    // Opened by one of several folders, an editor would make a new window.
     if (folders.size() == 1) return folders.front();
     return std::nullopt;
 }

@@ -6,11 +6,13 @@ namespace tallowbrook {
 
 namespace {
 
+// Editors put one or the other between the file, the folder and their own name.
 constexpr std::string_view emDash = " — ";
 constexpr std::string_view hyphen = " - ";
 
 std::filesystem::path standardized(const std::filesystem::path& path) {
     const auto normal = path.lexically_normal();
+    // A slash at the end would hide the last name.
     return normal.has_filename() ? normal : normal.parent_path();
 }
 
@@ -48,6 +50,7 @@ std::vector<std::string> EditorWindowTitle::candidateNames(const std::filesystem
 
 bool EditorWindowTitle::matches(std::string_view title, std::string_view name) {
     if (name.empty()) return false;
+    // A folder's own name may hold a dash.
     if (title == name) return true;
     for (const auto piece : split(title, emDash))
         for (const auto part : split(piece, hyphen))
@@ -58,6 +61,7 @@ bool EditorWindowTitle::matches(std::string_view title, std::string_view name) {
 std::optional<std::string> EditorWindowTitle::bestMatch(const std::vector<std::string>& titles,
                                                         const std::filesystem::path& folder,
                                                         const Home& home) {
+    // Names before titles: a window of the folder itself wins over one of its parent.
     for (const std::string& name : candidateNames(folder, home)) {
         const auto found = std::ranges::find_if(
             titles, [&](const std::string& title) { return matches(title, name); });

@@ -12,9 +12,9 @@ std::string ProcessTable::decodeCommandName(std::string_view buffer) {
     return UTF8::replacingInvalid(buffer);
 }
 
-std::optional<dev_t> ProcessTable::terminalDevice(const std::string& name) {
+std::optional<dev_t> ProcessTable::deviceNumber(const TerminalDevice& terminal) {
     struct stat status{};
-    if (stat(("/dev/" + name).c_str(), &status) != 0) return std::nullopt;
+    if (stat(terminal.path().c_str(), &status) != 0) return std::nullopt;
     return status.st_rdev;
 }
 

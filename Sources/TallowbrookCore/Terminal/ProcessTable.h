@@ -12,13 +12,15 @@
 #include <string_view>
 #include <vector>
 
+#include "Terminal/TerminalDevice.h"
+
 namespace tallowbrook {
 
 struct ProcessRecord {
     pid_t pid = 0;
-    pid_t parentPID = 0;            // 0 where the parent cannot be seen
-    std::optional<dev_t> terminal;  // the controlling terminal, absent when there is none
-    std::string name;               // the command name as `decodeCommandName` reads it
+    pid_t parentPID = 0;          // 0 where the parent cannot be seen
+    std::optional<dev_t> device;  // of the controlling terminal, absent when there is none
+    std::string name;             // the command name as `decodeCommandName` reads it
     bool operator==(const ProcessRecord&) const = default;
 };
 
@@ -34,9 +36,8 @@ std::vector<ProcessRecord> processesOnDevice(dev_t device);
 // The name of a terminal below /dev, such as ttys003 or pts/3. Absent when the device has none.
 std::optional<std::string> deviceName(dev_t device);
 
-// The device number of /dev/`name`; absent when there is no such file. The caller has checked that
-// the name stays inside /dev.
-std::optional<dev_t> terminalDevice(const std::string& name);
+// Absent when there is no such file.
+std::optional<dev_t> deviceNumber(const TerminalDevice& terminal);
 
 // No kernel keeps more of a command name for a process of the user.
 inline constexpr std::size_t maxCommandNameBytes = 17;

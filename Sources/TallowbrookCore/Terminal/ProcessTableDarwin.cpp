@@ -24,9 +24,9 @@ ProcessRecord makeRecord(const kinfo_proc& process) {
     const auto& command = process.kp_proc.p_comm;
     ProcessRecord record{.pid = process.kp_proc.p_pid,
                          .parentPID = process.kp_eproc.e_ppid,
-                         .terminal = process.kp_eproc.e_tdev,
+                         .device = process.kp_eproc.e_tdev,
                          .name = ProcessTable::decodeCommandName({command, sizeof command})};
-    if (record.terminal == NODEV) record.terminal.reset();
+    if (record.device == NODEV) record.device.reset();
     return record;
 }
 

@@ -33,12 +33,12 @@ std::optional<ProcessRecord> parseStatus(pid_t pid, std::string_view line) {
     std::array<std::string_view, 5> fields;
     for (auto& field : fields) field = takeField(rest);
     const auto parent = parseNumber<std::int32_t>(fields[1]);
-    const auto terminal = parseNumber<std::int32_t>(fields[4]);
-    if (!parent || !terminal) return std::nullopt;
+    const auto device = parseNumber<std::int32_t>(fields[4]);
+    if (!parent || !device) return std::nullopt;
 
-    ProcessRecord record{.pid = pid, .parentPID = *parent, .terminal = {}, .name = {}};
+    ProcessRecord record{.pid = pid, .parentPID = *parent, .device = {}, .name = {}};
     // The number is printed signed, so the highest pseudo-terminals appear negative.
-    if (*terminal != 0) record.terminal = static_cast<std::uint32_t>(*terminal);
+    if (*device != 0) record.device = static_cast<std::uint32_t>(*device);
     record.name = ProcessTable::decodeCommandName(line.substr(open + 1, close - open - 1));
     return record;
 }
@@ -78,14 +78,15 @@ std::vector<ProcessRecord> ProcessTable::processesOnDevice(dev_t device) {
     std::vector<ProcessRecord> found;
     while (const dirent* entry = readdir(directory.get())) {
         const auto pid = parseNumber<std::int32_t>(entry->d_name);
-        if (!pid) continue;
+        if (!pid) continue;  // not a process
         auto record = process(*pid);
-        if (record && record->terminal == device) found.push_back(std::move(*record));
+        if (record && record->device == device) found.push_back(std::move(*record));
     }
     return found;
 }
 
 std::optional<std::string> ProcessTable::deviceName(dev_t device) {
+    // The numbers that the kernel has assigned to its terminal drivers.
     constexpr unsigned consoleMajor = 4;
     constexpr unsigned firstSerialMinor = 64;
     constexpr unsigned firstPseudoMajor = 136;

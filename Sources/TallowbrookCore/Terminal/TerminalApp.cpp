@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Terminal/TerminalDevice.h"
 #include "Terminal/TerminalLocation.h"
 
 namespace tallowbrook {
@@ -104,12 +105,13 @@ std::string_view displayName(TerminalApp app) { return descriptionOf(app).displa
 
 std::optional<std::string> focusScript(TerminalApp app, std::string_view tty) {
     // What passes holds no quote and no backslash, so it needs no escaping.
-    const auto name = ControllingTerminal::sanitize(tty);
-    if (!name) return std::nullopt;
+    if (!ControllingTerminal::sanitize(tty)) return std::nullopt;
+    const auto device = TerminalDevice::parse(tty);
+    if (!device) return std::nullopt;
     const Description& description = descriptionOf(app);
     std::string script{head};
     script.append(description.bundleIdentifier).append(description.middle);
-    script.append("/dev/").append(*name).append(description.tail);
+    script.append(device->path()).append(description.tail);
     return script;
 }
 

@@ -9,7 +9,8 @@ namespace tallowbrook {
 std::vector<TerminalHost::ProcessPair> TerminalHost::processesOnTTY(const std::string& tty,
                                                                     const Lookup& lookup) {
     if (!ControllingTerminal::sanitize(tty)) return {};
-    const auto device = lookup.terminalDevice(tty);
+    const auto terminal = TerminalDevice::parse(tty);
+    const auto device = terminal ? lookup.deviceNumber(*terminal) : std::nullopt;
     if (!device) return {};
     std::vector<ProcessPair> pairs;
     for (const ProcessRecord& record : lookup.processesOnDevice(*device))
@@ -23,7 +24,9 @@ std::optional<pid_t> TerminalHost::hostPID(const std::vector<ProcessPair>& proce
 
     const ProcessPair* lowest = nullptr;
     for (const ProcessPair& process : processes) {
+        // An orphan, adopted by process 1, tells nothing of the host.
         if (process.ppid < 2 || onTerminal.contains(process.ppid)) continue;
+        // The shell came first and has the lowest number, but where numbers have wrapped around.
         if (lowest == nullptr || process.pid < lowest->pid) lowest = &process;
     }
     if (lowest == nullptr) return std::nullopt;
@@ -34,6 +37,7 @@ std::vector<TerminalHost::Process> TerminalHost::hostChain(const std::string& tt
                                                            const Lookup& lookup) {
     std::vector<Process> chain;
     pid_t current = hostPID(processesOnTTY(tty, lookup)).value_or(0);
+    // The table is read while it changes: a loop of parents must end too.
     while (current > 1 && chain.size() < maxDepth) {
         const auto record = lookup.process(current);
         if (!record) break;

@@ -34,16 +34,16 @@ struct Lookup {
     std::function<std::optional<ProcessRecord>(pid_t)> process = ProcessTable::process;
     std::function<std::vector<ProcessRecord>(dev_t)> processesOnDevice =
         ProcessTable::processesOnDevice;
-    std::function<std::optional<dev_t>(const std::string&)> terminalDevice =
-        ProcessTable::terminalDevice;
+    std::function<std::optional<dev_t>(const TerminalDevice&)> deviceNumber =
+        ProcessTable::deviceNumber;
 };
 
 // The processes attached to a terminal such as ttys003, in the kernel's order. Empty for a name
 // that `ControllingTerminal::sanitize` refuses.
 std::vector<ProcessPair> processesOnTTY(const std::string& tty, const Lookup& lookup = {});
 
-// The parent, from outside the terminal, of the lowest process that has one: whoever opened the
-// terminal. Absent when every parent is on the terminal too or below 2.
+// The parent, from outside the terminal, of the lowest process that has one: the program that
+// opened the terminal. Absent when every parent is on the terminal too or below 2.
 std::optional<pid_t> hostPID(const std::vector<ProcessPair>& processes);
 
 // The host of a terminal and its ancestors, nearest first: at most `maxDepth`, never process 1.

@@ -23,12 +23,16 @@ std::optional<std::string> ControllingTerminal::deviceName(pid_t startingAt, int
         std::fputs("tallowbrook: the count of ancestors must not be negative\n", stderr);
         std::abort();
     }
+    // Agents often start their hooks in a session of its own, without a terminal; the agent itself,
+    // some ancestors up, has one.
     pid_t current = startingAt;
     for (int steps = 0; current >= 2; ++steps) {
         const auto record = lookup.process(current);
         if (!record) return std::nullopt;
-        if (record->terminal) {
-            if (const auto name = lookup.deviceName(*record->terminal)) return sanitize(name);
+        if (record->device) {
+            // A terminal with a refused name is still this process's own: an ancestor's would be
+            // wrong.
+            if (const auto name = lookup.deviceName(*record->device)) return sanitize(name);
         }
         if (steps == ancestorLimit) return std::nullopt;
         current = record->parentPID;

@@ -17,9 +17,8 @@ bool isAgent(std::string_view program) {
 }
 
 bool agentRunsOn(const std::string& devicePath) {
-    // The table takes the name below /dev, such as pts/3.
-    const auto deviceName = devicePath.substr(std::string_view{"/dev/"}.size());
-    const auto device = ProcessTable::terminalDevice(deviceName);
+    const auto terminal = TerminalDevice::parse(devicePath);
+    const auto device = terminal ? ProcessTable::deviceNumber(*terminal) : std::nullopt;
     if (!device) return false;
     return std::ranges::any_of(ProcessTable::processesOnDevice(*device),
                                [](const auto& process) { return isAgent(process.name); });

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 
 #include "HookConfigSamples.h"
@@ -29,67 +30,37 @@ TEST(HookInstallation, intoNothingMakesAFileWithTheHooksAlone) {
     EXPECT_EQ(installed(std::nullopt), whole);
     EXPECT_EQ(installed(""), whole);
     expectComplete(whole);
+    expectComplete(" \t" + installedConfig + "\r\n");  // not rewritten in our layout
+
+    const auto renamed = HookInstallSpec::claudeCode("/opt/renamed-helper");
+    expectComplete(installed(std::nullopt, renamed), renamed);
+    auto withoutEvents = sampleSpec();
+    withoutEvents.events.clear();
+    EXPECT_EQ(installed(std::nullopt, withoutEvents), "");
+    EXPECT_EQ(installed(" {} ", withoutEvents), " {} ");
 }
 
-TEST(HookInstallation, ofClaudeCodeReadsLikeThis) {
-    const auto text = installed(std::nullopt, HookInstallSpec::claudeCode("/o'neil/x"));
-    EXPECT_TRUE(text.starts_with(R"({
-  "hooks": {
-    "SessionStart": [
-      {
-        "hooks": [
-          {
-            "type": "command",
-            "command": "/o'neil/x",
-            "args": [
-              "claude-code"
-            ],
-            "timeout": 5
-          }
-        ]
-      }
-    ],
-    "UserPromptSubmit": [
-)")) << text;
-    EXPECT_TRUE(text.ends_with(R"(    "SessionEnd": [
-      {
-        "hooks": [
-          {
-            "type": "command",
-            "command": "/o'neil/x",
-            "args": [
-              "claude-code"
-            ]
-          }
-        ]
-      }
-    ]
-  }
-}
-)")) << text;
-}
-
-TEST(HookInstallation, ofCodexReadsLikeThis) {
-    const auto spec = HookInstallSpec::codex("/a b/tallowbrook-hook");
+// The whole file with `handler` for each event of the spec, with a timeout where it gets one.
+void expectInstalled(const HookInstallSpec& spec, const std::string& handler,
+                     const std::set<std::string>& withoutTimeout) {
     std::string events;
     for (const auto& event : spec.events) {
-        const bool hasTimeout = event != "Interrupt" && event != "SessionEnd";
-        events += (events.empty() ? "" : ",") +
-                  eventOf(event, groupOf(R"({"type":"command",)"
-                                         R"("command":"'/a b/tallowbrook-hook' codex")" +
-                                         std::string{hasTimeout ? R"(,"timeout":5})" : "}"}));
+        const auto* timeout = withoutTimeout.contains(event) ? "}" : R"(,"timeout":5})";
+        events += (events.empty() ? "" : ",") + eventOf(event, groupOf(handler + timeout));
     }
     const auto text = installed(std::nullopt, spec);
     EXPECT_EQ(text, laidOut(configOf(events)) + "\n");
     expectComplete(text, spec);
 }
 
-TEST(HookInstallation, onceMoreGivesTheTextBackByteForByte) {
-    for (const auto& text : {installedConfig, " \t" + installedConfig + "\r\n",
-                             laidOut(installedConfig), laidOut(installedConfig) + "\n"}) {
-        EXPECT_EQ(installed(text), text);
-        EXPECT_EQ(installed(installed(text)), text);
-    }
+TEST(HookInstallation, writesForEachAgentItsOwnFormOfHandler) {
+    expectInstalled(HookInstallSpec::claudeCode("/o'neil/tallowbrook-hook"),
+                    R"({"type":"command","command":"/o'neil/tallowbrook-hook",)"
+                    R"("args":["claude-code"])",
+                    {"SessionEnd"});
+    expectInstalled(HookInstallSpec::codex("/a b/tallowbrook-hook"),
+                    R"({"type":"command","command":"'/a b/tallowbrook-hook' codex")",
+                    {"SessionEnd", "Interrupt"});
 }
 
 TEST(HookInstallation, goesBehindWhatIsThere) {
@@ -110,12 +81,6 @@ TEST(HookInstallation, takesAnEventForTheSameHoweverItsNameWasWritten) {
     const auto text = R"({"h\u006foks":{"St\u0061rt":[],"Stop":[)" + newStop + "]}}";
     EXPECT_EQ(installed(text), laidOut(R"({"h\u006foks":{"St\u0061rt":[)" + newStart +
                                        R"(],"Stop":[)" + newStop + "]}}"));
-}
-
-TEST(HookInstallation, addsOnlyWhatIsMissing) {
-    EXPECT_EQ(installed(configOf(eventOf("Start", newStart))), laidOut(installedConfig));
-    EXPECT_EQ(installed(configOf(eventOf("Stop", newStop))),
-              laidOut(configOf(eventOf("Stop", newStop) + "," + eventOf("Start", newStart))));
 }
 
 TEST(HookInstallation, replacesStaleHandlersOfEveryEvent) {
@@ -161,18 +126,6 @@ TEST(HookInstallation, endsTheFileAsItEndedBefore) {
     EXPECT_EQ(installed("{} "), whole);
     EXPECT_EQ(installed(" "), whole) << "blank, but not empty";
     EXPECT_EQ(installed("\n"), whole + "\n");
-}
-
-TEST(HookInstallation, ofAHelperOfAnotherNameIsStillDoneOnce) {
-    const auto spec = HookInstallSpec::claudeCode("/opt/renamed-helper");
-    expectComplete(installed(std::nullopt, spec), spec);
-}
-
-TEST(HookInstallation, ofASpecWithoutEventsChangesNothing) {
-    auto spec = sampleSpec();
-    spec.events.clear();
-    EXPECT_EQ(installed(std::nullopt, spec), "");
-    EXPECT_EQ(installed(" {} ", spec), " {} ");
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ using Members = std::vector<JSONMember>;
 using Nodes = std::vector<JSONNode>;
 
 JSONMember member(std::string key, JSONNode value) {
-    // Now and then as somebody might write it, too.
+    // Now and then written with an escape, as a user may.
     std::optional<std::string> rawKey;
     if (!key.empty() && drawBelow(4) == 0)
         rawKey =

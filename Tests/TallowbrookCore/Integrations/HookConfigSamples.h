@@ -46,7 +46,7 @@ inline const std::string installedConfig =
     configOf(eventOf("Start", groupOf(exactHandler)) + "," +
              eventOf("Stop", groupOf(exactHandlerWithoutTimeout)));
 
-// The same tree in the layout of a written file, without a line feed at the end.
+// The tree of `text` in the layout of a written file, without a line feed at the end.
 inline std::string laidOut(const std::string& text) {
     const auto node = OrderedJSON::parse(text);
     if (!node) ADD_FAILURE() << text << ": " << node.error().description();

@@ -48,15 +48,9 @@ TEST(HookRemoval, keepsAGroupWithAMatcherAndTheUsersOwnHandlersInOrder) {
               laidOut(configOf(eventOf("Start", group("")))));
 }
 
-TEST(HookRemoval, dropsAGroupThatItEmptiesWhateverElseIsInIt) {
-    EXPECT_EQ(uninstalled(configOf(eventOf("Start", R"({"matcher":"x","hooks":[)" + exactHandler +
-                                                        "]}," + groupOf(foreignHandler)))),
-              laidOut(configOf(eventOf("Start", groupOf(foreignHandler)))));
-}
-
 TEST(HookRemoval, keepsWhatWasEmptyBefore) {
-    EXPECT_EQ(uninstalled(configOf(R"("Empty":[],"Start":[{},)" + groupOf(exactHandler) +
-                                   R"(,{"hooks":[]}])")),
+    EXPECT_EQ(uninstalled(configOf(R"("Empty":[],"Start":[{},{"matcher":"x","hooks":[)" +
+                                   exactHandler + "]}" + R"(,{"hooks":[]}])")),
               laidOut(configOf(R"("Empty":[],"Start":[{},{"hooks":[]}])")));
 }
 
@@ -64,13 +58,6 @@ TEST(HookRemoval, keepsAHandlerThatDoesNotMentionTheHelper) {
     const auto spec = HookInstallSpec::claudeCode("/opt/renamed-helper");
     const auto text = HookConfigMerger::install(std::nullopt, spec).value();
     EXPECT_EQ(uninstalled(text, spec), text);
-}
-
-TEST(HookRemoval, asksForTheSameShapesAsEverything) {
-    EXPECT_EQ(
-        failureOf(HookConfigMerger::uninstall(
-            configOf(eventOf("Start", groupOf(exactHandler)) + R"(,"Stop":[[]])"), sampleSpec())),
-        unexpectedStructure("hooks.Stop[]", "object"));
 }
 
 }  // namespace

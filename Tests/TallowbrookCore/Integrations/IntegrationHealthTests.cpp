@@ -19,46 +19,30 @@ constexpr Instant ten = day + 10h;
 constexpr Instant eleven = day + 11h;
 constexpr Seconds grace{600};
 
-TEST(IntegrationHealth, waitsUntilTheGracePeriodIsOver) {
-    const Record record{ten, std::nullopt};
-    EXPECT_EQ(record.health(true, ten, grace), Health::waiting(ten));
-    EXPECT_EQ(record.health(true, ten + 9min + 59s, grace), Health::waiting(ten));
-    EXPECT_EQ(record.health(true, ten + 10min - 1us, grace), Health::waiting(ten));
-    EXPECT_EQ(record.health(true, ten + 10min, grace), Health::silent(ten));
-    EXPECT_EQ(record.health(true, ten + 24h, grace), Health::silent(ten));
-}
-
-TEST(IntegrationHealth, waitsWhileTheClockIsBehindTheSetup) {
-    EXPECT_EQ((Record{ten, std::nullopt}.health(true, nine, grace)), Health::waiting(ten));
-}
-
-TEST(IntegrationHealth, isSilentAtOnceWithoutAGracePeriod) {
-    EXPECT_EQ((Record{ten, std::nullopt}.health(true, ten, Seconds{0})), Health::silent(ten));
-}
-
-TEST(IntegrationHealth, takesNoEventFromBeforeTheLatestSetup) {
-    Record record{ten, nine};
-    EXPECT_EQ(record.health(true, ten + 1min, grace), Health::waiting(ten));
-    EXPECT_EQ(record.health(true, eleven, grace), Health::silent(ten));
-    record.noteLiveEvent(ten - 1us);
-    EXPECT_EQ(record.health(true, eleven, grace), Health::silent(ten));
-    record.noteLiveEvent(ten);
-    EXPECT_EQ(record.health(true, eleven, grace), Health::receiving(ten))
-        << "an event at the very time of the setup is not before it";
-    record.noteLiveEvent(eleven);
-    EXPECT_EQ(record.health(true, eleven, grace), Health::receiving(eleven));
-}
-
-TEST(IntegrationHealth, receivesWhereNobodyKnowsOfASetup) {
-    EXPECT_EQ((Record{std::nullopt, nine}.health(true, eleven, grace)), Health::receiving(nine));
-}
-
-TEST(IntegrationHealth, isNotApplicableWhereThereIsNothingToJudge) {
-    EXPECT_EQ(Record{}.health(true, ten, grace), Health::notApplicable());
-    for (const auto& record :
-         {Record{}, Record{ten, std::nullopt}, Record{ten, eleven}, Record{std::nullopt, nine}})
-        EXPECT_EQ(record.health(false, eleven, grace), Health::notApplicable());
-    EXPECT_EQ(Health{}, Health::notApplicable());
+TEST(IntegrationHealth, isJudgedByTheSetupTheLastEventAndTheGracePeriod) {
+    struct Row {
+        Record record;
+        Instant now;
+        Health health;
+        Seconds gracePeriod = grace;
+    };
+    for (const auto& [record, now, health, gracePeriod] : {
+             Row{{ten, {}}, nine, Health::waiting(ten)},
+             Row{{ten, {}}, ten, Health::waiting(ten)},
+             Row{{ten, {}}, ten + 10min - 1us, Health::waiting(ten)},
+             Row{{ten, {}}, ten + 10min, Health::silent(ten)},
+             Row{{ten, {}}, ten + 24h, Health::silent(ten)},
+             Row{{ten, {}}, ten, Health::silent(ten), Seconds{0}},
+             Row{{ten, nine}, ten + 1min, Health::waiting(ten)},
+             Row{{ten, ten - 1us}, eleven, Health::silent(ten)},
+             Row{{ten, ten}, eleven, Health::receiving(ten)},
+             Row{{ten, eleven}, eleven, Health::receiving(eleven)},
+             Row{{{}, nine}, eleven, Health::receiving(nine)},
+             Row{{}, ten, Health::notApplicable()},
+         }) {
+        EXPECT_EQ(record.health(true, now, gracePeriod), health);
+        EXPECT_EQ(record.health(false, now, gracePeriod), Health::notApplicable());
+    }
 }
 
 TEST(IntegrationHealth, isDescribedInALine) {
@@ -70,10 +54,6 @@ TEST(IntegrationHealth, isDescribedInALine) {
     EXPECT_EQ(Health::receiving(instant).diagnosticDescription(),
               "last live event 2025-03-01T14:30:05Z");
     EXPECT_EQ(Health::notApplicable().diagnosticDescription(), std::nullopt);
-}
-
-TEST(IntegrationHealthRecord, isEmptyAtFirst) {
-    EXPECT_EQ(Record{}, (Record{std::nullopt, std::nullopt}));
 }
 
 TEST(IntegrationHealthRecord, isSetUpAnewAtAnyTime) {
@@ -139,9 +119,6 @@ TEST(IntegrationHealthCoding, readsBackWhatItWrote) {
     for (const auto& record : {Record{}, Record{ten, std::nullopt}, Record{std::nullopt, nine},
                                Record{ten, nine + 123ms}, Record{distantPast, distantPast}})
         EXPECT_EQ(IntegrationHealthCoding::decode(IntegrationHealthCoding::encode(record)), record);
-}
-
-TEST(IntegrationHealthCoding, takesNullForAbsentAndKnowsNoOtherMember) {
     EXPECT_EQ(IntegrationHealthCoding::decode(R"({"setUpAt":null,"other":1})"), Record{});
 }
 

@@ -38,7 +38,6 @@ TEST(JSONParseError, isDescribedWithItsPlace) {
 TEST(OrderedJSONRefuses, aByteOrderMark) {
     expectAll({
         {"\xEF\xBB\xBF{}", 1, "Byte-order mark is not valid JSON"},
-        {"\xEF\xBB\xBF", 1, "Byte-order mark is not valid JSON"},
         {"\xEF\xBB", 1, "Unexpected character"},
         {" \xEF\xBB\xBF{}", 2, "Unexpected character"},
     });
@@ -47,7 +46,6 @@ TEST(OrderedJSONRefuses, aByteOrderMark) {
 TEST(OrderedJSONRefuses, nothingAtAll) {
     expectAll({
         {"", 1, "Unexpected end of input"},
-        {" ", 2, "Unexpected end of input"},
         {"\r\n\t ", 3, "Unexpected end of input", 2},
     });
 }
@@ -56,12 +54,8 @@ TEST(OrderedJSONRefuses, moreThanOneValue) {
     constexpr auto message = "Unexpected content after the top-level value";
     expectAll({
         {"[1] x", 5, message},
-        {"{}{}", 3, message},
         {"truex", 5, message},
-        {"nulltrue", 5, message},
         {"01", 2, message},
-        {"-01", 3, message},
-        {"1.5.2", 4, message},
         {"0x10", 2, message},
         {"\"a\" // comment", 5, message},
         {"1\0"sv, 2, message},
@@ -71,14 +65,9 @@ TEST(OrderedJSONRefuses, moreThanOneValue) {
 TEST(OrderedJSONRefuses, whatBeginsNoValue) {
     expectAll({
         {"x", 1, "Unexpected character"},
-        {"+1", 1, "Unexpected character"},
         {".5", 1, "Unexpected character"},
-        {"'a'", 1, "Unexpected character"},
         {"True", 1, "Unexpected character"},
-        {"NaN", 1, "Unexpected character"},
-        {"// comment", 1, "Unexpected character"},
         {"\f1", 1, "Unexpected character"},
-        {"\v1", 1, "Unexpected character"},
         {"\xC2\xA0 1", 1, "Unexpected character"},
         {"\0"sv, 1, "Unexpected character"},
         {"]", 1, "Unexpected character"},
@@ -89,30 +78,21 @@ TEST(OrderedJSONRefuses, whatBeginsNoValue) {
 TEST(OrderedJSONRefuses, halfALiteral) {
     expectAll({
         {"tru", 1, "Invalid literal"},
-        {"t", 1, "Invalid literal"},
         {"[nul]", 2, "Invalid literal"},
         {"falsy", 1, "Invalid literal"},
-        {"nULL", 1, "Invalid literal"},
     });
 }
 
 TEST(OrderedJSONRefuses, numbersOutsideOfTheGrammar) {
     expectAll({
         {"-", 2, "Invalid number"},
-        {"-a", 2, "Invalid number"},
         {"--1", 2, "Invalid number"},
-        {"-.5", 2, "Invalid number"},
         {"1.", 3, "Invalid number"},
-        {"1.x", 3, "Invalid number"},
-        {"1.e5", 3, "Invalid number"},
         {"1e", 3, "Invalid number"},
-        {"1ex", 3, "Invalid number"},
         {"1e+", 4, "Invalid number"},
         {"1E-x", 4, "Invalid number"},
-        {"1e+-5", 4, "Invalid number"},
         {"[1, -]", 6, "Invalid number"},
         {"[01]", 3, "Expected ',' or ']'"},
-        {"[1_000]", 3, "Expected ',' or ']'"},
     });
 }
 
@@ -122,32 +102,24 @@ TEST(OrderedJSONRefuses, brokenArrays) {
         {"[1,", 4, "Unexpected end of input"},
         {"[1", 3, "Expected ',' or ']'"},
         {"[1 2]", 4, "Expected ',' or ']'"},
-        {"[1}", 3, "Expected ',' or ']'"},
         {"[truex]", 6, "Expected ',' or ']'"},
         {"[1,]", 4, "Unexpected character"},
-        {"[1,,2]", 4, "Unexpected character"},
     });
 }
 
 TEST(OrderedJSONRefuses, brokenObjects) {
     expectAll({
         {"{", 2, "Expected a string key"},
-        {"{ ", 3, "Expected a string key"},
         {"{a:1}", 2, "Expected a string key"},
-        {"{1:1}", 2, "Expected a string key"},
         {"{,}", 2, "Expected a string key"},
         {R"({"a":1,})", 8, "Expected a string key"},
-        {R"({"a":1, })", 9, "Expected a string key"},
         {R"({"a":1,)", 8, "Expected a string key"},
         {R"({"a")", 5, "Expected ':'"},
         {R"({"a" 1})", 6, "Expected ':'"},
-        {R"({"a"})", 5, "Expected ':'"},
         {R"({"a":)", 6, "Unexpected end of input"},
         {R"({"a":})", 6, "Unexpected character"},
-        {R"({"a"::1})", 6, "Unexpected character"},
         {R"({"a":1)", 7, "Expected ',' or '}'"},
         {R"({"a":1 "b":2})", 8, "Expected ',' or '}'"},
-        {R"({"a":1])", 7, "Expected ',' or '}'"},
         {R"({"a":01})", 7, "Expected ',' or '}'"},
     });
 }
@@ -182,7 +154,6 @@ TEST(OrderedJSONRefuses, controlCharactersInStrings) {
     expectAll({
         {"\"a\tb\"", 3, message},
         {"\"a\nb\"", 3, message},
-        {"\"a\rb\"", 3, message},
         {"\"\0\""sv, 2, message},
         {"\"\x1F\"", 2, message},
         {"{\"a\t\":1}", 4, message},
@@ -200,7 +171,6 @@ TEST(OrderedJSONRefuses, escapesThatThereAreNot) {
         {"\"\\\0\""sv, 3, "Invalid escape"},
         {R"("\ud83d\x")", 9, "Invalid escape"},
         {R"("\u)", 4, R"(Truncated \u escape)"},
-        {R"("\u12)", 4, R"(Truncated \u escape)"},
         {R"("\u12")", 4, R"(Truncated \u escape)"},
         {R"("\ud83d\u12")", 10, R"(Truncated \u escape)"},
         {R"("\u12" )", 6, R"(Invalid \u escape)"},
@@ -220,10 +190,7 @@ TEST(OrderedJSONRefuses, halfASurrogatePair) {
         {R"("\ud83d\n")", 8, "Unpaired surrogate"},
         {R"("\ud83d\u0041")", 8, "Unpaired surrogate"},
         {R"("\ud83d\ud83d")", 8, "Unpaired surrogate"},
-        {R"("\ud83d\ud83d\ude00")", 8, "Unpaired surrogate"},
         {R"("\ude00")", 2, "Unpaired surrogate"},
-        {R"("ab\ude00")", 4, "Unpaired surrogate"},
-        {R"("\ude00\ud83d")", 2, "Unpaired surrogate"},
         {R"("\ud83d\ude00\ude00")", 14, "Unpaired surrogate"},
         {R"({"\udfff":1})", 3, "Unpaired surrogate"},
     });
@@ -246,8 +213,6 @@ TEST(OrderedJSONError, isPlacedByLineFeedsAndBytes) {
         {"[\"é\", x]", 8, "Unexpected character"},
         {"[\n\n\"😀\" x", 8, "Expected ',' or ']'", 3},
         {"{\r\n  x", 3, "Expected a string key", 2},
-        {"\r\rx", 3, "Unexpected character"},
-        {"[1,\n2", 2, "Expected ',' or ']'", 2},
         {"[1,\n", 1, "Unexpected end of input", 2},
     });
 }

@@ -49,7 +49,7 @@ TEST(ProcessRunnerOnLinux, leavesNoDescriptorOpen) {
 TEST(ProcessRunnerOnLinux, startsNoShell) {
     const auto result = ProcessRunner::run("/bin/cat", {"/proc/self/stat"}, patience, 4096);
     ASSERT_TRUE(result);
-    // The parent is this process, with nobody in between.
+    // The parent is this process, with no shell in between.
     EXPECT_NE(result->output.find(") R " + std::to_string(getpid()) + " "), std::string::npos)
         << result->output;
 }

@@ -37,7 +37,7 @@ const std::set<std::string> refusedByChoice{
     "i_structure_UTF-8_BOM_empty_object.json",
 };
 
-// Valid JSON, but nobody can tell which of two equal keys is meant.
+// Valid JSON, but it cannot be told which of two equal keys is meant.
 const std::set<std::string> refusedOnPurpose{
     "y_object_duplicated_key.json",
     "y_object_duplicated_key_and_value.json",

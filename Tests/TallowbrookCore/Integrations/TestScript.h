@@ -45,7 +45,7 @@ class NotedProcess {
     pid_t pid = -1;
 };
 
-// Whether this process has a child that runs or that nobody has reaped; looking does not reap it.
+// Whether this process has a child that runs or is still to be reaped; looking does not reap it.
 inline bool hasChildren() {
     siginfo_t ignored;
     return waitid(P_ALL, 0, &ignored, WEXITED | WNOHANG | WNOWAIT) == 0 || errno != ECHILD;

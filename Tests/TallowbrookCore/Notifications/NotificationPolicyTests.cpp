@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Support/SampleSnapshots.h"
@@ -62,10 +65,6 @@ struct Question {
         return NotificationPolicy::decide(event, result, preferences, now, utc,
                                           [&](const std::string&) { return lastDelivered; });
     }
-
-    NotificationContent content(NotificationKind kind = NotificationKind::completion) const {
-        return NotificationPolicy::makeContent(kind, *result.current, event, preferences.playSound);
-    }
 };
 
 std::string described(const NotificationDecision& decision) {
@@ -77,44 +76,28 @@ std::string described(const NotificationDecision& decision) {
     return "notApplicable";
 }
 
-TEST(NotificationPolicy, listsTheRawTextsOfKindsAndSuppressionsInOrder) {
-    std::vector<std::string_view> texts;
-    for (const auto kind : allCases<NotificationKind>()) {
-        EXPECT_EQ(static_cast<std::size_t>(kind), texts.size());
-        texts.push_back(rawValue(kind));
-    }
-    EXPECT_THAT(texts, ElementsAre("attention", "failure", "completion", "reminder"));
-    texts.clear();
-    for (const auto reason : allCases<NotificationSuppression>()) {
-        EXPECT_EQ(static_cast<std::size_t>(reason), texts.size());
-        texts.push_back(rawValue(reason));
-    }
-    EXPECT_THAT(texts, ElementsAre("disabled", "paused", "kindDisabled", "staleBacklog",
-                                   "quietHours", "duplicate"));
-}
-
 TEST(NotificationPolicy, notifiesWhereCategoryAndStatusAgree) {
+    using Pair = std::pair<EventCategory, SessionStatus>;
+    const std::map<Pair, std::string> kinds{
+        {{EventCategory::turnFailed, SessionStatus::failed}, "failure"},
+        {{EventCategory::turnCompleted, SessionStatus::completed}, "completion"},
+        {{EventCategory::attentionRequested, SessionStatus::needsAttention}, "attention"},
+    };
     for (const EventCategory category : allCases<EventCategory>()) {
         for (const SessionStatus status : allCases<SessionStatus>()) {
-            std::string expected = "notApplicable";
-            if (category == EventCategory::turnFailed && status == SessionStatus::failed)
-                expected = "deliver failure";
-            if (category == EventCategory::turnCompleted && status == SessionStatus::completed)
-                expected = "deliver completion";
-            if (category == EventCategory::attentionRequested &&
-                status == SessionStatus::needsAttention)
-                expected = "deliver attention";
             Question question;
             question.event = eventOf(category);
             question.result = turnedTo(status);
             if (status == SessionStatus::unknown) question.result.previous.reset();
-            EXPECT_EQ(described(question.answer()), expected)
+            const auto kind = kinds.find({category, status});
+            EXPECT_EQ(described(question.answer()),
+                      kind == kinds.end() ? "notApplicable" : "deliver " + kind->second)
                 << rawValue(category) << " " << rawValue(status);
         }
     }
 }
 
-TEST(NotificationPolicy, notifiesOnlyOfAnAppliedEvent) {
+TEST(NotificationPolicy, notifiesOnlyOfAnAppliedEventThatChangedTheStatus) {
     for (const EventEffect effect : allCases<EventEffect>()) {
         Question question;
         question.result.effect = effect;
@@ -122,12 +105,8 @@ TEST(NotificationPolicy, notifiesOnlyOfAnAppliedEvent) {
                   effect == EventEffect::applied ? "deliver completion" : "notApplicable")
             << rawValue(effect);
     }
-}
-
-TEST(NotificationPolicy, notifiesOnlyOfAChangedStatus) {
     Question question;
     question.result.previous = question.result.current;
-    EXPECT_EQ(described(question.answer()), "notApplicable");
     question.result.previous->sessionEnded = true;
     EXPECT_EQ(described(question.answer()), "notApplicable") << "the ended flag is no status";
     question.result.previous.reset();
@@ -142,17 +121,6 @@ TEST(NotificationPolicy, neverNotifiesOfTheSetupsOwnSessions) {
     EXPECT_EQ(described(question.answer()), "notApplicable");
     question.result.current->key.sessionID = "tallowbrook-setup-check";
     EXPECT_EQ(described(question.answer()), "deliver completion");
-}
-
-TEST(NotificationPolicy, carriesTheContentInItsDecision) {
-    Question question;
-    EXPECT_EQ(question.answer(), NotificationDecision::deliver(question.content()));
-    question.preferences.playSound = false;
-    EXPECT_FALSE(question.content().playSound);
-    EXPECT_EQ(question.answer(), NotificationDecision::deliver(question.content()));
-    question.preferences.paused = true;
-    EXPECT_EQ(question.answer(), NotificationDecision::suppressed(NotificationSuppression::paused,
-                                                                  question.content()));
 }
 
 TEST(NotificationPolicy, holdsBackForTheFirstReasonInOrder) {
@@ -182,29 +150,23 @@ TEST(NotificationPolicy, holdsBackForTheFirstReasonInOrder) {
 }
 
 TEST(NotificationPolicy, obeysTheSwitchOfEachKindAlone) {
-    struct Row {
-        EventCategory category;
-        SessionStatus status;
-        bool NotificationPreferences::* ownSwitch;
-    };
     using Preferences = NotificationPreferences;
-    for (const auto& [category, status, ownSwitch] : {
-             Row{EventCategory::attentionRequested, SessionStatus::needsAttention,
-                 &Preferences::notifyOnAttention},
-             Row{EventCategory::turnCompleted, SessionStatus::completed,
-                 &Preferences::notifyOnCompletion},
-             Row{EventCategory::turnFailed, SessionStatus::failed, &Preferences::notifyOnFailure},
-         }) {
-        Question question;
-        question.event = eventOf(category);
-        question.result = turnedTo(status);
-        question.preferences.*ownSwitch = false;
-        EXPECT_THAT(described(question.answer()), testing::StartsWith("suppressed kindDisabled"));
-
-        for (const auto other : {&Preferences::notifyOnAttention, &Preferences::notifyOnCompletion,
-                                 &Preferences::notifyOnFailure})
-            question.preferences.*other = other == ownSwitch;
-        EXPECT_THAT(described(question.answer()), testing::StartsWith("deliver"));
+    const std::vector switches{&Preferences::notifyOnAttention, &Preferences::notifyOnCompletion,
+                               &Preferences::notifyOnFailure};
+    const std::vector<std::pair<EventCategory, SessionStatus>> kinds{
+        {EventCategory::attentionRequested, SessionStatus::needsAttention},
+        {EventCategory::turnCompleted, SessionStatus::completed},
+        {EventCategory::turnFailed, SessionStatus::failed},
+    };
+    for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
+        for (std::size_t other = 0; other < switches.size(); ++other) {
+            Question question;
+            question.event = eventOf(kinds[kind].first);
+            question.result = turnedTo(kinds[kind].second);
+            question.preferences.*switches[other] = false;
+            EXPECT_THAT(described(question.answer()),
+                        testing::StartsWith(kind == other ? "suppressed kindDisabled" : "deliver"));
+        }
     }
 }
 
@@ -282,18 +244,20 @@ TEST(NotificationPolicy, notifiesAgainWhenPermissionFollowsAQuestion) {
     };
     const auto first = reducer.reduce(std::nullopt, question);
     EXPECT_EQ(decide(question, first, std::nullopt), "deliver attention");
-    const auto second = reducer.reduce(first.current, request);
+    const auto second = reducer.reduce(std::optional{first.current}, request);
     EXPECT_EQ(decide(request, second, after(0)), "suppressed duplicate attention");
     EXPECT_EQ(decide(request, second, after(-20)), "deliver attention");
-    const auto third = reducer.reduce(second.current, again);
+    const auto third = reducer.reduce(std::optional{second.current}, again);
     EXPECT_EQ(third.effect, EventEffect::confirmed);
     EXPECT_EQ(decide(again, third, std::nullopt), "notApplicable");
 }
 
-TEST(NotificationContent, fillsEveryField) {
-    AgentEvent event = eventOf(EventCategory::attentionRequested);
-    event.detail.toolName = "Bash";
-    const NotificationContent expected{
+TEST(NotificationContent, fillsEveryFieldOfWhatIsDeliveredOrHeldBack) {
+    Question question;
+    question.event = eventOf(EventCategory::attentionRequested);
+    question.event.detail.toolName = "Bash";
+    question.result = turnedTo(SessionStatus::needsAttention);
+    NotificationContent expected{
         .kind = NotificationKind::attention,
         .title = "Claude Code needs permission",
         .body = "checkout-api \u2014 waiting for approval to use Bash.",
@@ -302,89 +266,62 @@ TEST(NotificationContent, fillsEveryField) {
         .dedupeKey = "claudeCode|S1|attention",
         .playSound = true,
     };
-    EXPECT_EQ(
-        NotificationPolicy::makeContent(NotificationKind::attention,
-                                        sessionIn(SessionStatus::needsAttention), event, true),
-        expected);
+    EXPECT_EQ(question.answer(), NotificationDecision::deliver(expected));
+    question.preferences.paused = true;
+    question.preferences.playSound = expected.playSound = false;
+    EXPECT_EQ(question.answer(),
+              NotificationDecision::suppressed(NotificationSuppression::paused, expected));
 }
 
-struct Texts {
-    std::string title;
-    std::string body;
-    bool operator==(const Texts&) const = default;
-};
-
-void PrintTo(const Texts& texts, std::ostream* stream) {
-    *stream << texts.title << " / " << texts.body;
-}
-
-Texts textsOf(NotificationKind kind, const SessionSnapshot& session, const AgentEvent& event) {
-    const auto content = NotificationPolicy::makeContent(kind, session, event, false);
-    EXPECT_EQ(content.dedupeKey,
-              content.sessionStorageID + "|" + std::string{rawValue(content.kind)});
-    EXPECT_FALSE(content.playSound);
-    return {content.title, content.body};
-}
-
-TEST(NotificationContent, wordsARequestForAttention) {
-    auto session = sessionIn(SessionStatus::needsAttention);
-    auto event = eventOf(EventCategory::attentionRequested);
-    const Texts withoutTool{"Claude Code needs permission",
-                            "checkout-api \u2014 waiting for approval."};
-    EXPECT_EQ(textsOf(NotificationKind::attention, session, event), withoutTool);
-    session.attention.reset();
-    EXPECT_EQ(textsOf(NotificationKind::attention, session, event), withoutTool);
-
-    event.detail.toolName = "Bash";
-    session.attention = AttentionKind::input;
-    EXPECT_EQ(
-        textsOf(NotificationKind::attention, session, event),
-        (Texts{"Claude Code needs your input", "checkout-api \u2014 waiting for your response."}));
-}
-
-TEST(NotificationContent, takesTheToolFromTheEventAndNotFromTheSession) {
-    auto session = sessionIn(SessionStatus::needsAttention);
-    session.statusDetail.toolName = "Edit";
-    EXPECT_EQ(
-        textsOf(NotificationKind::attention, session, eventOf(EventCategory::attentionRequested))
-            .body,
-        "checkout-api \u2014 waiting for approval.");
-}
-
-TEST(NotificationContent, wordsAFailureACompletionAndAReminder) {
-    auto session = sessionIn(SessionStatus::failed);
-    session.key.provider = Provider::codexCLI;
-    auto event = eventOf(EventCategory::turnFailed);
-    EXPECT_EQ(textsOf(NotificationKind::failure, session, event),
-              (Texts{"Codex CLI turn failed", "checkout-api \u2014 error reported."}));
-    event.detail.errorType = "rate_limit";
-    EXPECT_EQ(textsOf(NotificationKind::failure, session, event),
-              (Texts{"Codex CLI turn failed", "checkout-api \u2014 rate_limit."}));
-    EXPECT_EQ(textsOf(NotificationKind::completion, session, event),
-              (Texts{"Codex CLI finished", "checkout-api \u2014 turn completed."}));
-    EXPECT_EQ(textsOf(NotificationKind::reminder, session, event),
-              (Texts{"Codex CLI is still waiting", "checkout-api."}));
-}
-
-TEST(NotificationContent, saysWhenTheProjectIsUnknown) {
-    auto session = sessionIn(SessionStatus::completed);
-    session.cwd.reset();
-    EXPECT_EQ(
-        textsOf(NotificationKind::completion, session, eventOf(EventCategory::turnCompleted)).body,
-        "Project unavailable \u2014 turn completed.");
-}
-
-TEST(NotificationContent, marksWhatATestEventCaused) {
-    const auto title = [](EventOrigin origin) {
-        auto event = eventOf(EventCategory::turnCompleted);
-        event.origin = origin;
-        auto session = sessionIn(SessionStatus::completed);
-        session.origin = EventOrigin::test;  // the event's own origin counts
-        return textsOf(NotificationKind::completion, session, event).title;
+TEST(NotificationContent, isWordedByKindAndByWhatIsKnown) {
+    struct Row {
+        NotificationKind kind;
+        const char* title;
+        const char* body;
+        std::function<void(SessionSnapshot&, AgentEvent&)> change = [](auto&, auto&) {};
     };
-    EXPECT_EQ(title(EventOrigin::test), "Test: Claude Code finished");
-    EXPECT_EQ(title(EventOrigin::live), "Claude Code finished");
-    EXPECT_EQ(title(EventOrigin::demo), "Claude Code finished");
+    using enum NotificationKind;
+    for (const auto& [kind, title, body, change] : {
+             Row{attention, "Claude Code needs permission",
+                 "checkout-api \u2014 waiting for approval.",
+                 [](auto& session, auto&) { session.statusDetail.toolName = "not the event's"; }},
+             Row{attention, "Claude Code needs permission",
+                 "checkout-api \u2014 waiting for approval to use Bash.",
+                 [](auto& session, auto& event) {
+                     session.attention.reset();
+                     event.detail.toolName = "Bash";
+                 }},
+             Row{attention, "Claude Code needs your input",
+                 "checkout-api \u2014 waiting for your response.",
+                 [](auto& session, auto& event) {
+                     session.attention = AttentionKind::input;
+                     event.detail.toolName = "Bash";
+                 }},
+             Row{failure, "Codex CLI turn failed", "checkout-api \u2014 error reported.",
+                 [](auto& session, auto&) { session.key.provider = Provider::codexCLI; }},
+             Row{failure, "Claude Code turn failed", "checkout-api \u2014 rate_limit.",
+                 [](auto&, auto& event) { event.detail.errorType = "rate_limit"; }},
+             Row{completion, "Claude Code finished", "checkout-api \u2014 turn completed."},
+             Row{completion, "Claude Code finished", "Project unavailable \u2014 turn completed.",
+                 [](auto& session, auto&) { session.cwd.reset(); }},
+             Row{completion, "Test: Claude Code finished", "checkout-api \u2014 turn completed.",
+                 [](auto&, auto& event) { event.origin = EventOrigin::test; }},
+             Row{completion, "Claude Code finished", "checkout-api \u2014 turn completed.",
+                 [](auto& session, auto& event) {
+                     session.origin = EventOrigin::test;  // the event's own origin counts
+                     event.origin = EventOrigin::demo;
+                 }},
+             Row{reminder, "Claude Code is still waiting", "checkout-api."},
+         }) {
+        auto session = sessionIn(SessionStatus::needsAttention);
+        auto event = eventOf(EventCategory::attentionRequested);
+        change(session, event);
+        const auto content = NotificationPolicy::makeContent(kind, session, event, false);
+        EXPECT_EQ(content.title, title);
+        EXPECT_EQ(content.body, body);
+        EXPECT_EQ(content.dedupeKey,
+                  content.sessionStorageID + "|" + std::string{rawValue(content.kind)});
+    }
 }
 
 }  // namespace

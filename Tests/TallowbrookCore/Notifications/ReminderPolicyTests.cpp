@@ -1,8 +1,8 @@
 #include "Notifications/ReminderPolicy.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 #include <string>
 
@@ -10,8 +10,6 @@
 
 namespace tallowbrook {
 namespace {
-
-using testing::ElementsAre;
 
 const Calendar utc = Calendar::fixed(std::chrono::minutes{0});
 
@@ -48,14 +46,8 @@ struct Question {
                                    utc);
     }
     bool isDue() const { return answer().has_value(); }
-    std::string title() const { return isDue() ? answer()->title : "none"; }
     std::string body() const { return isDue() ? answer()->body : "none"; }
 };
-
-TEST(ReminderPolicy, offersItsIntervalsInOrder) {
-    EXPECT_THAT(ReminderPolicy::intervalChoices, ElementsAre(5, 10, 15, 30));
-    EXPECT_EQ(ReminderPolicy::maxReminders, 3);
-}
 
 TEST(ReminderPolicy, earnsOneReminderForEachWholeInterval) {
     struct Row {
@@ -121,17 +113,6 @@ TEST(ReminderPolicy, becomesDueAfterEachIntervalUntilAllThreeAreSent) {
     }
 }
 
-TEST(ReminderPolicy, isNotDueWhenWhatIsEarnedWasSent) {
-    Question question;
-    question.waited = Seconds{29 * 60 + 59};
-    question.sent = 2;
-    EXPECT_FALSE(question.isDue());
-    question.sent = 1;
-    EXPECT_TRUE(question.isDue()) << "one that could not be sent in time is made up for";
-    question.sent = 4;
-    EXPECT_FALSE(question.isDue()) << "more sent than earned";
-}
-
 TEST(ReminderPolicy, remindsOnlyOfSessionsThatWait) {
     for (const SessionStatus status : allCases<SessionStatus>()) {
         Question question;
@@ -140,55 +121,47 @@ TEST(ReminderPolicy, remindsOnlyOfSessionsThatWait) {
     }
 }
 
-TEST(ReminderPolicy, neverRemindsOfASessionThatEnded) {
-    Question question;
-    question.session.sessionEnded = true;
-    EXPECT_FALSE(question.isDue());
-}
-
-TEST(ReminderPolicy, neverRemindsOfTheSetupsOwnSessions) {
-    Question question;
-    question.session.key.sessionID = "tallowbrook-setup-check-1";
-    EXPECT_FALSE(question.isDue());
-}
-
-TEST(ReminderPolicy, isNeverDueWithoutAPositiveInterval) {
-    for (const double interval : {0.0, -1.0, -600.0, std::numeric_limits<double>::quiet_NaN()}) {
+TEST(ReminderPolicy, isHeldBackByEachOfItsConditionsAlone) {
+    struct Row {
+        const char* why;
+        std::function<void(Question&)> change;
+        bool isDue = false;
+    };
+    for (const auto& [why, change, isDue] : {
+             Row{"ended", [](Question& question) { question.session.sessionEnded = true; }},
+             Row{"the setup's own",
+                 [](Question& question) {
+                     question.session.key.sessionID = "tallowbrook-setup-check-1";
+                 }},
+             Row{"disabled", [](Question& question) { question.preferences.enabled = false; }},
+             Row{"paused", [](Question& question) { question.preferences.paused = true; }},
+             Row{"switched off",
+                 [](Question& question) { question.preferences.notifyOnAttention = false; }},
+             Row{"the clock was set back",
+                 [](Question& question) { question.waited = -minutes(60); }},
+             Row{"no interval", [](Question& question) { question.interval = Seconds{0}; }},
+             Row{"a negative interval",
+                 [](Question& question) { question.interval = -minutes(10); }},
+             Row{"more sent than earned", [](Question& question) { question.sent = 4; }},
+             Row{"one that could not be sent in time is made up for",
+                 [](Question& question) {
+                     question.waited = Seconds{29 * 60 + 59};
+                     question.sent = 1;
+                 },
+                 true},
+             Row{"no other preference counts",
+                 [](Question& question) {
+                     question.preferences.notifyOnCompletion = false;
+                     question.preferences.notifyOnFailure = false;
+                     question.preferences.dedupeInterval = minutes(1000);
+                     question.preferences.maxEventAge = Seconds{0};
+                 },
+                 true},
+         }) {
         Question question;
-        question.interval = Seconds{interval};
-        EXPECT_FALSE(question.isDue()) << interval;
+        change(question);
+        EXPECT_EQ(question.isDue(), isDue) << why;
     }
-}
-
-TEST(ReminderPolicy, isNotDueWhileTheClockIsSetBack) {
-    Question question;
-    question.waited = minutes(-60);
-    EXPECT_FALSE(question.isDue());
-    question.waited = Seconds{0};
-    EXPECT_FALSE(question.isDue());
-}
-
-TEST(ReminderPolicy, obeysTheSwitchesForRequestsOfAttention) {
-    Question question;
-    question.preferences.enabled = false;
-    EXPECT_FALSE(question.isDue());
-
-    question.preferences = openPreferences();
-    question.preferences.paused = true;
-    EXPECT_FALSE(question.isDue());
-
-    question.preferences = openPreferences();
-    question.preferences.notifyOnAttention = false;
-    EXPECT_FALSE(question.isDue());
-}
-
-TEST(ReminderPolicy, mindsNoOtherPreference) {
-    Question question;
-    question.preferences.notifyOnCompletion = false;
-    question.preferences.notifyOnFailure = false;
-    question.preferences.dedupeInterval = minutes(1000);
-    question.preferences.maxEventAge = Seconds{0};
-    EXPECT_TRUE(question.isDue());
 }
 
 TEST(ReminderPolicy, isSilentInQuietHoursOfNowAndDueBehindThem) {
@@ -220,6 +193,17 @@ TEST(ReminderPolicy, fillsEveryField) {
     EXPECT_EQ(content, expected);
     question.preferences.playSound = false;
     EXPECT_FALSE(question.answer()->playSound);
+
+    question.session.attention = AttentionKind::input;
+    EXPECT_EQ(question.answer()->title, "Claude Code is still waiting for your input");
+    question.session.attention.reset();
+    question.session.origin = EventOrigin::test;
+    question.session.key.provider = Provider::codexCLI;
+    question.session.cwd.reset();
+    EXPECT_EQ(question.answer()->title, "Test: Codex CLI is still waiting for permission");
+    EXPECT_EQ(question.body(), "Project unavailable \u2014 waiting for 10 min.");
+    question.session.origin = EventOrigin::demo;
+    EXPECT_EQ(question.answer()->title, "Codex CLI is still waiting for permission");
 }
 
 TEST(ReminderPolicy, givesEachReminderAnIdOfItsOwn) {
@@ -229,32 +213,6 @@ TEST(ReminderPolicy, givesEachReminderAnIdOfItsOwn) {
     ASSERT_TRUE(first && second);
     EXPECT_NE(first->eventID, second->eventID);
     EXPECT_EQ(UUIDText::text(first->eventID)[14], '4') << "a random one";
-}
-
-TEST(ReminderPolicy, namesTheAgentAndWhatItWaitsFor) {
-    Question question;
-    question.session.attention = AttentionKind::input;
-    EXPECT_EQ(question.title(), "Claude Code is still waiting for your input");
-    question.session.key.provider = Provider::codexCLI;
-    EXPECT_EQ(question.title(), "Codex CLI is still waiting for your input");
-    EXPECT_EQ(question.answer()->sessionStorageID, "codexCLI|S1");
-    EXPECT_EQ(question.answer()->dedupeKey, "codexCLI|S1|reminder");
-    question.session.attention.reset();
-    EXPECT_EQ(question.title(), "Codex CLI is still waiting for permission");
-}
-
-TEST(ReminderPolicy, marksATestSession) {
-    Question question;
-    question.session.origin = EventOrigin::test;
-    EXPECT_EQ(question.title(), "Test: Claude Code is still waiting for permission");
-    question.session.origin = EventOrigin::demo;
-    EXPECT_EQ(question.title(), "Claude Code is still waiting for permission");
-}
-
-TEST(ReminderPolicy, saysWhenTheProjectIsUnknown) {
-    Question question;
-    question.session.cwd.reset();
-    EXPECT_EQ(question.body(), "Project unavailable \u2014 waiting for 10 min.");
 }
 
 TEST(ReminderPolicy, countsWholeMinutesAndAtLeastOne) {

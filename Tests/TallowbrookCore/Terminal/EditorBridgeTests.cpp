@@ -60,21 +60,10 @@ pid_t endedProcess() {
     return child;
 }
 
-TEST(EditorBridgeProcesses, areRunningWhenTheyCanBeSignalled) {
+TEST(EditorBridgeProcesses, areRunningUntilTheyEnd) {
     EXPECT_TRUE(EditorBridge::processIsRunning(getpid()));
-    const ChildProcess child{[] {
-        pause();
-        return "";
-    }};
-    EXPECT_TRUE(EditorBridge::processIsRunning(child.pid));
-}
-
-TEST(EditorBridgeProcesses, areNotRunningOnceTheyEnded) {
     EXPECT_FALSE(EditorBridge::processIsRunning(endedProcess()));
     EXPECT_FALSE(EditorBridge::processIsRunning(std::numeric_limits<pid_t>::max()));
-}
-
-TEST(EditorBridgeProcesses, areNeverRunningBelowTwo) {
     // Each of these would mean a group of processes, or every process there is.
     for (const pid_t pid : {1, 0, -1, -getpgrp(), std::numeric_limits<pid_t>::min()})
         EXPECT_FALSE(EditorBridge::processIsRunning(pid)) << pid;
@@ -94,14 +83,6 @@ TEST(EditorBridgeProcesses, ofAnotherUserAreRunning) {
     EXPECT_EQ(seen, "running ended");
 }
 
-TEST(EditorBridgeWindows, areReadFromTheirRecords) {
-    const TemporaryDirectory temporary;
-    EditorWindow window = windowOf(77, {10, 850});
-    window.workspace = "/Users/x/proj.code-workspace";
-    publish(temporary.path / "window-1.json", window);
-    EXPECT_THAT(EditorBridge::windows(temporary.path, everyProcessRuns), ElementsAre(window));
-}
-
 TEST(EditorBridgeWindows, areRecordsByNameAlone) {
     const TemporaryDirectory temporary;
     pid_t host = 10;
@@ -114,28 +95,19 @@ TEST(EditorBridgeWindows, areRecordsByNameAlone) {
                 UnorderedElementsAre(10, 11, 12));
 }
 
-TEST(EditorBridgeWindows, ofEditorsThatHaveQuitAreLeftOut) {
+TEST(EditorBridgeWindows, areThoseOfEditorsThatRun) {
     const TemporaryDirectory temporary;
+    EditorWindow window = windowOf(getpid(), {10, 850});
+    window.workspace = "/Users/x/proj.code-workspace";
     publish(temporary.path / "window-1.json", windowOf(endedProcess()));
-    publish(temporary.path / "window-2.json", windowOf(getpid()));
+    publish(temporary.path / "window-2.json", window);
     publish(temporary.path / "window-3.json", windowOf(0));
-    EXPECT_THAT(hostsOf(EditorBridge::windows(temporary.path)), ElementsAre(getpid()));
+    EXPECT_THAT(EditorBridge::windows(temporary.path), ElementsAre(window));
+    EXPECT_THAT(hostsOf(EditorBridge::windows(temporary.path, [](pid_t pid) { return pid == 0; })),
+                ElementsAre(0));
     EXPECT_EQ(namesIn(temporary.path).size(), 3U) << "their records are the extension's to remove";
-}
-
-TEST(EditorBridgeWindows, askTheGivenTestOnceForEachRecord) {
-    const TemporaryDirectory temporary;
-    publish(temporary.path / "window-1.json", windowOf(20));
-    publish(temporary.path / "window-2.json", windowOf(21));
-    publish(temporary.path / "other.json", windowOf(22));
-    writeContents(temporary.path / "window-3.json", "{}");
-    std::vector<pid_t> asked;
-    const auto windows = EditorBridge::windows(temporary.path, [&](pid_t pid) {
-        asked.push_back(pid);
-        return pid == 21;
-    });
-    EXPECT_THAT(hostsOf(windows), ElementsAre(21));
-    EXPECT_THAT(asked, UnorderedElementsAre(20, 21));
+    for (const char* name : {"missing", "window-1.json"})
+        EXPECT_THAT(EditorBridge::windows(temporary.path / name), IsEmpty());
 }
 
 TEST(EditorBridgeWindows, comeInTheOrderOfTheListingAndAreNotMerged) {
@@ -179,36 +151,17 @@ TEST(EditorBridgeWindows, passOverARecordThatMayNotBeRead) {
     EXPECT_EQ(seen, "41 ");
 }
 
-TEST(EditorBridgeWindows, areNoneWhereNothingCanBeListed) {
-    const TemporaryDirectory temporary;
-    EXPECT_THAT(EditorBridge::windows(temporary.path), IsEmpty());
-    EXPECT_THAT(EditorBridge::windows(temporary.path / "missing"), IsEmpty());
-    publish(temporary.path / "file", windowOf(getpid()));
-    EXPECT_THAT(EditorBridge::windows(temporary.path / "file"), IsEmpty());
-}
-
-TEST(EditorBridgeOwner, isTheFirstWindowWithAShellAmongTheProcesses) {
+TEST(EditorBridgeOwner, isTheFirstWindowWithItsFirstShellAmongTheProcesses) {
+    using EditorBridge::owner, EditorBridge::Owner;
     const EditorWindow first = windowOf(2, {10, 850});
     const EditorWindow second = windowOf(3, {900});
-    EXPECT_EQ(EditorBridge::owner({900, 850, 1}, {first, second}),
-              (EditorBridge::Owner{first, 850}));
-    EXPECT_EQ(EditorBridge::owner({900, 850, 1}, {second, first}),
-              (EditorBridge::Owner{second, 900}));
-}
-
-TEST(EditorBridgeOwner, isNamedWithTheFirstOfItsShells) {
-    const EditorWindow window = windowOf(2, {12, 11, 10});
-    EXPECT_EQ(EditorBridge::owner({10, 11}, {window}), (EditorBridge::Owner{window, 11}));
-    EXPECT_EQ(EditorBridge::owner({11, 10}, {window}), (EditorBridge::Owner{window, 11}));
-}
-
-TEST(EditorBridgeOwner, isAbsentWithoutAMatch) {
-    const EditorWindow window = windowOf(2, {10});
-    EXPECT_EQ(EditorBridge::owner({11, 12}, {window}), std::nullopt);
-    EXPECT_EQ(EditorBridge::owner({2}, {window}), std::nullopt) << "the editor is no shell";
-    EXPECT_EQ(EditorBridge::owner({}, {window}), std::nullopt);
-    EXPECT_EQ(EditorBridge::owner({10}, {}), std::nullopt);
-    EXPECT_EQ(EditorBridge::owner({10}, {windowOf(2), windowOf(3, {11})}), std::nullopt);
+    EXPECT_EQ(owner({900, 850, 1}, {first, second}), (Owner{first, 850}));
+    EXPECT_EQ(owner({900, 850, 1}, {second, first}), (Owner{second, 900}));
+    EXPECT_EQ(owner({850, 10}, {first}), (Owner{first, 10}));
+    EXPECT_EQ(owner({11, 2}, {windowOf(4), first, second}), std::nullopt)
+        << "the editor is no shell";
+    EXPECT_EQ(owner({}, {first}), std::nullopt);
+    EXPECT_EQ(owner({10}, {}), std::nullopt);
 }
 
 std::string request(pid_t shell, const fs::path& directory, Instant now = currentInstant()) {
@@ -221,7 +174,15 @@ void setModified(const fs::path& file, Instant time) {
 
 TEST(EditorBridgeRequest, isOneNewFileThatNamesTheShell) {
     const TemporaryDirectory temporary;
-    EXPECT_EQ(request(4242, temporary.path), "ok");
+    const Instant now = currentInstant();
+    for (const auto& [name, age] : {std::pair{"expired.json", 11}, std::pair{"fresh.json", 9}}) {
+        writeContents(temporary.path / name, "");
+        setModified(temporary.path / name, now - std::chrono::seconds{age});
+    }
+    EXPECT_EQ(request(4242, temporary.path, now), "ok");
+    EXPECT_FALSE(fs::exists(temporary.path / "expired.json"));
+    ASSERT_TRUE(fs::remove(temporary.path / "fresh.json"));
+
     const auto names = namesIn(temporary.path);
     ASSERT_EQ(names.size(), 1U);
     const fs::path name{names.front()};
@@ -230,6 +191,8 @@ TEST(EditorBridgeRequest, isOneNewFileThatNamesTheShell) {
     ASSERT_TRUE(id);
     EXPECT_EQ(UUIDText::text(*id), name.stem()) << "in upper case";
     EXPECT_EQ(contentsOf(temporary.path / name), R"({"shellPid":4242})");
+    EXPECT_EQ(request(4242, temporary.path, now), "ok");
+    EXPECT_EQ(namesIn(temporary.path).size(), 2U) << "beside others of the same shell";
 }
 
 TEST(EditorBridgeRequest, isForItsOwnerAloneWhateverTheUmask) {
@@ -242,31 +205,6 @@ TEST(EditorBridgeRequest, isForItsOwnerAloneWhateverTheUmask) {
         EXPECT_EQ(modeOf(made.c_str()), mode_t{0700}) << made;
     for (const std::string& name : namesIn(paths.editorRequestsDirectory()))
         EXPECT_EQ(modeOf((paths.editorRequestsDirectory() / name).c_str()), mode_t{0600});
-}
-
-TEST(EditorBridgeRequest, standsBesideOthersOfTheSameShell) {
-    const TemporaryDirectory temporary;
-    EXPECT_EQ(request(10, temporary.path), "ok");
-    EXPECT_EQ(request(10, temporary.path), "ok");
-    EXPECT_EQ(request(std::numeric_limits<pid_t>::max(), temporary.path), "ok");
-    std::vector<std::string> contents;
-    for (const std::string& name : namesIn(temporary.path))
-        contents.push_back(contentsOf(temporary.path / name));
-    EXPECT_THAT(contents, UnorderedElementsAre(R"({"shellPid":10})", R"({"shellPid":10})",
-                                               R"({"shellPid":2147483647})"));
-}
-
-TEST(EditorBridgeRequest, removesTheExpiredOnesFirst) {
-    const TemporaryDirectory temporary;
-    const Instant now = currentInstant();
-    writeContents(temporary.path / "expired.json", "");
-    writeContents(temporary.path / "fresh.json", "");
-    setModified(temporary.path / "expired.json", now - std::chrono::seconds{11});
-    setModified(temporary.path / "fresh.json", now - std::chrono::seconds{9});
-    EXPECT_EQ(request(10, temporary.path, now), "ok");
-    EXPECT_FALSE(fs::exists(temporary.path / "expired.json"));
-    EXPECT_TRUE(fs::exists(temporary.path / "fresh.json"));
-    EXPECT_EQ(namesIn(temporary.path).size(), 2U);
 }
 
 TEST(EditorBridgeRequest, isRefusedWhereTheDirectoryCannotBeMade) {
@@ -333,33 +271,21 @@ TEST(ExpiredRequests, areFilesWithTheirExtensionOnly) {
                                      "a.jsonl", ".json", "ajson"));
 }
 
-TEST(ExpiredRequests, countAsExpiredWithoutATimeOfTheirOwn) {
-    const TemporaryDirectory temporary;
-    fs::create_symlink("missing", temporary.path / "a.json");
-    EditorBridge::removeExpiredRequests(temporary.path, sampleTime);
-    EXPECT_THAT(namesIn(temporary.path), IsEmpty());
-}
-
 TEST(ExpiredRequests, neverTakeADirectoryOrWhatALinkLeadsTo) {
     const TemporaryDirectory temporary;
-    writeContents(temporary.path / "elsewhere", "kept");
-    writeContents(temporary.path / "requests" / "a.json" / "file", "kept");
-    fs::create_symlink("../elsewhere", temporary.path / "requests" / "b.json");
-    setModified(temporary.path / "elsewhere", after(-11));
-    setModified(temporary.path / "requests" / "a.json", after(-11));
-    EditorBridge::removeExpiredRequests(temporary.path / "requests", sampleTime);
-    EXPECT_THAT(namesIn(temporary.path / "requests"), ElementsAre("a.json"));
-    EXPECT_EQ(contentsOf(temporary.path / "requests" / "a.json" / "file"), "kept");
-    EXPECT_EQ(contentsOf(temporary.path / "elsewhere"), "kept");
-}
-
-TEST(ExpiredRequests, areNoneWhereNothingCanBeListed) {
-    const TemporaryDirectory temporary;
-    EditorBridge::removeExpiredRequests(temporary.path / "missing", sampleTime);
-    EXPECT_THAT(namesIn(temporary.path), IsEmpty());
-    writeContents(temporary.path / "file.json", "kept");
-    EditorBridge::removeExpiredRequests(temporary.path / "file.json", sampleTime);
-    EXPECT_EQ(contentsOf(temporary.path / "file.json"), "kept");
+    const fs::path requests = temporary.path / "requests";
+    writeContents(temporary.path / "elsewhere.json", "kept");
+    writeContents(requests / "a.json" / "file", "kept");
+    fs::create_symlink("../elsewhere.json", requests / "b.json");
+    fs::create_symlink("missing", requests / "c.json");  // without a time, so it counts as expired
+    setModified(temporary.path / "elsewhere.json", after(-11));
+    setModified(requests / "a.json", after(-11));
+    for (const fs::path& directory :
+         {requests, temporary.path / "missing", temporary.path / "elsewhere.json"})
+        EditorBridge::removeExpiredRequests(directory, sampleTime);
+    EXPECT_THAT(namesIn(requests), ElementsAre("a.json"));
+    EXPECT_EQ(contentsOf(requests / "a.json" / "file"), "kept");
+    EXPECT_EQ(contentsOf(temporary.path / "elsewhere.json"), "kept");
 }
 
 TEST(ExpiredRequests, doNotStandInTheWayWhenTheyCannotBeRemoved) {

@@ -51,7 +51,7 @@ TEST(ProcessTableLinux, aCommandNameMayHoldAnyByte) {
         ASSERT_TRUE(record) << why;
         EXPECT_EQ(record->name, name) << why;
         EXPECT_EQ(record->parentPID, getpid()) << why;
-        EXPECT_EQ(record->terminal, terminal.device) << why;
+        EXPECT_EQ(record->device, terminal.device) << why;
     }
 }
 

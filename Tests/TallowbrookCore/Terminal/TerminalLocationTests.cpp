@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
-#include <map>
 
 #include "Support/PseudoTerminal.h"
 #include "WaitingChild.h"
@@ -16,23 +16,71 @@ constexpr dev_t otherDevice = 4;
 constexpr dev_t refusedDevice = 5;
 constexpr dev_t namelessDevice = 6;
 
-// A made-up machine, and a record of which processes were looked at.
-struct Table {
-    std::map<pid_t, ProcessRecord> processes;
-    std::vector<pid_t> examined;
+ProcessRecord process(pid_t pid, pid_t parentPID, std::optional<dev_t> device = std::nullopt) {
+    return {.pid = pid, .parentPID = parentPID, .device = device, .name = "sh"};
+}
 
-    void add(pid_t pid, pid_t parentPID, std::optional<dev_t> terminal = std::nullopt) {
-        processes[pid] = {.pid = pid, .parentPID = parentPID, .terminal = terminal, .name = "sh"};
-    }
-
-    std::optional<std::string> deviceName(pid_t startingAt, int maxAncestors) {
-        examined.clear();
+TEST(ControllingTerminal, isThatOfTheNearestAncestorThatHasOne) {
+    struct Row {
+        const char* why;
+        std::vector<ProcessRecord> processes;  // the walk starts at the first
+        int maxAncestors;
+        std::optional<std::string> name;
+        std::vector<pid_t> examined;
+    };
+    const std::vector line{process(10, 11), process(11, 12), process(12, 13, namedDevice),
+                           process(13, 1, otherDevice)};
+    for (const auto& [why, processes, maxAncestors, name, examined] : {
+             Row{"its own",
+                 {process(10, 11, namedDevice), process(11, 1, otherDevice)},
+                 6,
+                 "ttys003",
+                 {10}},
+             Row{"its own, though no ancestor counts",
+                 {process(10, 11, namedDevice)},
+                 0,
+                 "ttys003",
+                 {10}},
+             Row{"an ancestor's", line, 6, "ttys003", {10, 11, 12}},
+             Row{"the last ancestor that counts", line, 2, "ttys003", {10, 11, 12}},
+             Row{"the ancestor behind it", line, 1, {}, {10, 11}},
+             Row{"no ancestor counts", line, 0, {}, {10}},
+             Row{"any count", line, std::numeric_limits<int>::max(), "ttys003", {10, 11, 12}},
+             Row{"process 1", {process(10, 1), process(1, 11, namedDevice)}, 6, {}, {10}},
+             Row{"process 0", {process(10, 0), process(0, 11, namedDevice)}, 6, {}, {10}},
+             Row{"no process", {process(10, -1), process(-1, 11, namedDevice)}, 6, {}, {10}},
+             Row{"2 is a parent like any other",
+                 {process(10, 2), process(2, 0, namedDevice)},
+                 6,
+                 "ttys003",
+                 {10, 2}},
+             Row{"start at process 1", {process(1, 2, namedDevice)}, 6, {}, {}},
+             Row{"start at process 0", {process(0, 2, namedDevice)}, 6, {}, {}},
+             Row{"start at none", {process(-1, 2, namedDevice)}, 6, {}, {}},
+             Row{"a vanished parent", {process(10, 11)}, 6, {}, {10, 11}},
+             Row{"nameless, so on to the parent",
+                 {process(10, 11, namelessDevice), process(11, 1, namedDevice)},
+                 6,
+                 "ttys003",
+                 {10, 11}},
+             Row{"of a refused name, which ends the walk",
+                 {process(10, 11, refusedDevice), process(11, 1, namedDevice)},
+                 6,
+                 {},
+                 {10}},
+             Row{"a loop of parents",
+                 {process(10, 11), process(11, 10)},
+                 6,
+                 {},
+                 {10, 11, 10, 11, 10, 11, 10}},
+         }) {
+        std::vector<pid_t> seen;
         const ControllingTerminal::Lookup lookup{
-            .process = [this](pid_t pid) -> std::optional<ProcessRecord> {
-                examined.push_back(pid);
-                const auto found = processes.find(pid);
+            .process = [&](pid_t pid) -> std::optional<ProcessRecord> {
+                seen.push_back(pid);
+                const auto found = std::ranges::find(processes, pid, &ProcessRecord::pid);
                 if (found == processes.end()) return std::nullopt;
-                return found->second;
+                return *found;
             },
             .deviceName = [](dev_t device) -> std::optional<std::string> {
                 if (device == namedDevice) return "ttys003";
@@ -41,112 +89,12 @@ struct Table {
                 return std::nullopt;
             },
         };
-        return ControllingTerminal::deviceName(startingAt, maxAncestors, lookup);
+        EXPECT_EQ(ControllingTerminal::deviceName(processes.front().pid, maxAncestors, lookup),
+                  name)
+            << why;
+        EXPECT_EQ(seen, examined) << why;
     }
-};
-
-// 10 is the start, 11 its parent and so on; only the last has a terminal.
-Table lineWithTerminalAt(int ancestor) {
-    Table table;
-    for (int i = 0; i < ancestor; ++i) table.add(10 + i, 11 + i);
-    table.add(10 + ancestor, 1, namedDevice);
-    return table;
-}
-
-TEST(ControllingTerminal, aProcessOnATerminalGivesItsName) {
-    Table table;
-    table.add(10, 11, namedDevice);
-    table.add(11, 1, otherDevice);
-    EXPECT_EQ(table.deviceName(10, ControllingTerminal::maxAncestors), "ttys003");
-    EXPECT_EQ(table.examined, (std::vector<pid_t>{10}));
-}
-
-TEST(ControllingTerminal, aProcessWithoutATerminalTakesItsParents) {
-    Table table;
-    table.add(10, 11);
-    table.add(11, 12, namedDevice);
-    table.add(12, 1, otherDevice);
-    EXPECT_EQ(table.deviceName(10, ControllingTerminal::maxAncestors), "ttys003");
-    EXPECT_EQ(table.deviceName(10, 1), "ttys003");
-}
-
-TEST(ControllingTerminal, noAncestorsMeansTheStartAlone) {
-    Table onTerminal = lineWithTerminalAt(0);
-    EXPECT_EQ(onTerminal.deviceName(10, 0), "ttys003");
-    Table belowTerminal = lineWithTerminalAt(1);
-    EXPECT_EQ(belowTerminal.deviceName(10, 0), std::nullopt);
-    EXPECT_EQ(belowTerminal.examined, (std::vector<pid_t>{10}));
-}
-
-TEST(ControllingTerminal, theWalkEndsAfterTheGivenCountOfAncestors) {
-    ASSERT_EQ(ControllingTerminal::maxAncestors, 6);
-    Table near = lineWithTerminalAt(6);
-    EXPECT_EQ(near.deviceName(10, 6), "ttys003");
-    Table far = lineWithTerminalAt(7);
-    EXPECT_EQ(far.deviceName(10, 6), std::nullopt);
-    EXPECT_EQ(far.examined, (std::vector<pid_t>{10, 11, 12, 13, 14, 15, 16}));
-    EXPECT_EQ(far.deviceName(10, 7), "ttys003");
-    EXPECT_EQ(far.deviceName(10, std::numeric_limits<int>::max()), "ttys003");
-}
-
-TEST(ControllingTerminal, aStartBelowTwoIsNotEvenLookedUp) {
-    Table table;
-    for (const pid_t pid : {1, 0, -1, std::numeric_limits<pid_t>::min()}) {
-        table.add(pid, 2, namedDevice);
-        EXPECT_EQ(table.deviceName(pid, 6), std::nullopt) << pid;
-        EXPECT_TRUE(table.examined.empty()) << pid;
-    }
-    table.add(2, 0, namedDevice);
-    EXPECT_EQ(table.deviceName(2, 6), "ttys003");
-}
-
-TEST(ControllingTerminal, aParentBelowTwoEndsTheWalk) {
-    for (const pid_t parent : {1, 0, -1}) {
-        Table table;
-        table.add(10, parent);
-        table.add(parent, 11, namedDevice);
-        EXPECT_EQ(table.deviceName(10, 6), std::nullopt) << parent;
-        EXPECT_EQ(table.examined, (std::vector<pid_t>{10})) << parent;
-    }
-    Table table;
-    table.add(10, 2);
-    table.add(2, 0, namedDevice);
-    EXPECT_EQ(table.deviceName(10, 6), "ttys003");
-}
-
-TEST(ControllingTerminal, aVanishedProcessEndsTheWalk) {
-    Table table;
-    EXPECT_EQ(table.deviceName(10, 6), std::nullopt);
-    table.add(10, 11);
-    EXPECT_EQ(table.deviceName(10, 6), std::nullopt);
-    EXPECT_EQ(table.examined, (std::vector<pid_t>{10, 11}));
-}
-
-TEST(ControllingTerminal, aTerminalWithoutANameSendsTheWalkOnToTheParent) {
-    Table table;
-    table.add(10, 11, namelessDevice);
-    table.add(11, 1, namedDevice);
-    EXPECT_EQ(table.deviceName(10, 6), "ttys003");
-    EXPECT_EQ(table.deviceName(10, 0), std::nullopt);
-}
-
-TEST(ControllingTerminal, aTerminalWithARefusedNameEndsTheWalk) {
-    Table table;
-    table.add(10, 11, refusedDevice);
-    table.add(11, 1, namedDevice);
-    EXPECT_EQ(table.deviceName(10, 6), std::nullopt);
-    EXPECT_EQ(table.examined, (std::vector<pid_t>{10}));
-}
-
-TEST(ControllingTerminal, aLoopOfParentsEnds) {
-    Table table;
-    table.add(10, 11);
-    table.add(11, 10);
-    EXPECT_EQ(table.deviceName(10, 6), std::nullopt);
-    EXPECT_EQ(table.examined.size(), 7U);
-    table.add(12, 12);
-    EXPECT_EQ(table.deviceName(12, 6), std::nullopt);
-    EXPECT_EQ(table.examined.size(), 7U);
+    EXPECT_EQ(ControllingTerminal::maxAncestors, 6);
 }
 
 TEST(ControllingTerminalDeathTest, aNegativeCountEndsTheProgram) {
@@ -174,30 +122,18 @@ TEST(ControllingTerminal, sanitizeKeepsOnlyPlainTerminalNames) {
              Row{"before a", "tty`", false},
              Row{"after z", "tty{", false},
              Row{"upper-case letter", "ttyS0", false},
-             Row{"upper-case beginning", "TTY1", false},
              Row{"would leave /dev", "tty/../x", false},
-             Row{"other beginning", "pts/3", false},
              Row{"beginning inside", "xtty1", false},
-             Row{"other name", "console", false},
-             Row{"full path", "/dev/ttys003", false},
              Row{"quote", "ttys003\"", false},
-             Row{"backslash", "tty\\n", false},
-             Row{"blank", "tty s003", false},
              Row{"line feed at the end", "ttys003\n", false},
              Row{"NUL inside", std::string_view{"ttys\0003", 8}, false},
              Row{"letter beyond ASCII", "tty\u00E9", false},
-             Row{"digit beyond ASCII", "tty\u0663", false},
              Row{"nothing", "", false},
          }) {
         const auto expected = isKept ? std::optional{std::string{name}} : std::nullopt;
         EXPECT_EQ(ControllingTerminal::sanitize(name), expected) << why;
     }
-}
-
-TEST(ControllingTerminal, sanitizeOfNothingIsNothing) {
     EXPECT_EQ(ControllingTerminal::sanitize(std::nullopt), std::nullopt);
-    EXPECT_EQ(ControllingTerminal::sanitize(std::optional<std::string>{}), std::nullopt);
-    EXPECT_EQ(ControllingTerminal::sanitize(std::optional<std::string>{"ttys003"}), "ttys003");
 }
 
 TEST(ControllingTerminal, aRealProcessOnAPseudoTerminalGivesItsSanitizedName) {
