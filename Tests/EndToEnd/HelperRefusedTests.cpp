@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "Support/BuildPaths.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
@@ -25,7 +26,7 @@ class HelperRefused : public testing::Test {
         user_ = OrdinaryUser::find();
         if (!user_) GTEST_SKIP() << OrdinaryUser::missing;
         const auto mayRun = inChildProcess(
-            [&] { return user_->become() && access(TALLOWBROOK_HOOK, X_OK) == 0 ? "yes" : "no"; });
+            [&] { return user_->become() && access(BuildPaths::helper, X_OK) == 0 ? "yes" : "no"; });
         if (mayRun != "yes") GTEST_SKIP() << "the helper lies where another user may not run it";
         for (const auto& path :
              {home.directory.path, home.directory.path / "user", home.directory.path / "runtime"})
