@@ -30,7 +30,8 @@ foreach(language C CXX)
     set(CMAKE_${language}_COMPILER_LAUNCHER ${ccache} ${check} ${CCACHE_PROGRAM})
 endforeach()
 
-# A precompiled header of clang would hold the times of its files, which differ in every clone.
+# A precompiled header of clang names the files it was made from by absolute paths, which no other
+# clone has. Without it a first build takes a quarter longer, all later ones a tenth of the time.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-    add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
+    set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
 endif()
