@@ -31,6 +31,9 @@ pid_t start(const Program& program) {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, program.standardInput.c_str(),
                                      O_RDONLY, 0);
+    if (!program.standardOutput.empty())
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, program.standardOutput.c_str(),
+                                         O_WRONLY, 0);
     pid_t pid = 0;
     const int error =
         posix_spawnp(&pid, arguments[0], &actions, nullptr, arguments.data(), environ);

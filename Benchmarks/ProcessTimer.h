@@ -12,6 +12,7 @@ namespace tallowbrook::bench {
 struct Program {
     std::vector<std::string> arguments;  // the first one is the program's path
     std::filesystem::path standardInput = "/dev/null";
+    std::filesystem::path standardOutput = {};  // empty: that of the benchmark
 };
 
 // Ends the benchmark with a message when the program cannot be started.

@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "Support/BuildPaths.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
@@ -24,8 +25,9 @@ class HelperRefused : public testing::Test {
     void lendHome() {
         user_ = OrdinaryUser::find();
         if (!user_) GTEST_SKIP() << OrdinaryUser::missing;
-        const auto mayRun = inChildProcess(
-            [&] { return user_->become() && access(TALLOWBROOK_HOOK, X_OK) == 0 ? "yes" : "no"; });
+        const auto mayRun = inChildProcess([&] {
+            return user_->become() && access(BuildPaths::helper, X_OK) == 0 ? "yes" : "no";
+        });
         if (mayRun != "yes") GTEST_SKIP() << "the helper lies where another user may not run it";
         for (const auto& path :
              {home.directory.path, home.directory.path / "user", home.directory.path / "runtime"})

@@ -3,13 +3,14 @@
 
 #include <set>
 
+#include "Support/BuildPaths.h"
 #include "Support/FileContents.h"
 #include "TestHome.h"
 
 namespace tallowbrook {
 namespace {
 
-const std::filesystem::path samples{TALLOWBROOK_SAMPLES};
+const std::filesystem::path samples{BuildPaths::samples};
 
 struct Sample {
     const char* file;

@@ -4,6 +4,7 @@
 #include <boost/json/serialize.hpp>
 
 #include "SessionState/SessionSnapshotCoding.h"
+#include "Support/BuildPaths.h"
 #include "Support/FileContents.h"
 #include "Support/OrdinaryUser.h"
 #include "TestHome.h"
@@ -176,7 +177,7 @@ TEST(Sessions, ofAHomeThatMayNotBeReadAreAFailure) {
     ASSERT_TRUE(user->own(home.paths.home));
     std::filesystem::permissions(home.paths.home, std::filesystem::perms::none);
     const auto mayRun = inChildProcess(
-        [&] { return user->become() && access(TALLOWBROOK_HOST, X_OK) == 0 ? "yes" : "no"; });
+        [&] { return user->become() && access(BuildPaths::host, X_OK) == 0 ? "yes" : "no"; });
     if (mayRun != "yes") GTEST_SKIP() << "the host lies where another user may not run it";
 
     ProgramCall call = home.hostCall({"sessions"});

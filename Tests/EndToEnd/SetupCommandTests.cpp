@@ -3,6 +3,7 @@
 
 #include "Integrations/ProviderDetector.h"
 #include "SetupHome.h"
+#include "Support/BuildPaths.h"
 
 namespace tallowbrook {
 namespace {
@@ -42,7 +43,7 @@ TEST(Setup, putsTheHooksInAndProvesThatTheyArrive) {
     EXPECT_THAT(written, HasSubstr(home.paths.installedHelper().string()));
     ASSERT_THAT(home.backups(), SizeIs(1));
     EXPECT_EQ(contentsOf(home.backups().front()), settings);
-    EXPECT_EQ(contentsOf(home.paths.installedHelper()), contentsOf(TALLOWBROOK_HOOK));
+    EXPECT_EQ(contentsOf(home.paths.installedHelper()), contentsOf(BuildPaths::helper));
     // The test event leaves no trace.
     EXPECT_EQ(home.rows("events"), 0);
     EXPECT_EQ(home.rows("sessions"), 0);

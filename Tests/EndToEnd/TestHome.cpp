@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "Domain/EventCoding.h"
+#include "Support/BuildPaths.h"
 #include "Support/FileContents.h"
 #include "Support/SampleEvents.h"
 
@@ -49,7 +50,7 @@ TestHome::TestHome()
 }
 
 ProgramCall TestHome::plainHookCall(std::vector<std::string> arguments, std::string input) const {
-    return {.program = TALLOWBROOK_HOOK,
+    return {.program = BuildPaths::helper,
             .arguments = std::move(arguments),
             .input = std::move(input),
             .environment = environment,
@@ -57,7 +58,7 @@ ProgramCall TestHome::plainHookCall(std::vector<std::string> arguments, std::str
 }
 
 ProgramCall TestHome::plainHostCall(std::vector<std::string> arguments) const {
-    return {.program = TALLOWBROOK_HOST,
+    return {.program = BuildPaths::host,
             .arguments = std::move(arguments),
             .environment = environment,
             .directory = directory.path};

@@ -11,6 +11,7 @@
 #include "EndToEnd/TestHome.h"
 #include "HostPromises.h"
 #include "SpoolContents.h"
+#include "Support/BuildPaths.h"
 #include "Support/FileContents.h"
 #include "Support/OrdinaryUser.h"
 
@@ -28,8 +29,8 @@ class AnotherUsersFiles : public testing::Test {
         user = OrdinaryUser::find();
         if (!user) GTEST_SKIP() << OrdinaryUser::missing;
         const auto mayRun = inChildProcess([&] {
-            const bool may = user->become() && access(TALLOWBROOK_HOOK, X_OK) == 0 &&
-                             access(TALLOWBROOK_HOST, X_OK) == 0;
+            const bool may = user->become() && access(BuildPaths::helper, X_OK) == 0 &&
+                             access(BuildPaths::host, X_OK) == 0;
             return may ? "yes" : "no";
         });
         if (mayRun != "yes") GTEST_SKIP() << "the programs lie where another user may not run them";

@@ -9,9 +9,11 @@
 #include <set>
 #include <string>
 
+#include "Integrations/HookConfigMerger.h"
 #include "Integrations/IntegrationSetup.h"
 #include "SmallDiskLinux.h"
 #include "StraceLinux.h"
+#include "Support/BuildPaths.h"
 #include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
@@ -46,7 +48,7 @@ class Place {
     }
 
     ProgramCall call() const {
-        return {.program = TALLOWBROOK_APPLY_PLAN, .arguments = {config_, backups_, helper}};
+        return {.program = BuildPaths::applyPlan, .arguments = {config_, backups_, helper}};
     }
 
     bool isOld() const { return hasFile_ ? contentsOf(config_) == userText : !fs::exists(config_); }

@@ -8,13 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "Support/BuildPaths.h"
+
 namespace tallowbrook {
 
 namespace Corpora {
 
 inline std::filesystem::path directory() {
     if (const char* named = std::getenv("TALLOWBROOK_CORPORA")) return named;
-    return TALLOWBROOK_CORPORA_DEFAULT;
+    return BuildPaths::defaultCorpora;
 }
 
 // The files of one collection, sorted; none where it is missing.

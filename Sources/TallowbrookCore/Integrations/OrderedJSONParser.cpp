@@ -26,7 +26,6 @@ constexpr std::uint32_t noSurrogate = 0;
 
 bool isPlain(char c) { return c != '"' && c != '\\' && !isControlCharacter(c); }
 
-
 class Parser {
  public:
     explicit Parser(std::string_view text) : text_{text}, isValidUTF8_{UTF8::isValid(text)} {}

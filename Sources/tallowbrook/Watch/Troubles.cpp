@@ -1,7 +1,8 @@
 #include "Watch/Troubles.h"
 
-#include <SQLiteCpp/Exception.h>
 #include <fmt/core.h>
+
+#include "Store/Database.h"
 
 namespace tallowbrook::host {
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Normalizing.h"
+#include "Support/BuildPaths.h"
 #include "Support/FileContents.h"
 
 namespace tallowbrook {
@@ -66,7 +67,7 @@ const std::vector<Sample> samples{
      "agent-turn-complete turnCompleted turn=01a1fcb3-aed6-7f80-93bd-d5339df1207c"},
 };
 
-const std::filesystem::path directory{TALLOWBROOK_SAMPLES};
+const std::filesystem::path directory{BuildPaths::samples};
 
 PayloadSource sourceOf(const std::string& file) {
     if (file.starts_with("codexnotify")) return PayloadSource::codexNotify;
