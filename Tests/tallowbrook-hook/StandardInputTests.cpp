@@ -82,13 +82,5 @@ TEST(StandardInput, keepsTheBytesAsTheyCame) {
               "same");
 }
 
-TEST(StandardInput, thatCannotBeReadIsEmpty) {
-    EXPECT_EQ(inChildProcess([]() -> std::string {
-                  close(STDIN_FILENO);
-                  return described(readStandardInput(10));
-              }),
-              "0");
-}
-
 }  // namespace
 }  // namespace tallowbrook::hook

@@ -25,8 +25,9 @@ std::string encodeLine(const AgentEvent& event);
 
 // Takes a line without its line feed. Every required key must be there with the right type and a
 // known value, an optional one may be missing or null, unknown keys are passed over. Strict in
-// everything else: a key twice, invalid UTF-8, a lone surrogate, a number that no double holds, or
-// more than 32 nested levels fail the line.
+// everything else: a key twice, invalid UTF-8, a lone surrogate, a number too large for a double
+// (a tiny one and a zero are none, whatever their exponents), or more than 32 nested levels fail
+// the line.
 std::expected<AgentEvent, DecodingError> decodeLine(std::string_view line);
 
 }  // namespace tallowbrook::EventCoding

@@ -72,15 +72,6 @@ TEST_F(SpoolSignalLinuxTest, thePosterCreatesTheFileForItsUserAlone) {
     EXPECT_EQ(std::distance(fs::directory_iterator{directory}, {}), 1);
 }
 
-TEST_F(SpoolSignalLinuxTest, anObserverThatComesLaterIsNotWokenByEarlierPosts) {
-    SpoolSignal::post();
-    auto observer = start();
-    EXPECT_TRUE(isQuiet(observer));
-    SpoolSignal::post();
-    EXPECT_TRUE(isWoken(observer));
-    EXPECT_TRUE(observer.consume());
-}
-
 TEST_F(SpoolSignalLinuxTest, aPostIsNotLostWhereMoreHappensThanTheSystemKeeps) {
     int kept = 0;
     std::ifstream{"/proc/sys/fs/inotify/max_queued_events"} >> kept;

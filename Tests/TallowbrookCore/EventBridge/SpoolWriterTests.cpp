@@ -20,8 +20,6 @@ namespace fs = std::filesystem;
 
 class SpoolWriterTest : public testing::Test {
  protected:
-    bool lockIsFree() const { return SpoolLock::acquire(paths, Seconds{0}).has_value(); }
-
     TemporaryDirectory temporary;
     TallowbrookPaths paths{temporary.path / "home"};
     SpoolWriter writer{paths, {}};
@@ -36,22 +34,6 @@ TEST_F(SpoolWriterTest, addsEachEventAsOneLineAtTheEnd) {
         expected += EventCoding::encodeLine(event);
     }
     EXPECT_EQ(contentsOf(paths.activeSpoolFile()), expected);
-}
-
-TEST_F(SpoolWriterTest, makesFilesOfItsUserAloneLessTheUmask) {
-    struct Row {
-        mode_t mask;
-        mode_t mode;
-    };
-    for (const auto& [mask, mode] :
-         {Row{0, 0600}, Row{022, 0600}, Row{0177, 0600}, Row{0277, 0400}}) {
-        const TallowbrookPaths own{temporary.path / std::to_string(mask)};
-        const FileModeMask masked{mask};
-        EXPECT_EQ(outcomeOf(SpoolWriter{own, {}}.append(minimalEvent())), "ok");
-        EXPECT_EQ(modeOf(own.activeSpoolFile().c_str()), mode) << mask;
-        EXPECT_EQ(modeOf(own.spoolLockFile().c_str()), mode) << mask;
-        EXPECT_EQ(modeOf(own.spoolDirectory().c_str()), mode_t{0700}) << mask;
-    }
 }
 
 TEST_F(SpoolWriterTest, keepsTheModeOfAnExistingFile) {
@@ -92,18 +74,6 @@ TEST_F(SpoolWriterTest, waitsForALockThatIsGivenBack) {
     writer.configuration.lockTimeout = Seconds{60};
     EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
     EXPECT_EQ(contentsOf(paths.activeSpoolFile()), EventCoding::encodeLine(minimalEvent()));
-}
-
-TEST_F(SpoolWriterTest, saysWhatCannotBeMadeOrOpenedAndGivesTheLockBack) {
-    writeContents(paths.home, "a file");
-    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "stat-errno" + std::to_string(ENOTDIR));
-    fs::remove(paths.home);
-    fs::create_directories(paths.spoolLockFile());
-    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-lock", EISDIR));
-    fs::remove(paths.spoolLockFile());
-    fs::create_directories(paths.activeSpoolFile());
-    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-spool", EISDIR));
-    EXPECT_TRUE(lockIsFree());
 }
 
 TEST(AppendBytes, addToAFileOrMakeIt) {

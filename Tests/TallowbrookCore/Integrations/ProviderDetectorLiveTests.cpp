@@ -76,13 +76,6 @@ TEST_F(LiveProviderDetectorTest, withoutProbingNothingIsRun) {
     EXPECT_TRUE(fs::exists(mark)) << "probing would have been seen";
 }
 
-TEST_F(LiveProviderDetectorTest, passesOverACandidateThatCannotRun) {
-    chmod(install("claude", ":").c_str(), 0600);
-    const auto other = writeScript(homeDirectory / ".local" / "bin" / "claude", "echo 1");
-    const EnvironmentVariable searched{"PATH", (temporary.path / "bin").string()};
-    EXPECT_EQ(detect(false).executablePath, other);
-}
-
 TEST_F(LiveProviderDetectorTest, listsADirectoryOrNothing) {
     const auto detector = ProviderDetector::live(false);
     writeContents(homeDirectory / "file", "");
