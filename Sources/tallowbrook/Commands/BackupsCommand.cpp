@@ -1,10 +1,14 @@
 #include "Commands/BackupsCommand.h"
 
+#include <memory>
+
 #include <fmt/core.h>
 
 #include <algorithm>
 #include <tuple>
 
+#include "Commands/AgentWords.h"
+#include "Commands/CommandLine.h"
 #include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
@@ -100,6 +104,30 @@ int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
     const auto outcome = change->review(options);
     if (outcome == ReviewOutcome::applied) StandardStreams::mention("The backup was put back.\n");
     return exitStatus(outcome);
+}
+
+void addBackupsCommands(CommandLine& line) {
+    const auto listed = std::make_shared<AgentWords>();
+    auto listWords = line.add(
+        "backups", "List what was in the configuration files before",
+        [listed](const TallowbrookPaths& paths) { return listBackups(paths, listed->choice()); });
+    listed->addAgents(listWords, "all");
+
+    struct Words : AgentWords {
+        std::optional<std::string> backup;
+    };
+    const auto given = std::make_shared<Words>();
+    auto words = line.add(
+        "restore", "Put a backup of a configuration file back",
+        [given](const TallowbrookPaths& paths) {
+            return restoreBackup(paths, given->choice(), given->backup, given->review);
+        },
+        changeHelp);
+    words.addOptionalOperand("BACKUP", given->backup,
+                             "Its number in the list, its name or its path; without, the newest");
+    words.addChoices("--agent", agentNames(), given->names, "Only backups of " + agentNameChoice());
+    given->addConfigFile(words);
+    given->addReview(words);
 }
 
 }  // namespace tallowbrook::host

@@ -10,6 +10,8 @@
 
 namespace tallowbrook::host {
 
+class CommandLine;
+
 // Lists the backups of the chosen agents, or of both, newest first and numbered. Gives the exit
 // status.
 int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice);
@@ -19,5 +21,8 @@ int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice);
 // there is no such backup, 3 when the user said no.
 int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
                   const std::optional<std::string>& backup, const ReviewOptions& options);
+
+// Adds both commands to the command line.
+void addBackupsCommands(CommandLine& line);
 
 }  // namespace tallowbrook::host

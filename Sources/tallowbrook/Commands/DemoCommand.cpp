@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include "Commands/CommandLine.h"
 #include "Lists/SessionList.h"
 #include "Lists/Timeline.h"
 #include "Output/PrintableText.h"
@@ -23,6 +24,11 @@ int demo() {
                 timelineRow(entry.event, entry.effect, now);
     }
     return StandardStreams::showAsResult(text);
+}
+
+void addDemoCommand(CommandLine& line) {
+    line.add("demo", "Show what the lists look like, with made-up sessions",
+             [](const TallowbrookPaths&) { return demo(); });
 }
 
 }  // namespace tallowbrook::host

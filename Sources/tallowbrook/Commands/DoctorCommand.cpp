@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 
+#include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticsReport.h"
@@ -83,6 +84,10 @@ int doctor(const TallowbrookPaths& paths) {
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
     addAgents(report, addStored(report, paths, now), now);
     return StandardStreams::showAsResult(PrintableText::printableLines(report.render()) + "\n");
+}
+
+void addDoctorCommand(CommandLine& line) {
+    line.add("doctor", "Report what is installed and stored, for a request for help", doctor);
 }
 
 }  // namespace tallowbrook::host

@@ -5,8 +5,13 @@
 
 namespace tallowbrook::host {
 
+class CommandLine;
+
 // Looks at everything and changes nothing. Runs each agent that is installed once, to ask for its
 // version. Gives the exit status: 0, or 1 when the report cannot be written.
 int doctor(const TallowbrookPaths& paths);
+
+// Adds the command to the command line.
+void addDoctorCommand(CommandLine& line);
 
 }  // namespace tallowbrook::host

@@ -1,7 +1,10 @@
 #include "Commands/ExplainCommand.h"
 
+#include <memory>
+
 #include <fmt/core.h>
 
+#include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
 #include "Lists/Timeline.h"
@@ -38,6 +41,14 @@ int explain(const TallowbrookPaths& paths, const std::string& session) {
         if (!chosen) return StandardStreams::fail(chosen.error(), ExitStatus::wrongUsage);
         return StandardStreams::showAsResult(explanationOf(chosen->snapshot, database, now));
     });
+}
+
+void addExplainCommand(CommandLine& line) {
+    const auto session = std::make_shared<std::string>();
+    auto words =
+        line.add("explain", "Tell why a session has its status, and its last events",
+                 [session](const TallowbrookPaths& paths) { return explain(paths, *session); });
+    addSessionOperand(words, *session);
 }
 
 }  // namespace tallowbrook::host

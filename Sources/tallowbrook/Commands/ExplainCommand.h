@@ -7,8 +7,13 @@
 
 namespace tallowbrook::host {
 
+class CommandLine;
+
 // A paragraph, and the session's last events. Gives the exit status: 0, 1 when the database cannot
 // be read, 2 when the word names no session or several.
 int explain(const TallowbrookPaths& paths, const std::string& session);
+
+// Adds the command to the command line.
+void addExplainCommand(CommandLine& line);
 
 }  // namespace tallowbrook::host

@@ -1,9 +1,12 @@
 #include "Commands/FocusCommand.h"
 
+#include <memory>
+
 #include <fmt/core.h>
 
 #include <algorithm>
 
+#include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
 #include "Focus/SessionFocus.h"
@@ -71,6 +74,17 @@ int focusNext(const TallowbrookPaths& paths) {
                                              PrintableText::printable(session.projectLabel())));
         return focusOne(session, paths);
     });
+}
+
+void addFocusCommands(CommandLine& line) {
+    const std::string help =
+        "3: the window itself was not found, but something that helps was done instead.";
+    const auto session = std::make_shared<std::string>();
+    auto words = line.add(
+        "focus", "Bring the window of a session to the front",
+        [session](const TallowbrookPaths& paths) { return focus(paths, *session); }, help);
+    addSessionOperand(words, *session);
+    line.add("next", "Focus the next session that waits for you", focusNext, help);
 }
 
 }  // namespace tallowbrook::host

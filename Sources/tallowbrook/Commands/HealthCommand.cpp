@@ -1,9 +1,13 @@
 #include "Commands/HealthCommand.h"
 
+#include <memory>
+
 #include <fmt/format.h>
 
 #include <algorithm>
 
+#include "Commands/AgentWords.h"
+#include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Domain/RecordCoding.h"
 #include "Output/ExitStatus.h"
@@ -136,6 +140,24 @@ int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFor
                    ? ExitStatus::notInOrder
                    : ExitStatus::done;
     });
+}
+
+void addHealthCommand(CommandLine& line) {
+    struct Words : AgentWords {
+        bool json = false;
+    };
+    const auto given = std::make_shared<Words>();
+    auto words = line.add(
+        "health", "Tell whether the agents' events arrive",
+        [given](const TallowbrookPaths& paths) {
+            return showHealth(paths, given->choice(),
+                              given->json ? ListFormat::json : ListFormat::table);
+        },
+        "3: an agent's state is partial, needs repair, silent or unreadable.\n"
+        "States: not set up, partial, needs repair, waiting (for the first event since the "
+        "setup), silent\n(for more than ten minutes after it), receiving, unreadable.");
+    given->addAgents(words, "all");
+    words.addFlag("--json", given->json, "As a JSON object, for programs");
 }
 
 }  // namespace tallowbrook::host

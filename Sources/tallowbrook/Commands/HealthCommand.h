@@ -7,9 +7,14 @@
 
 namespace tallowbrook::host {
 
+class CommandLine;
+
 // Shows the helper and the state of each chosen agent, as a table or as a JSON object (RFC 8259).
 // Keeps what it finds out about the setup in the store, where there is one. Gives the exit status:
 // 0, 1 for a failure, 3 when an agent that is set up needs attention.
 int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFormat format);
+
+// Adds the command to the command line.
+void addHealthCommand(CommandLine& line);
 
 }  // namespace tallowbrook::host

@@ -1,7 +1,10 @@
 #include "Commands/PreferencesCommand.h"
 
+#include <memory>
+
 #include <fmt/core.h>
 
+#include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "EventBridge/SpoolSignal.h"
 #include "Output/ExitStatus.h"
@@ -43,6 +46,22 @@ int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceCha
                                              ExitStatus::wrongUsage);
         return StandardStreams::showAsResult(table(Settings{database}.preferences()));
     });
+}
+
+void addPreferencesCommand(CommandLine& line) {
+    struct Words {
+        std::optional<std::string> name;
+        std::optional<std::string> value;
+    };
+    const auto given = std::make_shared<Words>();
+    auto words = line.add("preferences", "Show or change what you are told",
+                          [given](const TallowbrookPaths& paths) {
+                              std::optional<PreferenceChange> change;
+                              if (given->name) change = {*given->name, given->value.value_or("")};
+                              return preferences(paths, change);
+                          });
+    words.addOptionalOperand("NAME", given->name, "The preference to change");
+    words.addOptionalOperand("VALUE", given->value, "Its new value", "NAME");
 }
 
 }  // namespace tallowbrook::host

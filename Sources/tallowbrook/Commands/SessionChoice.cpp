@@ -27,4 +27,8 @@ std::expected<ListedSession, Sentence> chooseSession(Database& database, std::st
     return listedSessions(database, ListScope::all, now).find(word);
 }
 
+void addSessionOperand(CommandWords& words, std::string& session) {
+    words.addOperand("SESSION", session, "Its number in the list, or the beginning of its id");
+}
+
 }  // namespace tallowbrook::host

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "Commands/CommandLine.h"
 #include "Lists/SessionList.h"
 #include "Store/Database.h"
 
@@ -23,5 +24,8 @@ SessionList recentSessions(Database& database, Instant now);
 
 // `recentSessions`, or all.
 SessionList listedSessions(Database& database, ListScope scope, Instant now);
+
+// The operand by which a command is told the session.
+void addSessionOperand(CommandWords& words, std::string& session);
 
 }  // namespace tallowbrook::host

@@ -1,5 +1,8 @@
 #include "Commands/SessionsCommand.h"
 
+#include <memory>
+
+#include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
 #include "EventBridge/SpoolDrainer.h"
@@ -26,6 +29,20 @@ int listSessions(const TallowbrookPaths& paths, ListScope scope, ListFormat form
         hintAtPendingEvents(paths);
         return status;
     });
+}
+
+void addSessionsCommand(CommandLine& line) {
+    struct Words {
+        bool json = false;
+        bool all = false;
+    };
+    const auto given = std::make_shared<Words>();
+    auto words = line.add("sessions", "List the sessions", [given](const TallowbrookPaths& paths) {
+        return listSessions(paths, given->all ? ListScope::all : ListScope::recent,
+                            given->json ? ListFormat::json : ListFormat::table);
+    });
+    words.addFlag("--json", given->json, "As a JSON array, for programs");
+    words.addFlag("--all", given->all, "Also those not heard of for more than a day");
 }
 
 }  // namespace tallowbrook::host

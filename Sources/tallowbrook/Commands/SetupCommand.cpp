@@ -1,7 +1,11 @@
 #include "Commands/SetupCommand.h"
 
+#include <memory>
+
 #include <fmt/core.h>
 
+#include "Commands/AgentWords.h"
+#include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Domain/AgentProfile.h"
 #include "Integrations/IntegrationSetup.h"
@@ -180,6 +184,31 @@ int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
                 fmt::format("{} does not call tallowbrook.\n", displayName(agent.provider)));
     }
     return status;
+}
+
+void addSetupCommands(CommandLine& line) {
+    const auto given = std::make_shared<AgentWords>();
+    auto setupWords = line.add(
+        "setup", "Let the agents report to tallowbrook",
+        [given](const TallowbrookPaths& paths) {
+            return setup(paths, given->choice(), given->review);
+        },
+        changeHelp +
+            "\nThe helper and the database are put into the data directory before the first "
+            "question.\nWith another --home, name a file to try on by --config: the agents report "
+            "to the\nstandard data directory alone.");
+    given->addAgents(setupWords, "those that are there");
+    given->addReview(setupWords);
+
+    const auto givenToRemove = std::make_shared<AgentWords>();
+    auto removeWords = line.add(
+        "remove", "Take the hooks out of the agents' configuration again",
+        [givenToRemove](const TallowbrookPaths& paths) {
+            return removeSetup(paths, givenToRemove->choice(), givenToRemove->review);
+        },
+        changeHelp);
+    givenToRemove->addAgents(removeWords, "those that are there");
+    givenToRemove->addReview(removeWords);
 }
 
 }  // namespace tallowbrook::host

@@ -7,6 +7,8 @@
 
 namespace tallowbrook::host {
 
+class CommandLine;
+
 // Both change the agents' own files only for the home that the agents report to; another home needs
 // `choice.configFile`, a file to try on, unless it is a dry run. Without, status 2.
 
@@ -19,5 +21,8 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
 // call it.
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
                 const ReviewOptions& options);
+
+// Adds both commands to the command line.
+void addSetupCommands(CommandLine& line);
 
 }  // namespace tallowbrook::host

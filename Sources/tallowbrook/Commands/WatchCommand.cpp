@@ -1,6 +1,9 @@
 #include "Commands/WatchCommand.h"
 
+#include <memory>
+
 #include "Channels/LinesChannel.h"
+#include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticLog.h"
@@ -55,6 +58,15 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
 
 int watch(const TallowbrookPaths& paths, WatchMode mode) {
     return withDatabase(paths, [&](Database& database) { return watchOn(paths, database, mode); });
+}
+
+void addWatchCommand(CommandLine& line) {
+    const auto once = std::make_shared<bool>(false);
+    auto words = line.add("watch", "Read what the agents report and tell the user",
+                          [once](const TallowbrookPaths& paths) {
+                              return watch(paths, *once ? WatchMode::once : WatchMode::stay);
+                          });
+    words.addFlag("--once", *once, "Read what is there, list the sessions, and end");
 }
 
 }  // namespace tallowbrook::host

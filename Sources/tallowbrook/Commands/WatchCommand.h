@@ -5,6 +5,8 @@
 
 namespace tallowbrook::host {
 
+class CommandLine;
+
 enum class WatchMode {
     stay,  // until SIGINT, SIGTERM or SIGHUP
     once,  // one pass over what is there
@@ -14,5 +16,8 @@ enum class WatchMode {
 // when a part of the spool could not be read. Where another host
 // watches this home already, says so and shows what that one tells; takes over when it ends.
 int watch(const TallowbrookPaths& paths, WatchMode mode);
+
+// Adds the command to the command line.
+void addWatchCommand(CommandLine& line);
 
 }  // namespace tallowbrook::host

@@ -1,0 +1,31 @@
+// Words that several commands on the agents' configuration take.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Commands/CommandLine.h"
+#include "Setup/Agents.h"
+#include "Setup/ConfigChange.h"
+
+namespace tallowbrook::host {
+
+struct AgentWords {
+    std::vector<std::string> names;
+    std::optional<std::string> configFile;
+    ReviewOptions review;
+
+    AgentChoice choice() const;
+
+    // AGENT…, and --config FILE. `whenUnnamed` says which agents are meant without names.
+    void addAgents(CommandWords& words, const std::string& whenUnnamed);
+    void addConfigFile(CommandWords& words);
+    // --dry-run and --yes.
+    void addReview(CommandWords& words);
+};
+
+// Help for commands that change a configuration file.
+extern const std::string changeHelp;
+
+}  // namespace tallowbrook::host
