@@ -41,6 +41,7 @@ Records addStored(DiagnosticsReport& report, const TallowbrookPaths& paths, Inst
             records->emplace(provider, settings.integrationHealth(provider));
     });
     if (read) return records;
+    StandardStreams::complain(read.error());
     // Shown as unavailable, since half of the numbers would mislead.
     report.storedEventCount.reset();
     return std::nullopt;

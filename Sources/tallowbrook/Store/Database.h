@@ -25,7 +25,8 @@ class Database {
  public:
     // One of a home at a time in a process: closing a second one would give the locks of the first
     // back (POSIX fcntl(2)). Creates the file, owner-only, and brings it to the current schema. A
-    // database of a newer program is refused and left as it is. Throws SQLite::Exception as well.
+    // database of a newer program, or of a version that never was, is refused and left as it is.
+    // Throws SQLite::Exception as well.
     [[nodiscard]] static std::expected<Database, Sentence> open(const TallowbrookPaths& paths);
 
     // Whether there is a database to open at all, for a caller that only looks.

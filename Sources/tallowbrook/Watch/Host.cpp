@@ -19,7 +19,7 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
            Troubles::Say say)
     : paths_{std::move(paths)},
       channels_{std::move(channels)},
-      troubles_{std::move(say)},
+      troubles_{std::move(say), paths_.databaseFile()},
       watcher_{database, {EventSource::spool({paths_})}, channels_, troubles_},
       onlooker_{database, channels_.front(), troubles_} {}
 

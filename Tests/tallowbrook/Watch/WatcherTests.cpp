@@ -35,7 +35,8 @@ struct Watching : testing::Test {
     FakeChannel fake;
     std::vector<Channel> channels{fake.channel()};
     Texts said;
-    Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); }};
+    Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); },
+                      home.paths.databaseFile()};
 
     EventSource events() {
         return {[this]() -> std::expected<std::vector<EventBatch>, Sentence> {
