@@ -95,6 +95,26 @@ bool Database::exists(const TallowbrookPaths& paths) {
     return status.st_size > 0;
 }
 
+bool Database::isInPlace() const {
+    int hasMoved = 0;
+    const int asked =
+        sqlite3_file_control(database_->getHandle(), nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    return asked == SQLITE_OK && hasMoved == 0;
+}
+
+void Database::requireToBeInPlace() const {
+    if (!isInPlace()) throw SQLite::Exception{"its file was removed or replaced"};
+}
+
+std::expected<void, Sentence> Database::reopen(const TallowbrookPaths& paths) {
+    auto fresh = open(paths);
+    if (!fresh) return std::unexpected(fresh.error());
+    // Before the connection that they belong to.
+    statements_.clear();
+    database_ = std::move(fresh->database_);
+    return {};
+}
+
 SQLite::Transaction Database::beginWriting() {
     // Not deferred: a transaction that began by reading cannot wait for another writer any more.
     return SQLite::Transaction{*database_, SQLite::TransactionBehavior::IMMEDIATE};

@@ -251,6 +251,18 @@ TEST_F(IngestIntoStore, leavesASpoolThatIsLockedForLater) {
     EXPECT_TRUE(exists(home.paths.activeSpoolFile()));
 }
 
+TEST_F(IngestIntoStore, keepsTheSegmentWhoseEventsWentIntoAFileThatIsGone) {
+    segment(1, {permission(1)});
+    for (const char* companion : {"", "-wal", "-shm"})
+        std::filesystem::remove(home.paths.databaseFile().string() + companion);
+    EXPECT_THROW(run(), SQLite::Exception);
+    EXPECT_EQ(segments(), 1U);
+    ASSERT_TRUE(database.reopen(home.paths));
+    EXPECT_EQ(run(), report(1));
+    EXPECT_EQ(segments(), 0U);
+    EXPECT_EQ(effects(), "applied");
+}
+
 TEST_F(IngestIntoStore, storesTheSetupsOwnEventsWithoutANotification) {
     AgentEvent check = permission(1);
     check.sessionID = "tallowbrook-setup-check-1";
