@@ -21,7 +21,8 @@ struct Agent {
     bool operator==(const Agent&) const = default;
 
     // Where backups of the configuration file are kept: a directory of its own for each directory
-    // they come from, since an agent may have several, with files of the same name.
+    // they come from, since an agent may have several, with files of the same name. No two share
+    // one, and its name is one that a file system takes.
     std::filesystem::path backupDirectory(const TallowbrookPaths& paths) const;
 };
 
