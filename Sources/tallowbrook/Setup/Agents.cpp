@@ -7,7 +7,6 @@
 #include <cstdlib>
 
 #include "Integrations/HookInstallSpec.h"
-#include "Integrations/ProviderDetector.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -21,8 +20,7 @@ std::optional<std::filesystem::path> movedDirectory(Provider provider) {
 }
 
 Agent locate(Provider provider) {
-    // Without asking for versions, which would run every agent.
-    const auto detector = ProviderDetector::live(false);
+    const auto detector = agentDetector();
     const auto detection = detector.detect(provider);
     Agent agent{provider, detection.hookConfigPath,
                 detection.state != ProviderDetection::State::notDetected};
@@ -65,6 +63,13 @@ std::filesystem::path Agent::backupDirectory(const TallowbrookPaths& paths) cons
     auto name = asOneName(directory);
     if (name.size() > longestName) name = "#" + fingerprint(directory);
     return paths.backupsDirectory() / name;
+}
+
+ProviderDetector agentDetector() {
+    auto detector = ProviderDetector::live(false);
+    std::erase_if(detector.searchPath,
+                  [](const std::string& directory) { return !directory.starts_with('/'); });
+    return detector;
 }
 
 std::vector<std::string> agentNames() {
