@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tallowbrook::host {
 namespace {
@@ -101,9 +102,12 @@ PollInterest Host::clockInterest() const {
 }
 
 void Host::lookAround() {
+    const auto now = currentInstant();
+    // What is due by the old time of day would wait for as long as the clock was set back.
+    const bool wasSetBack = now < std::exchange(seenClock_, now);
     const auto due = watcher_.nextDue();
-    const bool isDue = due && *due <= currentInstant();
-    if (!leads() || isDue || SpoolState::of(paths_) != seenSpool_) {
+    const bool isDue = due && *due <= now;
+    if (!leads() || isDue || wasSetBack || SpoolState::of(paths_) != seenSpool_) {
         pass();
         return;
     }

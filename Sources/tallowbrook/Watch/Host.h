@@ -52,6 +52,7 @@ class Host {
 
     SpoolState seenSpool_;
     MonotonicTime nextLook_{};
+    Instant seenClock_{};  // the time of day at the last look
     std::optional<SpoolSignal::Observer> signal_;
     std::vector<PollLoop::Attachment> attachments_;
 };

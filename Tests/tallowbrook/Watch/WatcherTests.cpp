@@ -103,6 +103,23 @@ TEST_F(Watching, wakesForAReminderByItsOwnTime) {
     EXPECT_EQ(watcher.nextDue(), sampleTime + minutes{20});
 }
 
+TEST_F(Watching, remindsAnIntervalAfterTheClockWasSetBack) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += minutes{10};
+    watcher.pass();
+    fake.takeHeard();
+
+    now -= std::chrono::days{30};
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+    EXPECT_EQ(watcher.nextDue(), now + minutes{10});
+    now += minutes{10};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code is still waiting for permission"});
+}
+
 TEST_F(Watching, tellsWhatPiledUpWhileNoHostRanInOneLine) {
     for (const char* id : {"W1", "W2", "W3"}) storeWaiting(id, now - minutes{60});
     waiting = {eventOf("S1", EventCategory::turnCompleted, now - minutes{30}),
