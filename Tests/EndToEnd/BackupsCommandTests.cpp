@@ -40,6 +40,49 @@ TEST(Backups, ofAnotherDirectorysFileOfThatNameAreKeptApart) {
     EXPECT_EQ(home.host({"backups"}).output, "There are no backups.\n");
 }
 
+TEST(Backups, ofDirectoriesWhoseNamesLookAlikeAreKeptApart) {
+    SetupHome home;
+    const auto set = [&](const std::string& directory) {
+        home.environment["CLAUDE_CONFIG_DIR"] = home.directory.path / directory;
+        return home.directory.path / directory / "settings.json";
+    };
+    const auto file = set("a%b/x");
+    writeContents(file, "{\"whose\": \"a%b\"}\n");
+    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+    const auto other = set("a/b/x");
+    writeContents(other, "{\"whose\": \"b\"}\n");
+    EXPECT_EQ(home.host({"restore", "--yes"}).errors, "tallowbrook: There are no backups.\n");
+    EXPECT_EQ(contentsOf(other), "{\"whose\": \"b\"}\n");
+    set("a%b/x");
+    EXPECT_EQ(home.host({"restore", "--yes"}).status, 0);
+    EXPECT_EQ(contentsOf(file), "{\"whose\": \"a%b\"}\n");
+}
+
+TEST(Backups, ofAFileInALongDirectoryAreMade) {
+    SetupHome home;
+    const auto directory =
+        home.directory.path / std::string(150, 'a') / std::string(150, 'b') / ".claude";
+    home.environment["CLAUDE_CONFIG_DIR"] = directory;
+    writeContents(directory / "settings.json", original);
+    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).errors, "");
+    EXPECT_EQ(home.host({"restore", "--yes"}).status, 0);
+    EXPECT_EQ(contentsOf(directory / "settings.json"), original);
+}
+
+TEST(Backups, growToTwentyAndTheFirst) {
+    const SetUpHome home;
+    const auto first = home.backups().at(0);
+    // Older than those to come, whatever second they come in.
+    const auto oldest = first.parent_path() / "settings.json.20200101T000000Z.9f3a06c1.bak";
+    rename(first, oldest);
+    for (int i = 0; i < 12; ++i) {
+        EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
+        EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+    }
+    EXPECT_THAT(home.backups(), SizeIs(21));
+    EXPECT_TRUE(exists(oldest));
+}
+
 TEST(Restore, putsTheNewestBackBytesForBytes) {
     const SetUpHome home;
     const auto result = home.host({"restore", "--yes"});

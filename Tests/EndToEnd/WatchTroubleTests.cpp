@@ -69,8 +69,11 @@ TEST(WatchTrouble, aFileThatIsNoDatabaseIsRefusedAndLeftAsItIs) {
         const TestHome home;
         home.claude("Stop");
         writeContents(home.paths.databaseFile(), contents);
-        const std::string sentence = "The database " + home.paths.databaseFile().string() +
-                                     " cannot be opened: file is not a database.";
+        const std::string file = home.paths.databaseFile().string();
+        const std::string sentence =
+            "The database " + file + " is damaged: file is not a database. Move it away (mv " +
+            file + " " + file +
+            ".damaged) and start again; what the agents report from then on is kept.";
         expectRefusal(home.host({"watch", "--once"}), sentence);
         expectRefusal(home.host({"sessions", "--json"}), sentence);
         EXPECT_EQ(contentsOf(home.paths.databaseFile()), contents);

@@ -4,6 +4,7 @@
 
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
+#include "Store/DatabaseFailure.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -25,8 +26,8 @@ std::expected<void, Sentence> run(const TallowbrookPaths& paths, Missing missing
         action(&*database);
         return {};
     } catch (const SQLite::Exception& error) {
-        if (isOpen)
-            return std::unexpected(Sentence{fmt::format("The database failed: {}", error.what())});
+        if (isOpen || isDamage(error))
+            return std::unexpected(databaseFailure(paths.databaseFile(), error));
         return std::unexpected(Sentence{fmt::format("The database {} cannot be opened: {}",
                                                     paths.databaseFile().string(), error.what())});
     }

@@ -9,7 +9,7 @@
 #include "Diagnostics/DiagnosticsReport.h"
 #include "EventBridge/SpoolDrainer.h"
 #include "EventIngestion/PayloadNormalizer.h"
-#include "Integrations/ProviderDetector.h"
+#include "Focus/BoundedRun.h"
 #include "Lists/SessionList.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
@@ -42,13 +42,23 @@ Records addStored(DiagnosticsReport& report, const TallowbrookPaths& paths, Inst
             records->emplace(provider, settings.integrationHealth(provider));
     });
     if (read) return records;
+    StandardStreams::complain(read.error());
     // Shown as unavailable, since half of the numbers would mislead.
     report.storedEventCount.reset();
     return std::nullopt;
 }
 
+std::optional<std::string> versionOf(const std::string& executable) {
+    constexpr Seconds timeout{3};
+    constexpr std::int64_t maxOutputBytes = 65536;
+    const auto result = runBounded(executable, {"--version"}, timeout, maxOutputBytes);
+    if (!result || result->status != 0) return std::nullopt;
+    return ProviderDetector::sanitizeVersion(result->output);
+}
+
 void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
-    const auto detector = ProviderDetector::live(true);
+    auto detector = agentDetector();
+    detector.versionProbe = versionOf;
     const auto helper = IntegrationSetup::helperStatus(report.paths.installedHelper(),
                                                        bundledHelper().value_or(""));
     for (const auto& agent : allAgents()) {

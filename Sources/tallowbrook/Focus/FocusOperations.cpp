@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "Focus/BoundedRun.h"
 #include "Focus/ProcessDirectory.h"
 #include "System/SearchPath.h"
 
@@ -34,7 +35,7 @@ FocusOperations FocusOperations::live() {
     return {
         .run =
             [](const std::string& path, const std::vector<std::string>& arguments) {
-                return ProcessRunner::run(path, arguments, programTimeout, maxOutputBytes);
+                return runBounded(path, arguments, programTimeout, maxOutputBytes);
             },
         .findProgram = SearchPath::find,
         .hostChain =

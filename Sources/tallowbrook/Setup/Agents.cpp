@@ -1,11 +1,13 @@
 #include "Setup/Agents.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "Domain/AgentProfile.h"
 #include "Integrations/HookInstallSpec.h"
-#include "Integrations/ProviderDetector.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -18,8 +20,7 @@ std::optional<std::filesystem::path> movedDirectory(Provider provider) {
 }
 
 Agent locate(Provider provider) {
-    // Without asking for versions, which would run every agent.
-    const auto detector = ProviderDetector::live(false);
+    const auto detector = agentDetector();
     const auto detection = detector.detect(provider);
     Agent agent{provider, detection.hookConfigPath,
                 detection.state != ProviderDetection::State::notDetected};
@@ -30,13 +31,45 @@ Agent locate(Provider provider) {
     return agent;
 }
 
+// A path as one name, which no other path has: an absolute one without a % becomes a name that
+// begins with %, any other one a name that does not.
+std::string asOneName(const std::string& path) {
+    if (!path.contains('%')) {
+        auto name = path;
+        std::ranges::replace(name, '/', '%');
+        return name;
+    }
+    std::string name = "=";
+    for (const char c : path) name += c == '%' ? "%25" : c == '/' ? "%2F" : std::string{c};
+    return name;
+}
+
+// 128 bits, as two FNV-1a hashes with different beginnings.
+std::string fingerprint(std::string_view text) {
+    constexpr std::uint64_t prime = 0x100000001B3;
+    std::string digits;
+    for (std::uint64_t hash : {0xCBF29CE484222325ULL, 0x9E3779B97F4A7C15ULL}) {
+        for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * prime;
+        digits += fmt::format("{:016x}", hash);
+    }
+    return digits;
+}
+
 }  // namespace
 
 std::filesystem::path Agent::backupDirectory(const TallowbrookPaths& paths) const {
-    auto name = configFile.parent_path().string();
-    // A path as one name, which no other directory has unless a % is in theirs.
-    std::ranges::replace(name, '/', '%');
+    constexpr std::size_t longestName = 255;  // of POSIX file systems, in bytes
+    const auto directory = configFile.parent_path().string();
+    auto name = asOneName(directory);
+    if (name.size() > longestName) name = "#" + fingerprint(directory);
     return paths.backupsDirectory() / name;
+}
+
+ProviderDetector agentDetector() {
+    auto detector = ProviderDetector::live(false);
+    std::erase_if(detector.searchPath,
+                  [](const std::string& directory) { return !directory.starts_with('/'); });
+    return detector;
 }
 
 std::vector<std::string> agentNames() {

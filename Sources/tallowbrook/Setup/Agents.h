@@ -10,6 +10,7 @@
 
 #include "Domain/AgentEvent.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "Integrations/ProviderDetector.h"
 #include "Output/Sentence.h"
 
 namespace tallowbrook::host {
@@ -21,7 +22,8 @@ struct Agent {
     bool operator==(const Agent&) const = default;
 
     // Where backups of the configuration file are kept: a directory of its own for each directory
-    // they come from, since an agent may have several, with files of the same name.
+    // they come from, since an agent may have several, with files of the same name. No two share
+    // one, and its name is one that a file system takes.
     std::filesystem::path backupDirectory(const TallowbrookPaths& paths) const;
 };
 
@@ -30,6 +32,10 @@ struct AgentChoice {
     std::vector<std::string> names;                   // such as "claude-code"
     std::optional<std::filesystem::path> configFile;  // instead of the agent's own
 };
+
+// `ProviderDetector::live` without asking for versions, which would run every agent, and without
+// the relative directories of PATH: what they hold depends on where the user stands.
+ProviderDetector agentDetector();
 
 // "claude-code" and "codex", as the user names them.
 std::vector<std::string> agentNames();

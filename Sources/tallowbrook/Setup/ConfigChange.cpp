@@ -10,6 +10,7 @@
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
+#include "Setup/BackupPruning.h"
 #include "Setup/DiffView.h"
 
 namespace tallowbrook::host {
@@ -94,6 +95,7 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
 
         const auto backup = ConfigFileWriter::apply(plan, backupDirectory, currentInstant());
         if (backup) {
+            if (*backup) pruneBackups(plan.fileURL, backupDirectory, **backup);
             const auto kept = *backup ? fmt::format("What was there is kept in {}.\n",
                                                     PrintableText::printable((*backup)->string()))
                                       : std::string{};

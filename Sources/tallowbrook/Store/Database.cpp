@@ -8,6 +8,7 @@
 #include <chrono>
 #include <thread>
 
+#include "Store/DatabaseFailure.h"
 #include "Store/StoreSchema.h"
 #include "System/FileDescriptor.h"
 
@@ -34,6 +35,24 @@ void enterWALMode(SQLite::Database& database) {
     }
 }
 
+// The last connection that closes writes the log into the file, unless it is told not to.
+void writeLogBackAtClose(SQLite::Database& database, bool wanted) {
+    sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, wanted ? 0 : 1,
+                      nullptr);
+}
+
+// Fails where the tables are not those of the version that the file names.
+std::expected<void, Sentence> migrate(SQLite::Database& database,
+                                      const std::filesystem::path& file) {
+    try {
+        StoreSchema::migrate(database);
+        return {};
+    } catch (const SQLite::Exception& error) {
+        if (error.getErrorCode() != SQLITE_ERROR) throw;
+        return std::unexpected(damagedDatabase(file, error.what()));
+    }
+}
+
 }  // namespace
 
 Database::Database(std::unique_ptr<SQLite::Database> database) : database_{std::move(database)} {}
@@ -50,13 +69,21 @@ std::expected<Database, Sentence> Database::open(const TallowbrookPaths& paths) 
     auto database =
         std::make_unique<SQLite::Database>(paths.databaseFile().string(), SQLite::OPEN_READWRITE,
                                            static_cast<int>(busyTimeout.count()));
-    if (StoreSchema::version(*database) > StoreSchema::currentVersion())
+    // A file that is refused is left as it is.
+    writeLogBackAtClose(*database, false);
+    const int version = StoreSchema::version(*database);
+    if (version > StoreSchema::currentVersion())
         return refuse("it was written by a newer version of tallowbrook");
+    if (version < 0)
+        return std::unexpected(
+            damagedDatabase(paths.databaseFile(), "its version is " + std::to_string(version)));
     enterWALMode(*database);
     // A segment is deleted once its events are committed, so a commit must survive a power cut.
     database->exec("PRAGMA synchronous = FULL");
     database->exec("PRAGMA foreign_keys = ON");
-    StoreSchema::migrate(*database);
+    if (auto migrated = migrate(*database, paths.databaseFile()); !migrated)
+        return std::unexpected(migrated.error());
+    writeLogBackAtClose(*database, true);
     return Database{std::move(database)};
 }
 
@@ -66,6 +93,26 @@ bool Database::exists(const TallowbrookPaths& paths) {
     if (stat(paths.databaseFile().c_str(), &status) != 0) return errno != ENOENT;
     // A program that is about to make the database has made an empty file first.
     return status.st_size > 0;
+}
+
+bool Database::isInPlace() const {
+    int hasMoved = 0;
+    const int asked =
+        sqlite3_file_control(database_->getHandle(), nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    return asked == SQLITE_OK && hasMoved == 0;
+}
+
+void Database::requireToBeInPlace() const {
+    if (!isInPlace()) throw SQLite::Exception{"its file was removed or replaced"};
+}
+
+std::expected<void, Sentence> Database::reopen(const TallowbrookPaths& paths) {
+    auto fresh = open(paths);
+    if (!fresh) return std::unexpected(fresh.error());
+    // Before the connection that they belong to.
+    statements_.clear();
+    database_ = std::move(fresh->database_);
+    return {};
 }
 
 SQLite::Transaction Database::beginWriting() {

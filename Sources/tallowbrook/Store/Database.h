@@ -25,11 +25,24 @@ class Database {
  public:
     // One of a home at a time in a process: closing a second one would give the locks of the first
     // back (POSIX fcntl(2)). Creates the file, owner-only, and brings it to the current schema. A
-    // database of a newer program is refused and left as it is. Throws SQLite::Exception as well.
+    // database of a newer program, or of a version that never was, is refused and left as it is.
+    // Throws SQLite::Exception as well.
     [[nodiscard]] static std::expected<Database, Sentence> open(const TallowbrookPaths& paths);
 
     // Whether there is a database to open at all, for a caller that only looks.
     static bool exists(const TallowbrookPaths& paths);
+
+    // False once the file was removed, or another one has taken its place: what is committed is
+    // then out of reach for everybody else, and lost when the value goes. False too where the place
+    // cannot be looked at.
+    bool isInPlace() const;
+
+    // Throws SQLite::Exception where `isInPlace` is false.
+    void requireToBeInPlace() const;
+
+    // Goes on with the file that is in place now, as `open` does. No statement may be in use and no
+    // transaction open. Fails as `open` does, and then keeps the file it has.
+    [[nodiscard]] std::expected<void, Sentence> reopen(const TallowbrookPaths& paths);
 
     // A transaction that writes; waits for another process that writes, 5 s at most. Undone unless
     // it is committed.

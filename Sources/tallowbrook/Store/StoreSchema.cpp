@@ -117,11 +117,12 @@ int StoreSchema::version(SQLite::Database& database) {
 }
 
 void StoreSchema::migrate(SQLite::Database& database) {
-    while (version(database) < currentVersion()) {
+    const auto isOlder = [](int version) { return version >= 0 && version < currentVersion(); };
+    while (isOlder(version(database))) {
         SQLite::Transaction transaction{database, SQLite::TransactionBehavior::IMMEDIATE};
         // Another process may have done the step while this one waited for the lock.
         const int reached = version(database);
-        if (reached >= currentVersion()) return;
+        if (!isOlder(reached)) return;
         database.exec(steps[static_cast<std::size_t>(reached)]);
         database.exec("PRAGMA user_version = " + std::to_string(reached + 1));
         transaction.commit();

@@ -35,13 +35,17 @@ Settled settle(const Channel& channel, Outbox& outbox, Instant now) {
     return settled;
 }
 
+// What is due later than any attempt was put off to was put off by a clock that was set back since.
+bool isStillToCome(Instant due, Instant now) { return due > now && due <= now + timeToNextAttempt; }
+
 }  // namespace
 
 DeliveryOutlook deliver(const Channel& channel, Outbox& outbox,
                         const std::function<Instant()>& now) {
     if (const auto late = settle(channel, outbox, now()); late.next) return {true, late.next};
     for (const auto& delivery : outbox.pending(channel.name)) {
-        if (delivery.dueAt > now() && delivery.attempts > 0) return {false, delivery.dueAt};
+        if (delivery.attempts > 0 && isStillToCome(delivery.dueAt, now()))
+            return {false, delivery.dueAt};
         const auto number = delivery.notification.number;
         const bool recordsFirst = channel.state().toldTwiceHarms;
         if (recordsFirst) outbox.markBegun(number, channel.name);

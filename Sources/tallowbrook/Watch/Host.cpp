@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tallowbrook::host {
 namespace {
@@ -18,8 +19,9 @@ constexpr std::chrono::milliseconds onlookersLook{500};
 Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
            Troubles::Say say)
     : paths_{std::move(paths)},
+      database_{database},
       channels_{std::move(channels)},
-      troubles_{std::move(say)},
+      troubles_{std::move(say), paths_.databaseFile()},
       watcher_{database, {EventSource::spool({paths_})}, channels_, troubles_},
       onlooker_{database, channels_.front(), troubles_} {}
 
@@ -30,8 +32,33 @@ std::expected<void, FileError> Host::tryToLead() {
     return {};
 }
 
+// False when what is gone could not be replaced.
+bool Host::keepHome() {
+    const bool lockIsInPlace = !lock_ || lock_->isInPlace(paths_);
+    if (lockIsInPlace && database_.isInPlace()) return true;
+    return troubles_.during([&] {
+        if (!lockIsInPlace) {
+            // Another host may have come to the new home before.
+            lock_.reset();
+            if (auto tried = tryToLead(); !tried)
+                troubles_.add(
+                    "The lock of this home cannot be taken: " + tried.error().description() + ".");
+        }
+        if (database_.isInPlace()) return;
+        if (auto reopened = database_.reopen(paths_); !reopened) {
+            troubles_.add(reopened.error().text());
+            return;
+        }
+        onlooker_.beginAnew();
+        troubles_.sayOnce("The database " + paths_.databaseFile().string() +
+                          " was removed or replaced while it was in use; this host goes on with "
+                          "the one that is there now.");
+    });
+}
+
 bool Host::pass() {
     nextLook_ = steady_clock::now() + (leads() ? leadersLook : onlookersLook);
+    if (!keepHome()) return false;
     if (!leads()) {
         // Its last words may have come before its end was seen.
         const bool ended = !HostLock::isHeld(paths_) && tryToLead() && leads();
@@ -75,9 +102,12 @@ PollInterest Host::clockInterest() const {
 }
 
 void Host::lookAround() {
+    const auto now = currentInstant();
+    // What is due by the old time of day would wait for as long as the clock was set back.
+    const bool wasSetBack = now < std::exchange(seenClock_, now);
     const auto due = watcher_.nextDue();
-    const bool isDue = due && *due <= currentInstant();
-    if (!leads() || isDue || SpoolState::of(paths_) != seenSpool_) {
+    const bool isDue = due && *due <= now;
+    if (!leads() || isDue || wasSetBack || SpoolState::of(paths_) != seenSpool_) {
         pass();
         return;
     }

@@ -29,7 +29,8 @@ class Host {
     [[nodiscard]] std::expected<void, FileError> tryToLead();
     bool leads() const { return lock_.has_value(); }
 
-    // False when something could not be done; the troubles have said what.
+    // False when something could not be done; the troubles have said what. Where the database, or
+    // the whole home, was removed or replaced meanwhile, says so and goes on with a new one.
     bool pass();
 
     // Makes a pass whenever there is reason for one: the spool's signal, what is due, and a look at
@@ -37,10 +38,12 @@ class Host {
     void attachTo(PollLoop& loop);
 
  private:
+    bool keepHome();
     PollInterest clockInterest() const;
     void lookAround();
 
     TallowbrookPaths paths_;
+    Database& database_;
     std::vector<Channel> channels_;
     Troubles troubles_;
     Watcher watcher_;
@@ -49,6 +52,7 @@ class Host {
 
     SpoolState seenSpool_;
     MonotonicTime nextLook_{};
+    Instant seenClock_{};  // the time of day at the last look
     std::optional<SpoolSignal::Observer> signal_;
     std::vector<PollLoop::Attachment> attachments_;
 };

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
@@ -32,6 +33,13 @@ std::expected<std::optional<HostLock>, FileError> HostLock::tryAcquire(
         std::this_thread::sleep_for(pause);
     }
     return HostLock{std::move(descriptor)};
+}
+
+bool HostLock::isInPlace(const TallowbrookPaths& paths) const {
+    struct stat own{};
+    struct stat found{};
+    return fstat(file_.number(), &own) == 0 && stat(file(paths).c_str(), &found) == 0 &&
+           own.st_dev == found.st_dev && own.st_ino == found.st_ino;
 }
 
 bool HostLock::isHeld(const TallowbrookPaths& paths) {

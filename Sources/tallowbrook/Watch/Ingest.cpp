@@ -8,6 +8,7 @@
 #include "Store/Outbox.h"
 #include "Store/SessionStore.h"
 #include "Store/Settings.h"
+#include "Watch/ClockStep.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -53,7 +54,8 @@ class BatchIngest {
           sessions_{database} {}
 
     void add(const AgentEvent& event, std::string_view line) {
-        ++(isNew(event, line) ? report.stored : report.seenBefore);
+        const auto seen = asOfNow(event, now_);
+        ++(isNew(event, seen ? *seen : event, line) ? report.stored : report.seenBefore);
     }
 
     void finish() {
@@ -69,13 +71,14 @@ class BatchIngest {
     IngestReport report;
 
  private:
-    bool isNew(const AgentEvent& event, std::string_view line) {
+    // Stores the event as it is; `seen` is the one that all else goes by.
+    bool isNew(const AgentEvent& event, const AgentEvent& seen, std::string_view line) {
         if (!event.sessionID) {
-            noteLive(event);
+            noteLive(seen);
             return store_.addEvent(event, line, std::nullopt, EventEffect::noSession);
         }
         auto& session = sessions_.entry({event.provider, *event.sessionID});
-        auto result = reducer_.reduce(std::move(session.snapshot), event);
+        auto result = reducer_.reduce(std::move(session.snapshot), seen);
         // Before it is known whether the event is new: its row refers to the session's. An event
         // that is there already has made its session when it first came.
         if (!session.number) session.number = store_.addSession(*result.current);
@@ -83,8 +86,9 @@ class BatchIngest {
             session.snapshot = std::move(result.previous);
             return false;
         }
-        decide(event, result);
-        noteLive(event);
+        decide(seen, result);
+        noteLive(seen);
+        if (isFarAhead(event, now_)) forgetOrder(*result.current);
         session.snapshot = std::move(result.current);
         return true;
     }
@@ -93,12 +97,18 @@ class BatchIngest {
         if (result.current->key.isSetupCheck()) return;
         const auto decision = NotificationPolicy::decide(
             event, result, settings_.preferences, now_, settings_.calendar,
-            [this](const std::string& key) { return outbox_.lastDelivered(key); });
+            [this](const std::string& key) { return lastDelivered(key); });
         if (const auto* deliver = std::get_if<NotificationDecision::Deliver>(&decision.outcome))
             outbox_.add(deliver->content, event.observedAt, now_, settings_.channels);
         if (const auto* held = std::get_if<NotificationDecision::Suppressed>(&decision.outcome);
             held != nullptr && held->reason == NotificationSuppression::staleBacklog)
             report.missedSessions.insert(held->content.sessionStorageID);
+    }
+
+    std::optional<Instant> lastDelivered(const std::string& key) {
+        const auto time = outbox_.lastDelivered(key);
+        // By a clock that was set back since, which says nothing about how long ago that is.
+        return time && *time > now_ ? std::nullopt : time;
     }
 
     void noteLive(const AgentEvent& event) {
@@ -127,6 +137,7 @@ void add(IngestReport& sum, IngestReport part) {
 
 IngestReport Ingest::run(const EventSource& source, Database& database, Instant now) const {
     IngestReport report;
+    bringSessionsBack(database, now);
     const auto batches = source.claim();
     if (!batches) {
         report.troubles.push_back(batches.error().text());
@@ -144,7 +155,9 @@ IngestReport Ingest::run(const EventSource& source, Database& database, Instant 
         }
         ingest.finish();
         transaction.commit();
-        // Only now: until the commit the batch is the one place where its events are.
+        // Only now: until the commit the batch is the one place where its events are, and also
+        // after a commit to a file that nobody will find again.
+        database.requireToBeInPlace();
         batch.remove();
         add(report, std::move(ingest.report));
         report.invalidLines += *invalidLines;

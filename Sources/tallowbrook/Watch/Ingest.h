@@ -29,9 +29,11 @@ struct Ingest {
     std::vector<std::string> channels;  // that are to tell what is due
 
     // Claims what the source holds and stores it, oldest first: the events, the sessions as they
-    // are then, and the notifications that are due at `now`. A batch is removed once its
+    // are then, and the notifications that are due at `now`. No session comes to lie after `now`,
+    // whatever its events say; their records stay as they are. A batch is removed once its
     // transaction is committed; one that cannot be read is kept and does not stop the others.
-    // Throws SQLite::Exception when the database fails: that batch and those behind it stay.
+    // Throws SQLite::Exception when the database fails, or its file is no longer in its place: that
+    // batch and those behind it stay.
     IngestReport run(const EventSource& source, Database& database, Instant now) const;
 };
 

@@ -17,12 +17,14 @@ bool wasShown(const Channel& channel) {
 }  // namespace
 
 Onlooker::Onlooker(Database& database, const Channel& channel, Troubles& troubles)
-    : database_{database},
-      channel_{channel},
-      troubles_{troubles},
-      // Before the place is read: what is told in between must not count as seen.
-      seenVersion_{database.dataVersion()} {
-    shownUpTo_ = Outbox{database}.newestPlace();
+    : database_{database}, channel_{channel}, troubles_{troubles} {
+    beginAnew();
+}
+
+void Onlooker::beginAnew() {
+    // Before the place is read: what is told in between must not count as seen.
+    seenVersion_ = database_.dataVersion();
+    shownUpTo_ = Outbox{database_}.newestPlace();
 }
 
 bool Onlooker::pass() {

@@ -16,6 +16,9 @@ class Onlooker {
     // SQLite::Exception when the database fails.
     Onlooker(Database& database, const Channel& channel, Troubles& troubles);
 
+    // After the database was opened anew: shows only what is told from here on.
+    void beginAnew();
+
     // Shows what was told since the last pass. Reads nothing where no other process has written.
     // False when something could not be shown; it is kept for the next pass.
     bool pass();
@@ -26,8 +29,8 @@ class Onlooker {
     Database& database_;
     const Channel& channel_;
     Troubles& troubles_;
-    std::int64_t shownUpTo_;  // a place of the outbox
-    std::int64_t seenVersion_;
+    std::int64_t shownUpTo_ = 0;  // a place of the outbox
+    std::int64_t seenVersion_ = 0;
 };
 
 }  // namespace tallowbrook::host

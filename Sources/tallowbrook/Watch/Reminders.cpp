@@ -40,6 +40,8 @@ Reminders::Outlook Reminders::look(Database& database, Instant now) const {
     for (const auto& session : SessionStore{database}.sessionsThatWait(shownSince)) {
         if (session.key.isSetupCheck()) continue;
         auto count = countOf(session, outbox);
+        // By a clock that was set back since.
+        if (count.lastSentAt > now) count.lastSentAt = distantPast;
         if (Seconds{now - count.lastSentAt} >= interval) {
             if (auto content = ReminderPolicy::due(session, count.sent, interval, preferences, now,
                                                    calendar)) {

@@ -1,8 +1,7 @@
 #include "Watch/Troubles.h"
 
-#include <fmt/core.h>
-
 #include "Store/Database.h"
+#include "Store/DatabaseFailure.h"
 
 namespace tallowbrook::host {
 
@@ -12,7 +11,7 @@ bool Troubles::during(const std::function<void()>& pass) {
         pass();
     } catch (const SQLite::Exception& error) {
         // A full disk or a locked database may be over by the next pass: the host goes on.
-        add(fmt::format("The database failed: {}. The spool is kept.", error.what()));
+        add(databaseFailure(databaseFile_, error).followedBy("The spool is kept.").text());
     }
     for (const auto& trouble : found_)
         if (!standing_.contains(trouble)) say_(trouble);

@@ -3,6 +3,7 @@
 // Used by one thread.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <set>
 #include <string>
@@ -13,7 +14,9 @@ class Troubles {
  public:
     // Takes a whole sentence, to the user and the log.
     using Say = std::function<void(const std::string& sentence)>;
-    explicit Troubles(Say say) : say_{std::move(say)} {}
+    // `databaseFile` is named where it turns out to be damaged.
+    Troubles(Say say, std::filesystem::path databaseFile)
+        : say_{std::move(say)}, databaseFile_{std::move(databaseFile)} {}
 
     // Runs one pass, and says what it adds unless that stood after the pass before already. A
     // failure of the database ends the pass and is a trouble too: what was not committed by then is
@@ -30,6 +33,7 @@ class Troubles {
 
  private:
     Say say_;
+    std::filesystem::path databaseFile_;
     std::set<std::string> found_;
     std::set<std::string> standing_;
 };

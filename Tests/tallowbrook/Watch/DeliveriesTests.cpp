@@ -67,6 +67,15 @@ TEST_F(Delivering, stopsAtTheFirstThatFailsAndGoesOnWithItWhenItIsDue) {
     EXPECT_EQ(fake.takeHeard(), (Titles{"title 2", "title 3"}));
 }
 
+TEST_F(Delivering, triesAgainSoonAlsoAfterTheClockWasSetBack) {
+    add(1);
+    fake.state->answers = {Answer::fails};
+    EXPECT_TRUE(deliverNow().failed);
+    now -= std::chrono::days{30};
+    EXPECT_EQ(deliverNow().next, std::nullopt);
+    EXPECT_EQ(fake.takeHeard(), Titles{"title 1"});
+}
+
 TEST_F(Delivering, stopsNoOtherChannel) {
     add(1, {"desktop", "lines"});
     const FakeChannel dead;

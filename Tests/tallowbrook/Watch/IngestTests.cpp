@@ -35,7 +35,7 @@ class IngestIntoStore : public testing::Test {
         return file;
     }
 
-    IngestReport run(Instant now = sampleTime) {
+    IngestReport run(Instant now = sampleTime + minutes{1}) {
         return Ingest{preferences, calendar, lines}.run(EventSource::spool({home.paths}), database,
                                                         now);
     }
@@ -249,6 +249,66 @@ TEST_F(IngestIntoStore, leavesASpoolThatIsLockedForLater) {
     const auto impatient = EventSource::spool({home.paths, Seconds{0}});
     EXPECT_EQ(ingest.run(impatient, database, sampleTime), expected);
     EXPECT_TRUE(exists(home.paths.activeSpoolFile()));
+}
+
+TEST_F(IngestIntoStore, takesAnEventFromTheFutureForOneOfNowAndKeepsItsRecord) {
+    AgentEvent future = permission(1);
+    future.observedAt = sampleTime + std::chrono::days{400};
+    segment(1, {event(1, "UserPromptSubmit", EventCategory::promptSubmitted), future});
+    const Instant now = sampleTime + minutes{1};
+    EXPECT_EQ(run(now), report(2));
+    EXPECT_EQ(home.text("SELECT record FROM events ORDER BY number DESC") + "\n",
+              EventCoding::encodeLine(future));
+    const auto sessions = store.sessions();
+    ASSERT_EQ(sessions.size(), 1U);
+    EXPECT_EQ(sessions[0].status, SessionStatus::needsAttention);
+    EXPECT_EQ(sessions[0].statusSince, now);
+    EXPECT_EQ(sessions[0].lastSeenAt, now);
+    EXPECT_EQ(pending().size(), 1U);
+}
+
+TEST_F(IngestIntoStore, goesOnWithASessionAfterAnEventFromTheFuture) {
+    AgentEvent future = event(1, "UserPromptSubmit", EventCategory::promptSubmitted);
+    future.observedAt = sampleTime + std::chrono::days{400};
+    // In one segment, in the next of the same pass, and in a later pass.
+    segment(1, {future, permission(2)});
+    segment(2, {event(3, "PostToolUse", EventCategory::activity)});
+    run();
+    segment(3, {event(4, "Stop", EventCategory::turnCompleted)});
+    run();
+    EXPECT_EQ(effects(), "applied,applied,applied,applied");
+    EXPECT_EQ(store.sessions().at(0).status, SessionStatus::completed);
+    EXPECT_EQ(pending().size(), 2U);
+}
+
+TEST_F(IngestIntoStore, goesOnWithASessionAfterTheClockWasSetBack) {
+    segment(1, {event(1, "UserPromptSubmit", EventCategory::promptSubmitted), permission(2)});
+    run();
+    const auto back = std::chrono::days{30};
+    AgentEvent answer = event(10, "PostToolUse", EventCategory::activity);
+    answer.observedAt -= back;
+    AgentEvent request = permission(12);
+    request.observedAt -= back;
+    AgentEvent late = event(11, "Stop", EventCategory::turnCompleted);
+    late.observedAt -= back;
+    segment(2, {answer, request, late});
+    run(sampleTime - back + seconds{15});
+    EXPECT_EQ(effects(), "applied,applied,applied,applied,outOfOrder");
+    EXPECT_EQ(pending().size(), 2U) << "what was told in the future keeps nothing from being told";
+    EXPECT_EQ(store.sessions().at(0).lastSeenAt, sampleTime - back + seconds{15});
+    EXPECT_EQ(store.sessions().at(0).statusSince, request.observedAt);
+}
+
+TEST_F(IngestIntoStore, keepsTheSegmentWhoseEventsWentIntoAFileThatIsGone) {
+    segment(1, {permission(1)});
+    for (const char* companion : {"", "-wal", "-shm"})
+        std::filesystem::remove(home.paths.databaseFile().string() + companion);
+    EXPECT_THROW(run(), SQLite::Exception);
+    EXPECT_EQ(segments(), 1U);
+    ASSERT_TRUE(database.reopen(home.paths));
+    EXPECT_EQ(run(), report(1));
+    EXPECT_EQ(segments(), 0U);
+    EXPECT_EQ(effects(), "applied");
 }
 
 TEST_F(IngestIntoStore, storesTheSetupsOwnEventsWithoutANotification) {

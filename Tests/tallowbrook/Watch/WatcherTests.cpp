@@ -35,7 +35,8 @@ struct Watching : testing::Test {
     FakeChannel fake;
     std::vector<Channel> channels{fake.channel()};
     Texts said;
-    Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); }};
+    Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); },
+                      home.paths.databaseFile()};
 
     EventSource events() {
         return {[this]() -> std::expected<std::vector<EventBatch>, Sentence> {
@@ -100,6 +101,23 @@ TEST_F(Watching, wakesForAReminderByItsOwnTime) {
     watcher.pass();
     EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code is still waiting for permission"});
     EXPECT_EQ(watcher.nextDue(), sampleTime + minutes{20});
+}
+
+TEST_F(Watching, remindsAnIntervalAfterTheClockWasSetBack) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += minutes{10};
+    watcher.pass();
+    fake.takeHeard();
+
+    now -= std::chrono::days{30};
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+    EXPECT_EQ(watcher.nextDue(), now + minutes{10});
+    now += minutes{10};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code is still waiting for permission"});
 }
 
 TEST_F(Watching, tellsWhatPiledUpWhileNoHostRanInOneLine) {
