@@ -9,7 +9,7 @@
 #include "Preferences/HostSettings.h"
 #include "SampleSegment.h"
 #include "SessionState/SessionReducer.h"
-#include "Store/EventStore.h"
+#include "Store/SessionStore.h"
 #include "Store/StoreSchema.h"
 
 namespace tallowbrook::bench {
@@ -20,10 +20,10 @@ using namespace tallowbrook::host;
 constexpr int recentSessions = 40;
 constexpr int eventsAtOnce = 100'000;
 
-EventStore open(const TallowbrookPaths& paths) {
-    auto store = EventStore::open(paths);
-    if (store) return std::move(*store);
-    fmt::print(stderr, "benchmark: {}\n", store.error());
+Database open(const TallowbrookPaths& paths) {
+    auto database = Database::open(paths);
+    if (database) return std::move(*database);
+    fmt::print(stderr, "benchmark: {}\n", database.error().text());
     std::exit(1);
 }
 
@@ -47,17 +47,19 @@ Instant seenAt(int session, Instant now) {
     return now - std::chrono::days{3} - minutes{30} * (largeStoreSessions - session);
 }
 
-void addSessions(EventStore& store, Instant now) {
-    auto transaction = store.beginWriting();
+void addSessions(Database& database, Instant now) {
+    auto transaction = database.beginWriting();
+    SessionStore store{database};
     for (int session = 0; session < largeStoreSessions; ++session)
         store.addSession(snapshotOf(session, seenAt(session, now)));
     transaction.commit();
 }
 
-void addEvents(EventStore& store, Instant now) {
+void addEvents(Database& database, Instant now) {
+    SessionStore store{database};
     auto events = sampleEvents(eventsAtOnce, largeStoreSessions);
     for (int added = 0; added < largeStoreEvents; added += eventsAtOnce) {
-        auto transaction = store.beginWriting();
+        auto transaction = database.beginWriting();
         for (int i = 0; i < eventsAtOnce; ++i) {
             auto& event = events[static_cast<std::size_t>(i)];
             event.id = randomUUID().value();
@@ -75,16 +77,17 @@ void addEvents(EventStore& store, Instant now) {
 }
 
 void fill(const TallowbrookPaths& paths) {
-    EventStore store = open(paths);
+    Database database = open(paths);
     const Instant now = std::chrono::floor<std::chrono::milliseconds>(currentInstant());
-    addSessions(store, now);
-    addEvents(store, now);
+    addSessions(database, now);
+    addEvents(database, now);
 }
 
 void refreshRecentSessions(const TallowbrookPaths& paths) {
-    EventStore store = open(paths);
+    Database database = open(paths);
     const Instant now = std::chrono::floor<std::chrono::milliseconds>(currentInstant());
-    auto transaction = store.beginWriting();
+    auto transaction = database.beginWriting();
+    SessionStore store{database};
     for (int session = largeStoreSessions - recentSessions; session < largeStoreSessions; ++session)
         store.updateSession(session + 1,
                             snapshotOf(session, now - std::chrono::seconds{session % 7}));
