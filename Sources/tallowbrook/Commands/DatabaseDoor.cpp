@@ -1,7 +1,5 @@
 #include "Commands/DatabaseDoor.h"
 
-#include <fmt/core.h>
-
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
 #include "Store/DatabaseFailure.h"
@@ -26,10 +24,8 @@ std::expected<void, Sentence> run(const TallowbrookPaths& paths, Missing missing
         action(&*database);
         return {};
     } catch (const SQLite::Exception& error) {
-        if (isOpen || isDamage(error))
-            return std::unexpected(databaseFailure(paths.databaseFile(), error));
-        return std::unexpected(Sentence{fmt::format("The database {} cannot be opened: {}",
-                                                    paths.databaseFile().string(), error.what())});
+        return std::unexpected(isOpen ? databaseFailure(paths.databaseFile(), error)
+                                      : openingFailure(paths.databaseFile(), error));
     }
 }
 

@@ -41,18 +41,6 @@ void writeLogBackAtClose(SQLite::Database& database, bool wanted) {
                       nullptr);
 }
 
-// Fails where the tables are not those of the version that the file names.
-std::expected<void, Sentence> migrate(SQLite::Database& database,
-                                      const std::filesystem::path& file) {
-    try {
-        StoreSchema::migrate(database);
-        return {};
-    } catch (const SQLite::Exception& error) {
-        if (error.getErrorCode() != SQLITE_ERROR) throw;
-        return std::unexpected(damagedDatabase(file, error.what()));
-    }
-}
-
 }  // namespace
 
 Database::Database(std::unique_ptr<SQLite::Database> database) : database_{std::move(database)} {}
@@ -81,8 +69,7 @@ std::expected<Database, Sentence> Database::open(const TallowbrookPaths& paths) 
     // A segment is deleted once its events are committed, so a commit must survive a power cut.
     database->exec("PRAGMA synchronous = FULL");
     database->exec("PRAGMA foreign_keys = ON");
-    if (auto migrated = migrate(*database, paths.databaseFile()); !migrated)
-        return std::unexpected(migrated.error());
+    StoreSchema::migrate(*database);
     writeLogBackAtClose(*database, true);
     return Database{std::move(database)};
 }

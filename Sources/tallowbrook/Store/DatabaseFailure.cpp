@@ -5,11 +5,19 @@
 
 namespace tallowbrook::host {
 
-bool isDamage(const SQLite::Exception& error) {
-    constexpr int primaryCode = 0xFF;
-    const int code = error.getErrorCode() & primaryCode;
-    return code == SQLITE_CORRUPT || code == SQLITE_NOTADB;
+namespace {
+
+int primaryCode(const SQLite::Exception& error) {
+    constexpr int primaryPart = 0xFF;
+    return error.getErrorCode() & primaryPart;
 }
+
+// Whether what lies in the file is no sound database, so that no later try will fare better.
+bool isDamage(const SQLite::Exception& error) {
+    return primaryCode(error) == SQLITE_CORRUPT || primaryCode(error) == SQLITE_NOTADB;
+}
+
+}  // namespace
 
 Sentence damagedDatabase(const std::filesystem::path& file, std::string_view what) {
     return Sentence{
@@ -22,6 +30,15 @@ Sentence damagedDatabase(const std::filesystem::path& file, std::string_view wha
 Sentence databaseFailure(const std::filesystem::path& file, const SQLite::Exception& error) {
     if (isDamage(error)) return damagedDatabase(file, error.what());
     return Sentence{fmt::format("The database failed: {}", error.what())};
+}
+
+Sentence openingFailure(const std::filesystem::path& file, const SQLite::Exception& error) {
+    // While the schema is brought forward this means that the tables are not those of the version
+    // that the file names. Later it may mean that a newer program has changed them.
+    if (isDamage(error) || primaryCode(error) == SQLITE_ERROR)
+        return damagedDatabase(file, error.what());
+    return Sentence{
+        fmt::format("The database {} cannot be opened: {}", file.string(), error.what())};
 }
 
 }  // namespace tallowbrook::host
