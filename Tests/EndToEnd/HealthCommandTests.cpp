@@ -185,7 +185,7 @@ TEST(Health, ofADatabaseThatIsNoneFailsAndMakesNothingUp) {
     const auto result = home.host({"health"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "");
-    EXPECT_THAT(result.errors, HasSubstr("cannot be opened: "));
+    EXPECT_THAT(result.errors, HasSubstr(" is damaged: file is not a database. "));
     EXPECT_EQ(contentsOf(home.paths.databaseFile()), "notes");
 
     const auto report = home.host({"doctor"});
