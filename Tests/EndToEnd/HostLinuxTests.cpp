@@ -82,22 +82,26 @@ TEST(HostOnLinux, tellsOnceWhatItsOutputTakesAtLast) {
     std::array<char, 4096> buffer{};
     while (write(writer.number(), buffer.data(), buffer.size()) > 0) continue;
 
+    // The first one waits for room, and the second one is held back.
     home.claude("PermissionRequest");
+    home.claude("Stop");
     ProgramCall call = home.hostCall({"watch"});
     call.prepare = [&] { dup2(writer.number(), STDOUT_FILENO); };
     RunningProgram host{call};
     ASSERT_TRUE(host.waitForErrors("Standard output cannot be written"));
     // Now there is room again.
     while (read(reader.number(), buffer.data(), buffer.size()) > 0) continue;
-    ASSERT_TRUE(comes([&] { return home.rows("deliveries WHERE state = 'told'") > 0; }));
+    ASSERT_TRUE(comes([&] { return home.rows("deliveries WHERE state = 'told'") == 2; }));
     host.send(SIGTERM);
     EXPECT_EQ(host.wait().status, 0);
     const ssize_t length = read(reader.number(), buffer.data(), buffer.size());
     ASSERT_GT(length, 0);
     const std::string output{buffer.data(), static_cast<std::size_t>(length)};
-    const std::string line = "Claude Code needs permission: proj";
-    EXPECT_NE(output.find(line), std::string::npos) << output;
-    EXPECT_EQ(output.find(line), output.rfind(line)) << output;
+    for (const std::string line :
+         {"Claude Code needs permission: proj", "Claude Code finished: proj"}) {
+        EXPECT_NE(output.find(line), std::string::npos) << output;
+        EXPECT_EQ(output.find(line), output.rfind(line)) << output;
+    }
 }
 
 }  // namespace

@@ -4,31 +4,77 @@
 #include <unistd.h>
 
 #include <memory>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Output/TimeText.h"
 
 namespace tallowbrook::host {
+namespace {
+
+using Kind = ChannelEvent::Kind;
+
+ChannelState stateOfLines() { return {.reason = "printed where tallowbrook watch runs"}; }
+
+std::string lineOf(const NotificationContent& content) {
+    const bool rings = content.playSound && isatty(STDOUT_FILENO) == 1;
+    return notificationLine(content, currentInstant()) + (rings ? "\a" : "");
+}
+
+// The deliveries of a channel that waits for nothing.
+struct PatientLines {
+    std::shared_ptr<PatientOutput> output;
+    std::optional<std::int64_t> underWay;
+    std::vector<ChannelEvent> events;
+
+    void begin(const Delivery& delivery) {
+        // More would pile up here and grow stale, where the outbox lets them go.
+        if (underWay) {
+            events.push_back({Kind::failed, delivery.number});
+            return;
+        }
+        underWay = delivery.number;
+        note(output->write(lineOf(delivery.content)));
+    }
+
+    void note(const std::expected<void, FileError>& written) {
+        if (!underWay || (written && output->isBehind())) return;
+        events.push_back({written ? Kind::handedOver : Kind::failed, *underWay});
+        underWay.reset();
+    }
+};
+
+}  // namespace
 
 Channel makeLinesChannel() {
     const auto events = std::make_shared<std::vector<ChannelEvent>>();
     return {
         .name = std::string{linesChannelName},
-        .state = [] { return ChannelState{.reason = "printed where tallowbrook watch runs"}; },
+        .state = stateOfLines,
         .begin =
             [events](const Delivery& delivery) {
-                const bool rings = delivery.content.playSound && isatty(STDOUT_FILENO) == 1;
-                const auto line = notificationLine(delivery.content, currentInstant());
-                const auto shown = StandardStreams::show(line + (rings ? "\a" : ""));
-                events->push_back(
-                    {shown ? ChannelEvent::Kind::handedOver : ChannelEvent::Kind::failed,
-                     delivery.number});
+                const auto shown = StandardStreams::show(lineOf(delivery.content));
+                events->push_back({shown ? Kind::handedOver : Kind::failed, delivery.number});
             },
         .withdraw = [](const std::string&) {},
         .takeEvents = [events] { return std::exchange(*events, {}); },
         .source = std::nullopt,
+    };
+}
+
+Channel makeLinesChannel(std::shared_ptr<PatientOutput> output) {
+    const auto lines = std::make_shared<PatientLines>(std::move(output));
+    return {
+        .name = std::string{linesChannelName},
+        .state = stateOfLines,
+        .begin = [lines](const Delivery& delivery) { lines->begin(delivery); },
+        .withdraw = [](const std::string&) {},
+        .takeEvents = [lines] { return std::exchange(lines->events, {}); },
+        .source = PollSource{.interest = [lines] { return lines->output->interest(); },
+                             .proceed = [lines](short) { lines->note(lines->output->writeOn()); }},
     };
 }
 

@@ -1,10 +1,12 @@
 // Tells by lines on standard output.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "Channels/Channel.h"
+#include "Channels/PatientOutput.h"
 
 namespace tallowbrook::host {
 
@@ -12,8 +14,12 @@ namespace tallowbrook::host {
 inline constexpr std::string_view linesChannelName = "lines";
 
 // One line for each notification with the time of day, and the terminal's bell where one listens.
-// A line that cannot be written fails at once.
+// Waits until standard output takes the line; one that cannot be written fails at once.
 Channel makeLinesChannel();
+
+// Waits for nothing: a line that standard output does not take now is told of later, by way of the
+// channel's source, and a second one meanwhile fails. The output is the channel's and its maker's.
+Channel makeLinesChannel(std::shared_ptr<PatientOutput> output);
 
 // "08:29:04  Claude Code needs permission: proj — waiting for approval." with a line feed at its
 // end.

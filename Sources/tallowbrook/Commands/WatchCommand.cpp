@@ -1,5 +1,6 @@
 #include "Commands/WatchCommand.h"
 
+#include <csignal>
 #include <memory>
 
 #include "Channels/LinesChannel.h"
@@ -17,21 +18,29 @@ namespace {
 
 constexpr std::int64_t maxLogBytes = 262144;
 
-Troubles::Say toUserAndLog(const TallowbrookPaths& paths) {
-    return [log = DiagnosticLog{paths.appLogFile(), maxLogBytes}](const std::string& sentence) {
-        StandardStreams::complain(sentence);
-        log.append("watch: " + sentence, currentInstant());
-    };
+Troubles::Say toUserAndLog(const TallowbrookPaths& paths, WatchMode mode) {
+    return
+        [mode, log = DiagnosticLog{paths.appLogFile(), maxLogBytes}](const std::string& sentence) {
+            // A terminal that was stopped must not stop a host that stays.
+            if (mode == WatchMode::once)
+                StandardStreams::complain(sentence);
+            else
+                StandardStreams::complainUnlessStalled(sentence);
+            log.append("watch: " + sentence, currentInstant());
+        };
 }
 
-int showSessions(Database& database) {
+std::string sessionTable(Database& database) {
     const Instant now = currentInstant();
-    return StandardStreams::showAsResult(recentSessions(database, now).table(now));
+    return recentSessions(database, now).table(now);
 }
 
 int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
     PollLoop loop;
-    Host host{paths, database, {makeLinesChannel()}, toUserAndLog(paths)};
+    const bool stays = mode == WatchMode::stay;
+    const auto output = std::make_shared<PatientOutput>();
+    const auto say = toUserAndLog(paths, mode);
+    Host host{paths, database, {stays ? makeLinesChannel(output) : makeLinesChannel()}, say};
     if (auto tried = host.tryToLead(); !tried)
         return StandardStreams::fail(
             "The lock of this home cannot be taken: " + tried.error().description() + ".");
@@ -48,8 +57,13 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
     host.attachTo(loop);
 
     const bool passed = host.pass();
-    const int shown = showSessions(database);
-    if (mode == WatchMode::once) return passed ? shown : ExitStatus::failed;
+    const auto table = sessionTable(database);
+    if (!stays) {
+        const int shown = StandardStreams::showAsResult(table);
+        return passed ? shown : ExitStatus::failed;
+    }
+    if (const auto shown = output->write(table); !shown)
+        say("Standard output cannot be written: " + shown.error().description() + ".");
     loop.run();
     return ExitStatus::done;
 }
@@ -57,6 +71,8 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
 }  // namespace
 
 int watch(const TallowbrookPaths& paths, WatchMode mode) {
+    // A reader that has gone is then an ordinary write error, which can be said.
+    std::signal(SIGPIPE, SIG_IGN);
     return withDatabase(paths, [&](Database& database) { return watchOn(paths, database, mode); });
 }
 

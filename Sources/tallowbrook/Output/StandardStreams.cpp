@@ -1,6 +1,8 @@
 #include "Output/StandardStreams.h"
 
 #include <fmt/core.h>
+#include <poll.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -32,6 +34,15 @@ void StandardStreams::complain(std::string_view sentence) {
 }
 
 void StandardStreams::complain(const Sentence& sentence) { complain(sentence.text()); }
+
+bool StandardStreams::takesMore(int stream) {
+    pollfd writer{stream, POLLOUT, 0};
+    return poll(&writer, 1, 0) > 0;
+}
+
+void StandardStreams::complainUnlessStalled(std::string_view sentence) {
+    if (takesMore(STDERR_FILENO)) complain(sentence);
+}
 
 int StandardStreams::fail(std::string_view sentence, int status) {
     complain(sentence);

@@ -24,6 +24,12 @@ int showAsResult(std::string_view text);
 void complain(std::string_view sentence);
 void complain(const Sentence& sentence);
 
+// Whether a write to this stream will not wait: it has room, or will fail.
+bool takesMore(int stream);
+
+// Complains, unless standard error takes nothing now, for a caller who must not wait.
+void complainUnlessStalled(std::string_view sentence);
+
 // Complains, for a command that ends with it: gives the status.
 int fail(std::string_view sentence, int status = ExitStatus::failed);
 int fail(const Sentence& sentence, int status = ExitStatus::failed);

@@ -91,7 +91,16 @@ void Host::attachTo(PollLoop& loop) {
         .proceed = [this](short) { lookAround(); },
     }));
     for (const auto& channel : channels_)
-        if (channel.source) attachments_.push_back(loop.attach(*channel.source));
+        if (channel.source)
+            attachments_.push_back(loop.attach({
+                .interest = channel.source->interest,
+                .proceed =
+                    [this, proceed = channel.source->proceed](short ready) {
+                        proceed(ready);
+                        // What has come of a delivery is to be written down.
+                        pass();
+                    },
+            }));
 }
 
 PollInterest Host::clockInterest() const {
