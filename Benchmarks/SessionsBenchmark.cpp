@@ -1,5 +1,5 @@
-// `tallowbrook sessions` over a large store, side by side with the bare query for the rows it
-// reads.
+// `tallowbrook sessions` over a large store, side by side with the bare query for what it
+// shows.
 //   SessionsBenchmark CACHE [RUNS]     the store is made once, in the folder CACHE
 #include <fmt/core.h>
 
@@ -34,6 +34,6 @@ int main(int argc, char** argv) {
     fmt::print("  {:<28} {:>9.1f} ms\n", "tallowbrook sessions", median(listTimes) / 1000);
     fmt::print("  {:<28} {:>9.1f} ms\n", "tallowbrook sessions --all", median(listAllTimes) / 1000);
     fmt::print("  {:<28} {:>9.1f} ms\n", "the bare query", median(queryTimes) / 1000);
-    return report({{"tallowbrook sessions, times the bare query for its rows",
+    return report({{"tallowbrook sessions, times the bare query for what it shows",
                     median(listTimes) / median(queryTimes), 3}});
 }

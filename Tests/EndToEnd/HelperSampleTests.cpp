@@ -4,6 +4,7 @@
 #include <set>
 
 #include "Support/BuildPaths.h"
+#include "Support/EventSummary.h"
 #include "Support/FileContents.h"
 #include "TestHome.h"
 
@@ -14,7 +15,7 @@ const std::filesystem::path samples{BuildPaths::samples};
 
 struct Sample {
     const char* file;
-    const char* event;  // as `described`
+    const char* event;  // as `summaryOf`, without the turn
     const char* sessionID;
     const char* turnID = "";
 };
@@ -68,20 +69,6 @@ const std::vector<Sample> expectedEvents{
      "01a1fcb3-aec0-70f2-81ce-a17342e1caac", "01a1fcb3-aed6-7f80-93bd-d5339df1207c"},
 };
 
-std::string described(const AgentEvent& event) {
-    std::string text = event.eventType + " " + std::string{rawValue(event.category)};
-    if (event.attention) text.append(" ").append(rawValue(*event.attention));
-    const auto add = [&text](const char* name, const std::optional<std::string>& value) {
-        if (value) text.append(" ").append(name).append("=").append(*value);
-    };
-    add("endReason", event.detail.endReason);
-    add("errorType", event.detail.errorType);
-    add("notificationType", event.detail.notificationType);
-    add("sessionSource", event.detail.sessionSource);
-    add("toolName", event.detail.toolName);
-    return text;
-}
-
 // Hands the sample over as its agent does.
 ProgramResult play(const TestHome& home, const std::string& file) {
     const std::string payload = contentsOf(samples / (file + ".json"));
@@ -97,9 +84,9 @@ TEST(HelperSamples, eachBecomesItsEvent) {
         ASSERT_EQ(events.size(), 1U) << file;
         const AgentEvent& event = events[0];
         const bool isClaude = std::string_view{file}.starts_with("claude");
-        EXPECT_EQ(described(event), expected) << file;
+        const std::string turn = *turnID != '\0' ? std::string{" turn="} + turnID : "";
+        EXPECT_EQ(summaryOf(event), expected + turn) << file;
         EXPECT_EQ(event.sessionID, sessionID) << file;
-        EXPECT_EQ(event.turnID.value_or(""), turnID) << file;
         EXPECT_EQ(event.cwd, "/Users/dev/Developer/proj") << file;
         EXPECT_EQ(event.provider, isClaude ? Provider::claudeCode : Provider::codexCLI) << file;
         EXPECT_EQ(event.origin, EventOrigin::live) << file;

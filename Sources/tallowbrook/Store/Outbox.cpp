@@ -16,6 +16,14 @@ UUID idOf(const SQLite::Column& column) {
     return id;
 }
 
+// The last two parameters of a statement on one delivery.
+void execOn(const Database::StatementUse& statement, int firstParameter, std::int64_t notification,
+            const std::string& channel) {
+    statement->bind(firstParameter, notification);
+    statement->bind(firstParameter + 1, channel);
+    statement->exec();
+}
+
 // How many columns a notification has: what a query asks for besides stands behind them.
 constexpr int columnsOfNotification = 10;
 
@@ -84,9 +92,7 @@ void Outbox::markBegun(std::int64_t notification, const std::string& channel) {
     const auto update = database_.prepared(
         "UPDATE deliveries SET state = 'begun', attempts = attempts + 1"
         " WHERE notification = ? AND channel = ?");
-    update->bind(1, notification);
-    update->bind(2, channel);
-    update->exec();
+    execOn(update, 1, notification, channel);
 }
 
 void Outbox::markTold(std::int64_t notification, const std::string& channel, Instant at) {
@@ -96,9 +102,7 @@ void Outbox::markTold(std::int64_t notification, const std::string& channel, Ins
         " place = (SELECT coalesce(max(place), 0) + 1 FROM deliveries)"
         " WHERE notification = ? AND channel = ?");
     update->bind(1, storedForm(at));
-    update->bind(2, notification);
-    update->bind(3, channel);
-    update->exec();
+    execOn(update, 2, notification, channel);
 }
 
 void Outbox::postpone(std::int64_t notification, const std::string& channel, Instant dueAt) {
@@ -106,17 +110,13 @@ void Outbox::postpone(std::int64_t notification, const std::string& channel, Ins
         "UPDATE deliveries SET state = 'pending', attempts = attempts + 1, due_at = ?"
         " WHERE notification = ? AND channel = ?");
     update->bind(1, storedForm(dueAt));
-    update->bind(2, notification);
-    update->bind(3, channel);
-    update->exec();
+    execOn(update, 2, notification, channel);
 }
 
 void Outbox::markRefused(std::int64_t notification, const std::string& channel) {
     const auto update = database_.prepared(
         "UPDATE deliveries SET state = 'refused' WHERE notification = ? AND channel = ?");
-    update->bind(1, notification);
-    update->bind(2, channel);
-    update->exec();
+    execOn(update, 1, notification, channel);
 }
 
 void Outbox::recover(const std::string& channel, bool mayRepeat) {
@@ -137,10 +137,11 @@ void Outbox::recover(const std::string& channel, bool mayRepeat) {
 std::vector<StoredNotification> Outbox::dropOlderThan(Instant time) {
     std::vector<StoredNotification> dropped;
     {
+        // By what is open, which is little, not through all that was ever decided.
         const auto query = database_.prepared(
-            "SELECT DISTINCT n.* FROM deliveries d JOIN notifications n ON n.number = "
-            "d.notification"
-            " WHERE d.state IN ('pending', 'begun') AND n.observed_at < ? ORDER BY n.number");
+            "SELECT * FROM notifications WHERE observed_at < ? AND number IN"
+            " (SELECT notification FROM deliveries WHERE state IN ('pending', 'begun'))"
+            " ORDER BY number");
         query->bind(1, storedForm(time));
         while (query->executeStep()) dropped.push_back(readNotification(*query));
     }

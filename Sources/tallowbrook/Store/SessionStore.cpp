@@ -96,9 +96,11 @@ std::vector<SessionSnapshot> SessionStore::sessions(const std::set<std::string>&
     return sessions;
 }
 
+// Ordered by `+number`: for `number` alone SQLite would step through all sessions in that order and
+// leave the index of the time unused.
 std::vector<SessionSnapshot> SessionStore::sessionsSeenSince(Instant time) {
-    const auto query =
-        database_.prepared("SELECT snapshot FROM sessions WHERE last_seen_at >= ? ORDER BY number");
+    const auto query = database_.prepared(
+        "SELECT snapshot FROM sessions WHERE last_seen_at >= ? ORDER BY +number");
     query->bind(1, storedForm(time));
     return readSnapshots(query);
 }
@@ -106,7 +108,7 @@ std::vector<SessionSnapshot> SessionStore::sessionsSeenSince(Instant time) {
 std::vector<SessionSnapshot> SessionStore::sessionsThatWait(Instant seenSince) {
     const auto query = database_.prepared(
         "SELECT snapshot FROM sessions WHERE status = 'needsAttention' AND last_seen_at >= ?"
-        " ORDER BY number");
+        " ORDER BY +number");
     query->bind(1, storedForm(seenSince));
     return readSnapshots(query);
 }
