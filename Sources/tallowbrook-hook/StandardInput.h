@@ -16,7 +16,8 @@ struct StandardInput {
 };
 
 // Reads descriptor 0 to its end, also past `limit` bytes, so that the agent never waits on
-// a full pipe. Keeps at most `limit` bytes. A read error counts as the end.
+// a full pipe. Keeps at most `limit` bytes. Waits for what is still to come, also where the
+// descriptor itself does not block. A read error counts as the end.
 StandardInput readStandardInput(std::size_t limit);
 
 }  // namespace tallowbrook::hook

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <memory>
 
@@ -61,11 +62,17 @@ TEST(HelperQuietExit, anInputThatNeverEndsIsGivenUpWithoutATrace) {
     }
 }
 
-TEST(HelperQuietExit, aFileThatBlocksIsGivenUpToo) {
-    const TestHome home;
-    create_directories(home.paths.spoolDirectory());
-    ASSERT_EQ(mkfifo(home.paths.activeSpoolFile().c_str(), 0600), 0);
-    EXPECT_EQ(home.hook({"claude-code"}, claudePayload("Stop")), quiet);
+TEST(HelperQuietExit, aPipeInThePlaceOfAFileCostsTheEventAtMost) {
+    for (const auto& [pipe, message] :
+         {std::pair{"spool/events.jsonl", "open-spool-errno" + std::to_string(ENXIO)},
+          std::pair{"spool/spool.lock", "open-lock-errno" + std::to_string(EINVAL)}}) {
+        const TestHome home;
+        create_directories(home.paths.spoolDirectory());
+        ASSERT_EQ(mkfifo((home.paths.home / pipe).c_str(), 0600), 0);
+        EXPECT_EQ(home.hook({"claude-code"}, claudePayload("Stop")), quiet);
+        EXPECT_EQ(home.logged(),
+                  std::vector{"helper: claude-code spool write failed: io-" + message});
+    }
 }
 
 TEST(HelperQuietExit, signalsThatTheParentIgnoresOrBlocksMakeNoDifference) {

@@ -69,6 +69,15 @@ TEST(StandardInput, goesOnBehindASignalThatInterruptsIt) {
     EXPECT_EQ(reading(20, 1, 100, interrupt), "20");
 }
 
+TEST(StandardInput, isWaitedForWhereItsDescriptorDoesNotBlock) {
+    const auto doNotBlock = [] { fcntl(STDIN_FILENO, F_SETFL, O_NONBLOCK); };
+    EXPECT_EQ(reading(20, 1, 100, doNotBlock), "20");
+}
+
+TEST(StandardInput, isEmptyWhereThereIsNoDescriptor) {
+    EXPECT_EQ(reading(20, 1, 100, [] { close(STDIN_FILENO); }), "0");
+}
+
 TEST(StandardInput, keepsTheBytesAsTheyCame) {
     EXPECT_EQ(inChildProcess([]() -> std::string {
                   int ends[2];

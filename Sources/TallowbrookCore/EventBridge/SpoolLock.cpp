@@ -1,9 +1,10 @@
 #include "EventBridge/SpoolLock.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 
 #include <cerrno>
+
+#include "System/LockFile.h"
 
 namespace tallowbrook {
 namespace {
@@ -16,20 +17,33 @@ constexpr useconds_t pauseMicroseconds = 2000;
 
 std::expected<SpoolLock, SpoolError> SpoolLock::acquire(const TallowbrookPaths& paths,
                                                         Seconds timeout) {
-    // The file is never removed: one process could hold a lock on the removed file while the next
-    // one locks its successor.
-    FileDescriptor file{open(paths.spoolLockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
-    if (!file.isOpen()) return std::unexpected(SpoolError::io("open-lock", errno));
+    const auto path = paths.spoolLockFile();
+    const auto failure = [](const FileError& error) {
+        return std::unexpected(SpoolError::io("open-lock", error.errorNumber));
+    };
+    auto file = LockFile::open(path);
+    if (!file) return failure(file.error());
 
     const auto start = std::chrono::steady_clock::now();
-    while (flock(file.number(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK && errno != EINTR)
+    while (true) {
+        const bool isLocked = flock(file->number(), LOCK_EX | LOCK_NB) == 0;
+        if (!isLocked && errno != EWOULDBLOCK && errno != EINTR)
             return std::unexpected(SpoolError::io("flock", errno));
+        if (isLocked) {
+            const auto place = LockFile::placeOf(*file, path);
+            if (!place) return failure(place.error());
+            if (*place == LockFile::Place::kept) return SpoolLock{std::move(*file)};
+        }
         if (std::chrono::steady_clock::now() - start >= timeout)
             return std::unexpected(SpoolError::lockTimeout());
-        usleep(pauseMicroseconds);
+        if (!isLocked) {
+            usleep(pauseMicroseconds);
+            continue;
+        }
+        // Others lock the file that is in place by now.
+        file = LockFile::open(path);
+        if (!file) return failure(file.error());
     }
-    return SpoolLock{std::move(file)};
 }
 
 SpoolLock::~SpoolLock() {

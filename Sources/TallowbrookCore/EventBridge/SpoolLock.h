@@ -13,9 +13,11 @@ namespace tallowbrook {
 
 class SpoolLock {
  public:
-    // Creates the lock file if need be; its directory must be there. Tries every 2 ms for at most
-    // `timeout` of the monotonic clock, and once when that is 0. Fails with `io("open-lock", …)`,
-    // `io("flock", …)` or `lockTimeout`.
+    // Creates the lock file if need be, with mode 0600 whatever the umask; its directory must be
+    // there. Tries every 2 ms for at most `timeout` of the monotonic clock, and once when that is
+    // 0. The lock is that of the file in place: one deleted meanwhile is left for its successor.
+    // Fails with `io("open-lock", …)`, with EINVAL for what is no regular file, `io("flock", …)` or
+    // `lockTimeout`.
     [[nodiscard]] static std::expected<SpoolLock, SpoolError> acquire(const TallowbrookPaths& paths,
                                                                       Seconds timeout);
 

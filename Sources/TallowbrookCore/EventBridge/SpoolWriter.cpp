@@ -16,6 +16,14 @@
 namespace tallowbrook {
 namespace {
 
+constexpr mode_t ownerOnly = 0600;
+
+// A file just made under a umask that takes them: it could not be opened again, by writer or
+// reader.
+bool lacksOwnersBits(const struct stat& status) {
+    return status.st_size == 0 && (status.st_mode & ownerOnly) != ownerOnly;
+}
+
 // A torn line would swallow the next event. The caller still holds the lock, so no other helper
 // wrote behind it; where even this fails, the reader counts one invalid line and goes on.
 void undoAppend(const std::filesystem::path& file, std::int64_t length) {
@@ -70,9 +78,14 @@ std::expected<std::optional<std::int64_t>, SpoolError> SpoolWriter::rotateIfNeed
 
 std::expected<void, SpoolError> SpoolWriter::appendBytes(std::string_view bytes,
                                                          const std::filesystem::path& file) {
+    // Without O_NONBLOCK the opening of a pipe waits for a reader that may never come.
     const FileDescriptor opened{
-        open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600)};
-    if (!opened.isOpen()) return std::unexpected(SpoolError::io("open-spool", errno));
+        open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, ownerOnly)};
+    struct stat status{};
+    if (!opened.isOpen() || fstat(opened.number(), &status) != 0)
+        return std::unexpected(SpoolError::io("open-spool", errno));
+    if (!S_ISREG(status.st_mode)) return std::unexpected(SpoolError::io("open-spool", EINVAL));
+    if (lacksOwnersBits(status)) fchmod(opened.number(), ownerOnly);
     if (auto written = FileContents::write(opened.number(), bytes); !written)
         return std::unexpected(SpoolError::io(written.error().step, written.error().errorNumber));
     return {};

@@ -40,8 +40,9 @@ struct SpoolWriter {
     [[nodiscard]] std::expected<std::optional<std::int64_t>, SpoolError> rotateIfNeeded(
         std::int64_t adding) const;
 
-    // Appends to `file`, creating it with mode 0600; takes no lock. A failed write may leave a part
-    // of `bytes` behind.
+    // Appends to `file`, creating it with mode 0600 whatever the umask; takes no lock and never
+    // waits. Refuses what is no regular file with `io("open-spool", …)`: a pipe with ENXIO or
+    // EINVAL, a directory with EISDIR. A failed write may leave a part of `bytes` behind.
     [[nodiscard]] static std::expected<void, SpoolError> appendBytes(
         std::string_view bytes, const std::filesystem::path& file);
 };

@@ -8,6 +8,8 @@
 #include <chrono>
 #include <thread>
 
+#include "System/LockFile.h"
+
 namespace tallowbrook::host {
 namespace {
 
@@ -24,15 +26,24 @@ std::expected<std::optional<HostLock>, FileError> HostLock::tryAcquire(
     const TallowbrookPaths& paths) {
     if (auto made = TallowbrookPaths::ensureDirectory(paths.home); !made)
         return std::unexpected(made.error());
-    FileDescriptor descriptor{open(file(paths).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
-    if (!descriptor.isOpen()) return std::unexpected(FileError{"open", errno});
-    for (int tries = 0; flock(descriptor.number(), LOCK_EX | LOCK_NB) != 0;) {
-        if (errno != EWOULDBLOCK && errno != EINTR)
+    auto descriptor = LockFile::open(file(paths));
+    for (int tries = 0; descriptor; ++tries) {
+        const bool isLocked = flock(descriptor->number(), LOCK_EX | LOCK_NB) == 0;
+        if (!isLocked && errno != EWOULDBLOCK && errno != EINTR)
             return std::unexpected(FileError{"flock", errno});
-        if (++tries == maxTries) return std::nullopt;
-        std::this_thread::sleep_for(pause);
+        if (isLocked) {
+            const auto place = LockFile::placeOf(*descriptor, file(paths));
+            if (!place) return std::unexpected(place.error());
+            if (*place == LockFile::Place::kept) return HostLock{std::move(*descriptor)};
+        }
+        if (tries + 1 == maxTries) return std::nullopt;
+        if (isLocked)
+            // Another host would lock the file that is in place by now.
+            descriptor = LockFile::open(file(paths));
+        else
+            std::this_thread::sleep_for(pause);
     }
-    return HostLock{std::move(descriptor)};
+    return std::unexpected(descriptor.error());
 }
 
 bool HostLock::isInPlace(const TallowbrookPaths& paths) const {
@@ -43,7 +54,7 @@ bool HostLock::isInPlace(const TallowbrookPaths& paths) const {
 }
 
 bool HostLock::isHeld(const TallowbrookPaths& paths) {
-    const FileDescriptor descriptor{open(file(paths).c_str(), O_RDONLY | O_CLOEXEC)};
+    const FileDescriptor descriptor{open(file(paths).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
     // A shared lock, given back at once, cannot be mistaken for a host by anybody who looks, too.
     return descriptor.isOpen() && flock(descriptor.number(), LOCK_SH | LOCK_NB) != 0 &&
            errno == EWOULDBLOCK;

@@ -15,7 +15,9 @@ class HostLock {
     static std::filesystem::path file(const TallowbrookPaths& paths);
 
     // Absent when another process holds the lock. Waits 50 ms for that, longer than anybody holds
-    // it who only looks. Creates the home if need be.
+    // it who only looks. Creates the home if need be, and the file with mode 0600 whatever the
+    // umask. The lock is that of the file in place: one deleted meanwhile is left for its
+    // successor.
     [[nodiscard]] static std::expected<std::optional<HostLock>, FileError> tryAcquire(
         const TallowbrookPaths& paths);
 

@@ -1,6 +1,7 @@
 #include "Diagnostics/DiagnosticLog.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <fstream>
 #include <map>
@@ -84,6 +85,16 @@ TEST_F(DiagnosticLogTest, isSilentWhereItsDirectoryCannotBeMade) {
     writeContents(file.parent_path(), "a file");
     log.append("message", sampleTime);
     EXPECT_EQ(contentsOf(file.parent_path()), "a file");
+}
+
+TEST_F(DiagnosticLogTest, isSilentWhereAPipeIsInItsPlace) {
+    fs::create_directories(file.parent_path());
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+    EXPECT_EQ(inChildProcess([&]() -> std::string {
+                  log.append("message", sampleTime);
+                  return "silent";
+              }),
+              "silent");
 }
 
 TEST_F(DiagnosticLogTest, linesOfManyProcessesDoNotMix) {

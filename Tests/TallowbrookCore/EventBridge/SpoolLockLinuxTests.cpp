@@ -6,8 +6,11 @@
 #include "EventBridge/SpoolLock.h"
 #include "Support/ChildProcess.h"
 #include "Support/FailingSystemCallLinux.h"
+#include "Support/LockHolder.h"
+#include "Support/OpenFilesLinux.h"
 #include "Support/Outcome.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/WaitUntil.h"
 
 namespace tallowbrook {
 namespace {
@@ -33,6 +36,23 @@ TEST(SpoolLockLinux, failsAtOnceWhereThereIsNoLockingAndTriesAgainWhenInterrupte
         if (seen == noFilter) GTEST_SKIP() << *seen;
         EXPECT_EQ(seen, outcome) << errorNumber;
     }
+}
+
+// A waiter whose file was deleted meanwhile must not hold what later comers do not see.
+TEST(SpoolLockLinux, isTheOneOfTheFileInPlaceWhenAnotherWasDeletedMeanwhile) {
+    const TemporaryDirectory temporary;
+    const TallowbrookPaths paths{temporary.path};
+    fs::create_directories(paths.spoolDirectory());
+    LockHolder holder{paths.spoolLockFile()};
+    ASSERT_TRUE(holder.holds);
+    ChildProcess waiter{[&] {
+        const auto lock = SpoolLock::acquire(paths, Seconds{60});
+        return outcomeOf(lock) + ", then " + outcomeOf(SpoolLock::acquire(paths, Seconds{0}));
+    }};
+    waitUntil([&] { return hasOpen(waiter.pid, paths.spoolLockFile()); });
+    fs::remove(paths.spoolLockFile());
+    holder.releaseSoon();
+    EXPECT_EQ(waiter.result(), "ok, then lock-timeout");
 }
 
 }  // namespace

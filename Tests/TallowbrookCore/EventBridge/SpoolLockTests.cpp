@@ -1,6 +1,7 @@
 #include "EventBridge/SpoolLock.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 
@@ -8,6 +9,7 @@
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
+#include "Support/OrdinaryUser.h"
 #include "Support/Outcome.h"
 #include "Support/TemporaryDirectory.h"
 
@@ -79,6 +81,51 @@ TEST_F(SpoolLockTest, movesWithItsValue) {
         EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "lock-timeout");
     }
     EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
+}
+
+TEST_F(SpoolLockTest, canBeTakenAgainWhateverTheUmaskWas) {
+    const auto user = OrdinaryUser::find();
+    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
+    for (const mode_t mask : {0777, 0400, 0200}) {
+        std::filesystem::remove(paths.spoolLockFile());
+        ASSERT_TRUE(user->own(temporary.path) && user->own(paths.spoolDirectory()));
+        const auto outcome = inChildProcess([&]() -> std::string {
+            if (!user->become()) return "still another user";
+            const FileModeMask masked{mask};
+            const std::string first = outcomeOf(SpoolLock::acquire(paths, once));
+            return first + " " + outcomeOf(SpoolLock::acquire(paths, once));
+        });
+        EXPECT_EQ(outcome, "ok ok") << mask;
+        EXPECT_EQ(modeOf(paths.spoolLockFile().c_str()), mode_t{0600}) << mask;
+    }
+}
+
+TEST_F(SpoolLockTest, keepsTheModeOfAnExistingFileThatItsOwnerMayNotUse) {
+    const auto user = OrdinaryUser::find();
+    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
+    writeContents(paths.spoolLockFile(), "");
+    chmod(paths.spoolLockFile().c_str(), 0);
+    for (const auto& location : {temporary.path, paths.spoolDirectory(), paths.spoolLockFile()})
+        ASSERT_TRUE(user->own(location));
+    const auto outcome = inChildProcess([&]() -> std::string {
+        if (!user->become()) return "still another user";
+        return outcomeOf(SpoolLock::acquire(paths, once));
+    });
+    EXPECT_EQ(outcome, ioCode("open-lock", EACCES));
+    EXPECT_EQ(modeOf(paths.spoolLockFile().c_str()), mode_t{0});
+}
+
+TEST_F(SpoolLockTest, followsALinkToAFileThatIsStillMissing) {
+    const auto elsewhere = temporary.path / "elsewhere";
+    std::filesystem::create_symlink(elsewhere, paths.spoolLockFile());
+    EXPECT_EQ(outcomeOf(SpoolLock::acquire(paths, once)), "ok");
+    EXPECT_TRUE(std::filesystem::is_regular_file(elsewhere));
+}
+
+TEST_F(SpoolLockTest, isNoPipe) {
+    ASSERT_EQ(mkfifo(paths.spoolLockFile().c_str(), 0600), 0);
+    EXPECT_EQ(inChildProcess([&] { return outcomeOf(SpoolLock::acquire(paths, once)); }),
+              ioCode("open-lock", EINVAL));
 }
 
 TEST_F(SpoolLockTest, needsALockFileThatCanBeOpened) {

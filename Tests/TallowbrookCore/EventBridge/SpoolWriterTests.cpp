@@ -1,17 +1,23 @@
 #include "EventBridge/SpoolWriter.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
 
 #include "EventBridge/SpoolLock.h"
+#include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
+#include "Support/OrdinaryUser.h"
 #include "Support/Outcome.h"
 #include "Support/SampleEvents.h"
 #include "Support/TemporaryDirectory.h"
+#include "System/FileDescriptor.h"
 
 namespace tallowbrook {
 namespace {
@@ -74,6 +80,49 @@ TEST_F(SpoolWriterTest, waitsForALockThatIsGivenBack) {
     writer.configuration.lockTimeout = Seconds{60};
     EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
     EXPECT_EQ(contentsOf(paths.activeSpoolFile()), EventCoding::encodeLine(minimalEvent()));
+}
+
+TEST_F(SpoolWriterTest, writesToNoPipeWhetherOrNotItIsRead) {
+    fs::create_directories(paths.spoolDirectory());
+    ASSERT_EQ(mkfifo(paths.activeSpoolFile().c_str(), 0600), 0);
+    EXPECT_EQ(inChildProcess([&] { return outcomeOf(writer.append(minimalEvent())); }),
+              ioCode("open-spool", ENXIO));
+    const FileDescriptor reader{
+        open(paths.activeSpoolFile().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+    ASSERT_TRUE(reader.isOpen());
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-spool", EINVAL));
+    char byte = 0;
+    EXPECT_NE(read(reader.number(), &byte, 1), 1);
+}
+
+TEST_F(SpoolWriterTest, writesToNoDirectoryOrDevice) {
+    fs::create_directories(paths.activeSpoolFile());
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-spool", EISDIR));
+    fs::remove(paths.activeSpoolFile());
+    fs::create_symlink("/dev/null", paths.activeSpoolFile());
+    EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), ioCode("open-spool", EINVAL));
+}
+
+// Makes the file under an umask that takes every bit, and opens it again.
+TEST_F(SpoolWriterTest, canGoOnAfterAnyUmask) {
+    const auto user = OrdinaryUser::find();
+    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
+    for (const mode_t mask : {0777, 0400, 0200}) {
+        const TemporaryDirectory owned;
+        ASSERT_TRUE(user->own(owned.path));
+        writer.paths = {owned.path / "home"};
+        const auto outcome = inChildProcess([&]() -> std::string {
+            if (!user->become()) return "still another user";
+            std::string outcomes;
+            for (const mode_t next : {mask, mode_t{022}}) {
+                const FileModeMask masked{next};
+                outcomes += outcomeOf(writer.append(minimalEvent())) + " ";
+            }
+            return outcomes;
+        });
+        EXPECT_EQ(outcome, "ok ok ") << mask;
+        EXPECT_EQ(modeOf(writer.paths.activeSpoolFile().c_str()), mode_t{0600});
+    }
 }
 
 TEST(AppendBytes, addToAFileOrMakeIt) {

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "Support/ChildProcess.h"
 #include "Support/FileContents.h"
 #include "Support/FileModeMask.h"
 #include "Support/LockHolder.h"
+#include "Support/OrdinaryUser.h"
 #include "Support/TemporaryDirectory.h"
 
 namespace tallowbrook::host {
@@ -78,6 +80,28 @@ TEST_F(HostLockOfHome, cannotBeTakenInAHomeThatIsAFile) {
     ASSERT_FALSE(lock);
     EXPECT_EQ(lock.error(), (FileError{"stat", ENOTDIR}));
     EXPECT_FALSE(HostLock::isHeld(paths));
+}
+
+TEST_F(HostLockOfHome, canBeTakenAgainWhateverTheUmaskWas) {
+    const auto user = OrdinaryUser::find();
+    if (!user) GTEST_SKIP() << OrdinaryUser::missing;
+    ASSERT_TRUE(user->own(directory.path));
+    const auto outcome = inChildProcess([&]() -> std::string {
+        if (!user->become()) return "still another user";
+        const FileModeMask masked{0777};
+        return isFree() && isFree() ? "taken twice" : "refused";
+    });
+    EXPECT_EQ(outcome, "taken twice");
+    EXPECT_EQ(modeOf(HostLock::file(paths).c_str()), 0600U);
+}
+
+TEST_F(HostLockOfHome, cannotBeTakenWhereAPipeIsInTheWay) {
+    create_directories(paths.home);
+    ASSERT_EQ(mkfifo(HostLock::file(paths).c_str(), 0600), 0);
+    const auto lock = HostLock::tryAcquire(paths);
+    ASSERT_FALSE(lock);
+    EXPECT_EQ(lock.error(), (FileError{"open", EINVAL}));
+    EXPECT_EQ(inChildProcess([&] { return HostLock::isHeld(paths) ? "held" : "free"; }), "free");
 }
 
 TEST_F(HostLockOfHome, cannotBeTakenWhereADirectoryIsInTheWay) {
