@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -40,6 +41,12 @@ struct PatientLines {
         note(output->write(lineOf(delivery.content)));
     }
 
+    PollInterest interest() const {
+        // The session list, written behind the line, may have carried it along: that is news, too.
+        if (underWay && !output->isBehind()) return {-1, 0, std::chrono::steady_clock::now()};
+        return output->interest();
+    }
+
     void note(const std::expected<void, FileError>& written) {
         if (!underWay || (written && output->isBehind())) return;
         events.push_back({written ? Kind::handedOver : Kind::failed, *underWay});
@@ -73,7 +80,7 @@ Channel makeLinesChannel(std::shared_ptr<PatientOutput> output) {
         .begin = [lines](const Delivery& delivery) { lines->begin(delivery); },
         .withdraw = [](const std::string&) {},
         .takeEvents = [lines] { return std::exchange(lines->events, {}); },
-        .source = PollSource{.interest = [lines] { return lines->output->interest(); },
+        .source = PollSource{.interest = [lines] { return lines->interest(); },
                              .proceed = [lines](short) { lines->note(lines->output->writeOn()); }},
     };
 }
