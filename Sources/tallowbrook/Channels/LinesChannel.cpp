@@ -3,7 +3,6 @@
 #include <fmt/core.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -38,17 +37,13 @@ struct PatientLines {
             return;
         }
         underWay = delivery.number;
-        note(output->write(lineOf(delivery.content)));
+        // What comes of it is settled by the output.
+        static_cast<void>(output->write(lineOf(delivery.content)));
     }
 
-    PollInterest interest() const {
-        // The session list, written behind the line, may have carried it along: that is news, too.
-        if (underWay && !output->isBehind()) return {-1, 0, std::chrono::steady_clock::now()};
-        return output->interest();
-    }
-
-    void note(const std::expected<void, FileError>& written) {
-        if (!underWay || (written && output->isBehind())) return;
+    // Also what others write there settles the line before it.
+    void settle(bool written) {
+        if (!underWay) return;
         events.push_back({written ? Kind::handedOver : Kind::failed, *underWay});
         underWay.reset();
     }
@@ -72,16 +67,20 @@ Channel makeLinesChannel() {
     };
 }
 
-Channel makeLinesChannel(std::shared_ptr<PatientOutput> output) {
-    const auto lines = std::make_shared<PatientLines>(std::move(output));
+Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output) {
+    const auto lines = std::make_shared<PatientLines>(output);
+    output->whenSettled = [lines = std::weak_ptr{lines}](bool written) {
+        if (const auto living = lines.lock()) living->settle(written);
+    };
     return {
         .name = std::string{linesChannelName},
         .state = stateOfLines,
         .begin = [lines](const Delivery& delivery) { lines->begin(delivery); },
         .withdraw = [](const std::string&) {},
         .takeEvents = [lines] { return std::exchange(lines->events, {}); },
-        .source = PollSource{.interest = [lines] { return lines->interest(); },
-                             .proceed = [lines](short) { lines->note(lines->output->writeOn()); }},
+        .source =
+            PollSource{.interest = [lines] { return lines->output->interest(); },
+                       .proceed = [lines](short) { static_cast<void>(lines->output->writeOn()); }},
     };
 }
 

@@ -19,7 +19,7 @@ Channel makeLinesChannel();
 
 // Waits for nothing: a line that standard output does not take now is told of later, by way of the
 // channel's source, and a second one meanwhile fails. The output is the channel's and its maker's.
-Channel makeLinesChannel(std::shared_ptr<PatientOutput> output);
+Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output);
 
 // "08:29:04  Claude Code needs permission: proj — waiting for approval." with a line feed at its
 // end.

@@ -38,8 +38,10 @@ std::expected<void, FileError> PatientOutput::writeOn() {
         if (errno == EAGAIN) break;
         const FileError error{"write", errno};
         left_.clear();
+        whenSettled(false);
         return std::unexpected(error);
     }
+    if (!isBehind()) whenSettled(true);
     return {};
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <expected>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,10 @@ class PatientOutput {
 
     // While it is behind: that standard output takes something.
     PollInterest interest() const;
+
+    // Is told whenever nothing is left: whether all was written, or standard output would not take
+    // it. Also from within `write`.
+    std::function<void(bool written)> whenSettled = [](bool) {};
 
  private:
     std::string left_;

@@ -62,8 +62,11 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
         const int shown = StandardStreams::showAsResult(table);
         return passed ? shown : ExitStatus::failed;
     }
+    const bool wasBehind = output->isBehind();
     if (const auto shown = output->write(table); !shown)
         say("Standard output cannot be written: " + shown.error().description() + ".");
+    // What was to be told before the list may have been settled with it.
+    if (wasBehind && !output->isBehind()) host.pass();
     loop.run();
     return ExitStatus::done;
 }

@@ -33,8 +33,8 @@ class Database {
     static bool exists(const TallowbrookPaths& paths);
 
     // False once the file was removed, or another one has taken its place: what is committed is
-    // then out of reach for everybody else, and lost when the value goes. False too where the place
-    // cannot be looked at.
+    // then out of reach for other processes, and lost when the value goes. False too where the
+    // place cannot be looked at.
     bool isInPlace() const;
 
     // Throws SQLite::Exception where `isInPlace` is false.

@@ -21,8 +21,8 @@ class HostLock {
     [[nodiscard]] static std::expected<std::optional<HostLock>, FileError> tryAcquire(
         const TallowbrookPaths& paths);
 
-    // False once the file was removed or replaced, with the home perhaps: the lock then keeps
-    // nobody away.
+    // False once the file was removed or replaced, with the home perhaps: the lock then keeps no
+    // other host away.
     bool isInPlace(const TallowbrookPaths& paths) const;
 
     // Whether some process holds the lock now; for those who only look.

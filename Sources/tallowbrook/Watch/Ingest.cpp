@@ -156,7 +156,7 @@ IngestReport Ingest::run(const EventSource& source, Database& database, Instant 
         ingest.finish();
         transaction.commit();
         // Only now: until the commit the batch is the one place where its events are, and also
-        // after a commit to a file that nobody will find again.
+        // after a commit to a file that lost its name.
         database.requireToBeInPlace();
         batch.remove();
         add(report, std::move(ingest.report));

@@ -32,7 +32,7 @@ struct Ingest {
     // are then, and the notifications that are due at `now`. No session comes to lie after `now`,
     // whatever its events say; their records stay as they are. A batch is removed once its
     // transaction is committed; one that cannot be read is kept and does not stop the others.
-    // Throws SQLite::Exception when the database fails, or its file is no longer in its place: that
+    // Throws SQLite::Exception when the database fails, or its file is not in its place: that
     // batch and those behind it stay.
     IngestReport run(const EventSource& source, Database& database, Instant now) const;
 };
