@@ -25,7 +25,8 @@ class Observer {
     Observer& operator=(Observer&&) noexcept;
     ~Observer();
 
-    // Readable (poll(2)) when something may have been posted since the last `consume`.
+    // Readable (poll(2)) when something may have been posted since the last `consume`. A reader
+    // that asks before each sleep also hears again when what it observes was lost and is back.
     int fileDescriptor() const;
 
     // Takes all that has arrived; tells whether a post was among it. Does not block.

@@ -49,7 +49,7 @@ bool touch(const std::string& file) {
 }
 
 constexpr std::uint32_t watchedChanges =
-    IN_ATTRIB | IN_CLOSE_WRITE | IN_CREATE | IN_MOVED_TO | IN_ONLYDIR;
+    IN_ATTRIB | IN_CLOSE_WRITE | IN_CREATE | IN_MOVED_TO | IN_MOVE_SELF | IN_ONLYDIR;
 
 }  // namespace
 
@@ -77,6 +77,13 @@ struct Observer::State {
         watch = inotify_add_watch(inotify.number(), directory->c_str(), watchedChanges);
         return watch >= 0;
     }
+
+    // A directory that was moved away is watched on until it is let go.
+    void takeLoss(const inotify_event& event) {
+        if (event.wd != watch || (event.mask & (IN_IGNORED | IN_MOVE_SELF)) == 0) return;
+        if ((event.mask & IN_MOVE_SELF) != 0) inotify_rm_watch(inotify.number(), watch);
+        watch = -1;
+    }
 };
 
 std::expected<Observer, FileError> Observer::start() {
@@ -87,7 +94,11 @@ std::expected<Observer, FileError> Observer::start() {
     return Observer{std::move(state)};
 }
 
-int Observer::fileDescriptor() const { return state_->inotify.number(); }
+int Observer::fileDescriptor() const {
+    // What was posted before the new watch is not known: our own post has the reader look once.
+    if (state_->watch < 0 && state_->watchDirectory()) post();
+    return state_->inotify.number();
+}
 
 bool Observer::consume() {
     bool posted = false;
@@ -103,7 +114,7 @@ bool Observer::consume() {
             if ((event.mask & IN_Q_OVERFLOW) != 0 ||
                 (event.len > 0 && name == start + sizeof event))
                 posted = true;
-            if ((event.mask & IN_IGNORED) != 0) state_->watch = -1;
+            state_->takeLoss(event);
             position += static_cast<ssize_t>(sizeof event + event.len);
         }
     }

@@ -12,7 +12,8 @@
 namespace tallowbrook {
 namespace {
 
-std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSize) {
+std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSize,
+                                                std::size_t maxBytes) {
     // One byte more than the file holds, so that the end of it is met without growing. The size is
     // only a first guess: the file may grow while it is read.
     std::string bytes(expectedSize + 1, '\0');
@@ -23,6 +24,7 @@ std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSi
         if (count < 0) return std::unexpected(FileError{"read", errno});
         if (count == 0) break;
         length += static_cast<std::size_t>(count);
+        if (length > maxBytes) return std::unexpected(FileError{"read", EFBIG});
         if (length == bytes.size()) bytes.resize(2 * length);
     }
     bytes.resize(length);
@@ -31,7 +33,8 @@ std::expected<std::string, FileError> readToEnd(int file, std::size_t expectedSi
 
 }  // namespace
 
-std::expected<std::string, FileError> FileContents::read(const std::filesystem::path& file) {
+std::expected<std::string, FileError> FileContents::read(const std::filesystem::path& file,
+                                                         std::size_t maxBytes) {
     // Without O_NONBLOCK the opening of a pipe waits for a writer that may never come.
     const FileDescriptor opened{open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
     struct stat status{};
@@ -39,8 +42,10 @@ std::expected<std::string, FileError> FileContents::read(const std::filesystem::
         return std::unexpected(FileError{"open", errno});
     if (S_ISDIR(status.st_mode)) return std::unexpected(FileError{"read", EISDIR});
     if (!S_ISREG(status.st_mode)) return std::unexpected(FileError{"read", EINVAL});
+    const auto size = static_cast<std::size_t>(status.st_size);
+    if (size > maxBytes) return std::unexpected(FileError{"read", EFBIG});
     try {
-        return readToEnd(opened.number(), static_cast<std::size_t>(status.st_size));
+        return readToEnd(opened.number(), size, maxBytes);
     } catch (const std::exception&) {  // there is no memory for it
         return std::unexpected(FileError{"read", ENOMEM});
     }

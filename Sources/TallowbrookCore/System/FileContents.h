@@ -3,8 +3,10 @@
 // Safe from any thread.
 #pragma once
 
+#include <cstddef>
 #include <expected>
 #include <filesystem>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -13,8 +15,11 @@
 namespace tallowbrook::FileContents {
 
 // All bytes of a regular file. Never waits: a pipe or device in its place is refused with EINVAL, a
-// directory with EISDIR. Fails with ENOMEM when the system gives no memory for the file.
-[[nodiscard]] std::expected<std::string, FileError> read(const std::filesystem::path& file);
+// directory with EISDIR. Fails with EFBIG when there are more than `maxBytes`, and with ENOMEM when
+// the system gives no memory for the file.
+[[nodiscard]] std::expected<std::string, FileError> read(
+    const std::filesystem::path& file,
+    std::size_t maxBytes = std::numeric_limits<std::size_t>::max());
 
 // Writes all of the bytes to an open descriptor, however many calls that takes. After a failure a
 // part of them may have been written.

@@ -22,6 +22,8 @@ namespace {
 
 constexpr std::string_view recordPrefix = "window-";
 constexpr std::string_view extension = ".json";
+// A record names folders and process ids: far less than this.
+constexpr std::size_t maxRecordBytes = 1'048'576;
 constexpr std::string_view unfinishedSuffix = ".unfinished";
 
 bool isWindowRecord(const std::filesystem::path& file) {
@@ -71,7 +73,7 @@ std::vector<EditorWindow> EditorBridge::windows(const std::filesystem::path& dir
     std::vector<EditorWindow> found;
     for (const auto& file : listDirectory(directory)) {
         if (!isWindowRecord(file)) continue;
-        const auto text = FileContents::read(file);
+        const auto text = FileContents::read(file, maxRecordBytes);
         // The extension may have removed the file since the listing.
         if (!text) continue;
         auto window = EditorWindowCoding::decode(*text);

@@ -29,7 +29,8 @@ inline constexpr Seconds requestLifetime{10.0};
 bool processIsRunning(pid_t pid);
 
 // The windows published in a directory, in the order of its listing, of the editors that still run.
-// Files that are no window record are passed over. Empty when the directory cannot be listed.
+// Files that are no window record, or have more than 1 MiB, are passed over. Empty when the
+// directory cannot be listed.
 std::vector<EditorWindow> windows(const std::filesystem::path& directory,
                                   const std::function<bool(pid_t)>& isRunning = processIsRunning);
 

@@ -30,7 +30,9 @@ FocusOutcome EditorFocus::reveal(const EditorWindow& window, pid_t shellPid) con
 FocusOutcome EditorFocus::openWindow(const EditorWindow& window) const {
     // To open what a window shows raises that window instead of making another.
     const auto target = window.openTarget();
-    if (!target)
+    // What is no absolute path the editor, or the program that starts it, may take for an option or
+    // an address.
+    if (!target || !target->starts_with('/'))
         return FocusOutcome::nothing(fmt::format(
             "{} has the session's terminal, but its window shows no folder by which it could be "
             "opened.",

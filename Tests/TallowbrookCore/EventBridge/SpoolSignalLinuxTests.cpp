@@ -148,6 +148,37 @@ TEST_F(SpoolSignalLinuxTest, theObserverTakesUpADirectoryThatComesBackLater) {
     EXPECT_TRUE(observer.consume());
 }
 
+TEST_F(SpoolSignalLinuxTest, theObserverTakesUpADirectoryThatComesBackBeforeItsReaderSleeps) {
+    auto observer = start();
+    fs::remove_all(directory);
+    EXPECT_FALSE(observer.consume());
+    EXPECT_TRUE(isQuiet(observer));
+
+    fs::create_directory(directory);
+    SpoolSignal::post();
+    EXPECT_TRUE(isWoken(observer)) << "a post may have come before the new watch";
+    EXPECT_TRUE(observer.consume());
+    EXPECT_TRUE(isQuiet(observer));
+    SpoolSignal::post();
+    EXPECT_TRUE(isWoken(observer));
+    EXPECT_TRUE(observer.consume());
+}
+
+TEST_F(SpoolSignalLinuxTest, theObserverDoesNotGoWithADirectoryThatIsMovedAway) {
+    auto observer = start();
+    for (int round = 0; round < 2; ++round) {
+        fs::rename(directory, temporary.path / std::to_string(round));
+        fs::create_directory(directory);
+        EXPECT_TRUE(isWoken(observer)) << "the loss of the directory wakes";
+        EXPECT_TRUE(observer.consume()) << "a post may have come before the new watch";
+        SpoolSignal::post();
+        EXPECT_TRUE(isWoken(observer)) << round;
+        EXPECT_TRUE(observer.consume()) << round;
+        writeContents(temporary.path / std::to_string(round) / signalName, "");
+        EXPECT_TRUE(isQuiet(observer)) << round;
+    }
+}
+
 TEST_F(SpoolSignalLinuxTest, aPostWithoutADirectoryIsNothing) {
     fs::remove_all(directory);
     SpoolSignal::post();

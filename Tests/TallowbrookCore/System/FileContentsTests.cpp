@@ -44,6 +44,16 @@ TEST_F(FileContentsTest, readsEveryByte) {
     }
 }
 
+TEST_F(FileContentsTest, readsAFileUpToTheLimitThatItIsGiven) {
+    writeContents(file, "1234");
+    EXPECT_EQ(FileContents::read(file, 4), "1234");
+    EXPECT_EQ(outcomeOf(FileContents::read(file, 3)), failed("read", EFBIG));
+    // The system tells no size of what it makes up as it is read.
+    if (fs::exists("/proc/self/status")) {
+        EXPECT_EQ(outcomeOf(FileContents::read("/proc/self/status", 10)), failed("read", EFBIG));
+    }
+}
+
 TEST_F(FileContentsTest, refusesWhatIsNoRegularFileAndNeverWaits) {
     EXPECT_EQ(reading(file), failed("open", ENOENT));
     EXPECT_EQ(reading(temporary.path), failed("read", EISDIR));

@@ -129,6 +129,9 @@ TEST(EditorBridgeWindows, passOverWhatIsNoRecord) {
     fs::create_directory(temporary.path / "window-5.json");
     fs::create_symlink("missing", temporary.path / "window-6.json");
     ASSERT_EQ(mkfifo((temporary.path / "window-7.json").c_str(), 0600), 0);
+    const std::string blanks(1'048'576, ' ');
+    writeContents(temporary.path / "window-8.json",
+                  blanks + EditorWindowCoding::encode(windowOf(31)));
     EXPECT_THAT(hostsOf(EditorBridge::windows(temporary.path, everyProcessRuns)), ElementsAre(30));
 }
 

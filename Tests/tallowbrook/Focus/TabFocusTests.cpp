@@ -129,6 +129,19 @@ TEST_F(FocusInEditor, opensTheFolderWhereNobodyTakesTheRequest) {
     EXPECT_TRUE(std::filesystem::is_empty(paths.editorRequestsDirectory())) << "it may act later";
 }
 
+// The record is a file that anything of the user's may have written.
+TEST_F(FocusInEditor, opensNothingThatIsNoAbsolutePath) {
+    machine.takesRequests = false;
+    for (const std::string target :
+         {"--new-window", "https://example.org", "proj", "", "file:///Users/x/proj"}) {
+        writeContents(paths.editorsDirectory() / "window-1.json",
+                      R"({"hostPid":)" + std::to_string(getpid()) + R"(,"workspace":")" + target +
+                          R"(","appName":"Cursor","folders":[],"shellPids":[850]})");
+        machine.answers["/usr/bin/open -b com.microsoft.VSCode " + target] = "";
+        EXPECT_EQ(focus().result, nothing) << target;
+    }
+}
+
 TEST_F(FocusInEditor, withoutAWindowRecordPointsToTheExtension) {
     std::filesystem::remove_all(paths.editorsDirectory());
     machine.answers["/usr/bin/open -b com.microsoft.VSCode"] = "";
