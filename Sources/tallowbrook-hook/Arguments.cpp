@@ -14,6 +14,7 @@ Arguments parseArguments(int argc, const char* const* argv) {
             arguments.origin = EventOrigin::test;
         else if (word != "--home")
             arguments.positional.push_back(word);
+        // A "--home" at the end names nothing; the event goes to the standard home.
         else if (i + 1 < argc)
             arguments.home = argv[++i];
     }

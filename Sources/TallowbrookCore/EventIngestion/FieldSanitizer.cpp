@@ -8,6 +8,7 @@
 namespace tallowbrook {
 namespace {
 
+// Not isalnum(3), which goes by the locale.
 bool isTokenCharacter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
            c == '.' || c == ':' || c == '_';
@@ -38,6 +39,7 @@ std::optional<std::string> FieldSanitizer::path(const std::optional<std::string>
     if (std::ranges::any_of(*text, isControlCharacter) || !UTF8::isValid(*text))
         return std::nullopt;
     std::string path = *text;
+    // One directory, one name: sessions are found by it.
     while (path.size() >= 2 && path.ends_with('/')) path.pop_back();
     return path;
 }

@@ -93,6 +93,7 @@ std::expected<SessionSnapshot, DecodingError> SessionSnapshotCoding::decode(std:
         .lastSignatureAt = decoder.optional("lastSignatureAt", &RecordDecoder::date),
         .eventCount = decoder.integer("eventCount"),
     };
+    // Asked once at the end: the decoder keeps the first violation of all members read above.
     if (decoder.failure()) return std::unexpected(*decoder.failure());
     return snapshot;
 }

@@ -18,6 +18,7 @@
 namespace tallowbrook::host {
 namespace {
 
+// What fits on a screen together with the explanation.
 constexpr int shownEvents = 10;
 
 std::string explanationOf(const SessionSnapshot& session, Database& database, Instant now) {

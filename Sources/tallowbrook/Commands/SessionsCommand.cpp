@@ -12,6 +12,8 @@
 namespace tallowbrook::host {
 namespace {
 
+// On standard error, so that the JSON of a pipe stays whole. A host that watches is about to store
+// what waits: then there is nothing to hint at.
 void hintAtPendingEvents(const TallowbrookPaths& paths) {
     if (HostLock::isHeld(paths) || SpoolDrainer{paths}.pendingSegmentCount() == 0) return;
     StandardStreams::complain("Events wait in the spool. \"tallowbrook watch\" reads them.");

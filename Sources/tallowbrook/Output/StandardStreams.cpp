@@ -12,9 +12,12 @@
 namespace tallowbrook::host {
 
 std::expected<void, FileError> StandardStreams::show(std::string_view text) {
+    // Flushed each time: a reader behind a pipe waits for the line, and a failure is to be known
+    // now.
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
         return {};
     const int error = errno;
+    // The stream would refuse all that follows, although its reader may be back by then.
     std::clearerr(stdout);
     return std::unexpected(FileError{"write", error});
 }
@@ -30,6 +33,7 @@ int StandardStreams::showAsResult(std::string_view text) {
 }
 
 void StandardStreams::complain(std::string_view sentence) {
+    // Behind the program's name, since a shell shows the words of several programs in one stream.
     fmt::print(stderr, "tallowbrook: {}\n", PrintableText::printable(sentence));
 }
 

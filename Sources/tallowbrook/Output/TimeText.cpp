@@ -9,6 +9,7 @@
 namespace tallowbrook::host {
 namespace {
 
+// Not std::chrono::current_zone, which GCC 12 lacks.
 std::tm localTime(Instant instant) {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(
         std::chrono::time_point_cast<std::chrono::system_clock::duration>(instant));

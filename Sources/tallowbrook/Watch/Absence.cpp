@@ -16,6 +16,7 @@ struct Counts {
 Counts count(const std::set<std::string>& ids, const NotificationPreferences& preferences,
              Database& database) {
     Counts counts;
+    // By what they are now, not by what was missed: a request that was answered meanwhile is over.
     for (const auto& session : SessionStore{database}.sessions(ids)) {
         if (session.status == SessionStatus::needsAttention && preferences.notifyOnAttention)
             ++counts.waiting;

@@ -5,6 +5,7 @@
 namespace tallowbrook::host {
 namespace {
 
+// A lock or a rename is told by its code, as in the helper's log, so that the two can be compared.
 std::string describe(const SpoolAccessError& error) {
     if (const auto* spool = std::get_if<SpoolError>(&error)) return spool->diagnosticCode();
     return std::get<FileError>(error).description();

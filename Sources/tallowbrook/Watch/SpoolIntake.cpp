@@ -8,6 +8,7 @@
 namespace tallowbrook::host {
 
 void takeInUnlessWatched(const TallowbrookPaths& paths, Database& database) {
+    // Two hosts that drain at once would both count the sessions on from the same state.
     const auto lock = HostLock::tryAcquire(paths);
     if (!lock || !*lock) return;
     const Ingest ingest{Settings{database}.preferences().notifications,

@@ -14,6 +14,7 @@ std::filesystem::file_time_type changedAt(const std::filesystem::path& file) {
 }  // namespace
 
 SpoolState SpoolState::of(const TallowbrookPaths& paths) {
+    // The directory changes with every rename in it, and the active file with every append.
     std::error_code error;
     const auto bytes = std::filesystem::file_size(paths.activeSpoolFile(), error);
     return {changedAt(paths.spoolDirectory()), changedAt(paths.activeSpoolFile()),
