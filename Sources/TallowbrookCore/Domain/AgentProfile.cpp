@@ -70,6 +70,11 @@ constexpr std::array claudeSources{
 constexpr std::array claudeHomeExecutables{Path{"/.claude/local/claude"}};
 constexpr std::array claudeExtensionExecutables{Path{"/resources/native-binary/claude"}};
 
+constexpr std::array claudeAskingTools{
+    AskingTool{"AskUserQuestion", Asking::question},
+    AskingTool{"ExitPlanMode", Asking::plan},
+};
+
 constexpr AgentProfile claudeCode{
     .provider = Provider::claudeCode,
     .displayName = "Claude Code",
@@ -85,6 +90,7 @@ constexpr AgentProfile claudeCode{
     .sources = claudeSources,
     .hookForm = HookForm::exec,
     .hookTimeoutSeconds = 5,
+    .askingTools = claudeAskingTools,
     .nextStep = "sessions that you start from now on are watched.",
 };
 
@@ -140,6 +146,7 @@ constexpr AgentProfile codexCLI{
     .sources = codexSources,
     .hookForm = HookForm::shellLine,
     .hookTimeoutSeconds = 5,
+    .askingTools = {},
     .nextStep =
         "start it once and trust the new hooks when it asks for their review, or it skips "
         "them without a word.",
@@ -171,6 +178,12 @@ std::string_view displayName(Provider provider) { return AgentProfile::of(provid
 
 const AgentProfile& AgentProfile::of(Provider provider) {
     return profiles[static_cast<std::size_t>(provider)];
+}
+
+std::optional<Asking> AgentProfile::asking(const std::optional<std::string>& toolName) const {
+    for (const auto& tool : askingTools)
+        if (tool.name == toolName) return tool.asks;
+    return std::nullopt;
 }
 
 const AgentProfile& AgentProfile::of(PayloadSource source) { return *ownerOf(source).profile; }

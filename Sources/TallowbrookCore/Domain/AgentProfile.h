@@ -7,6 +7,7 @@
 #include <array>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -35,6 +36,17 @@ struct DetailRule {
 struct AttentionRule {
     std::string_view detail;
     AttentionKind attention;
+};
+
+// What the user is really asked when the agent asks for leave to use one of its own tools.
+enum class Asking {
+    question,  // to answer
+    plan,      // to approve
+};
+
+struct AskingTool {
+    std::string_view name;
+    Asking asks;
 };
 
 enum class HookInstallation {
@@ -94,12 +106,16 @@ struct AgentProfile {
     std::span<const AgentSource> sources;  // that of its hooks comes first
     HookForm hookForm;
     int hookTimeoutSeconds;
+    std::span<const AskingTool> askingTools;
     std::string_view nextStep;  // what the user has to know or do once the hooks are installed
 
     const AgentSource& hooks() const { return sources.front(); }
 
     static const AgentProfile& of(Provider provider);
     static const AgentProfile& of(PayloadSource source);
+
+    // Absent for a tool that does not ask, and where no tool is named.
+    std::optional<Asking> asking(const std::optional<std::string>& toolName) const;
 };
 
 // The source, as its agent's row describes it.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "Domain/AgentProfile.h"
 #include "Domain/EventCoding.h"
 #include "Output/PrintableText.h"
 #include "Output/TimeText.h"
@@ -30,10 +31,15 @@ constexpr std::array statusLabels{
     StatusLabel{SessionStatus::unknown, "unknown"},
 };
 
+std::string waitingText(const SessionSnapshot& session) {
+    const auto asks = AgentProfile::of(session.key.provider).asking(session.statusDetail.toolName);
+    if (asks == Asking::question) return "has a question";
+    if (asks == Asking::plan) return "has a plan";
+    return session.attention == AttentionKind::input ? "needs input" : "needs permission";
+}
+
 std::string statusText(const ListedSession& session) {
-    if (session.status == SessionStatus::needsAttention)
-        return session.snapshot.attention == AttentionKind::input ? "needs input"
-                                                                  : "needs permission";
+    if (session.status == SessionStatus::needsAttention) return waitingText(session.snapshot);
     // One may go on after a completed turn, but not after the end of the session.
     if (session.status == SessionStatus::completed && session.snapshot.sessionEnded) return "ended";
     const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);

@@ -9,6 +9,7 @@
 #include "Store/SessionStore.h"
 #include "Store/Settings.h"
 #include "Watch/ClockStep.h"
+#include "Watch/Interpretation.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -71,13 +72,15 @@ class BatchIngest {
     IngestReport report;
 
  private:
-    // Stores the event as it is; `seen` is the one that all else goes by.
-    bool isNew(const AgentEvent& event, const AgentEvent& seen, std::string_view line) {
+    // Stores the event as it is; `timed` is the one that all else goes by.
+    bool isNew(const AgentEvent& event, const AgentEvent& timed, std::string_view line) {
         if (!event.sessionID) {
-            noteLive(seen);
+            noteLive(timed);
             return store_.addEvent(event, line, std::nullopt, EventEffect::noSession);
         }
         auto& session = sessions_.entry({event.provider, *event.sessionID});
+        const auto meant = interpreted(timed, session.snapshot);
+        const AgentEvent& seen = meant ? *meant : timed;
         auto result = reducer_.reduce(std::move(session.snapshot), seen);
         // Before it is known whether the event is new: its row refers to the session's. An event
         // that is there already has made its session when it first came.
@@ -98,8 +101,11 @@ class BatchIngest {
         const auto decision = NotificationPolicy::decide(
             event, result, settings_.preferences, now_, settings_.calendar,
             [this](const std::string& key) { return lastDelivered(key); });
-        if (const auto* deliver = std::get_if<NotificationDecision::Deliver>(&decision.outcome))
-            outbox_.add(deliver->content, event.observedAt, now_, settings_.channels);
+        if (const auto* deliver = std::get_if<NotificationDecision::Deliver>(&decision.outcome)) {
+            auto content = deliver->content;
+            wordAsMeant(content, event, *result.current);
+            outbox_.add(content, event.observedAt, now_, settings_.channels);
+        }
         if (const auto* held = std::get_if<NotificationDecision::Suppressed>(&decision.outcome);
             held != nullptr && held->reason == NotificationSuppression::staleBacklog)
             report.missedSessions.insert(held->content.sessionStorageID);

@@ -119,10 +119,16 @@ TEST(SessionList, namesEachStatusInItsTable) {
         SessionSnapshot snapshot;
         std::string status;
     };
+    auto question = input;
+    question.statusDetail.toolName = "AskUserQuestion";
+    auto plan = input;
+    plan.statusDetail.toolName = "ExitPlanMode";
     for (const auto& [snapshot, status] : {
              Row{permission, "needs permission"},
              Row{session("S", needsAttention), "needs permission"},
              Row{input, "needs input     "},
+             Row{question, "has a question  "},
+             Row{plan, "has a plan      "},
              Row{session("S", completed), "completed       "},
              Row{ended, "ended           "},
              Row{session("S", working), "working         "},
