@@ -82,10 +82,12 @@ std::expected<void, ConfigFileError> replaceFile(std::string_view data, const pa
     auto file = ReplacementFile::create(target.parent_path() / name);
     if (!file) return failure(file.error());
     if (auto done = file->write(data); !done) return failure(done.error());
-    // The owner first: a change of owner takes set-user-ID bits away.
+    // The owner first, the mode last: a change of owner takes set-user-ID bits away, and without
+    // its access control list the file would be open to its group.
     if (hasSource) {
         if (auto done = file->setOwner(status.st_uid, status.st_gid); !done)
             return failure(done.error());
+        if (auto done = file->takeAttributes(source); !done) return failure(done.error());
         if (auto done = file->setMode(status.st_mode & permissionBits); !done)
             return failure(done.error());
     }
@@ -112,6 +114,12 @@ std::expected<path, FileError> ConfigFileWriter::resolve(const path& location) {
         resolved = resolved.parent_path() / target;
     }
     return std::unexpected(FileError{"readlink", ELOOP});
+}
+
+std::uint64_t ConfigFileWriter::otherNames(const path& location) {
+    struct stat status{};
+    if (stat(location.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    return status.st_nlink > 1 ? status.st_nlink - 1 : 0;
 }
 
 std::expected<std::optional<std::string>, ConfigFileError> ConfigFileWriter::readText(

@@ -6,6 +6,7 @@
 // change it meanwhile is noticed up to the moment of the replacement.
 #pragma once
 
+#include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <functional>
@@ -40,6 +41,10 @@ using Transform = std::function<std::expected<std::optional<std::string>, HookCo
 [[nodiscard]] std::expected<std::filesystem::path, FileError> resolve(
     const std::filesystem::path& location);
 
+// How many other names the file has, as hard links; a file that is replaced leaves them with what
+// was there. 0 where there is no file.
+std::uint64_t otherNames(const std::filesystem::path& location);
+
 // Absent when there is no file, nor a directory for it to be in. Only regular files in UTF-8 are
 // read.
 [[nodiscard]] std::expected<std::optional<std::string>, ConfigFileError> readText(
@@ -54,17 +59,18 @@ using Transform = std::function<std::expected<std::optional<std::string>, HookCo
 // proposed text writes nothing. `now` is the time in the backup's name.
 //
 // A file behind a symbolic link is replaced where it is, and the link stays. A new file gets mode
-// 0600, and its missing directory 0700; a replaced one keeps its mode and owner, or the operation
-// fails. After a failure the file is as it was, and no temporary file is left behind.
+// 0600, and its missing directory 0700; a replaced one keeps its mode, owner, access control list
+// and extended attributes, or the operation fails. After a failure the file is as it was, and no
+// temporary file is left behind.
 [[nodiscard]] std::expected<std::optional<std::filesystem::path>, ConfigFileError> apply(
     const ConfigChangePlan& plan, const std::filesystem::path& backupDirectory, Instant now);
 
 // "20250301T143005Z", for the years 1 to 9999.
 std::string backupStamp(Instant date);
 
-// Replaces the target, or creates it, with the mode and owner of `source` where that exists, else
-// with mode 0600. The bytes are on stable storage, POSIX fsync(2), before they take the target's
-// place. Follows no link.
+// Replaces the target, or creates it, with the mode, owner, access control list and extended
+// attributes of `source` where that exists, else with mode 0600. The bytes are on stable storage,
+// POSIX fsync(2), before they take the target's place. Follows no link.
 [[nodiscard]] std::expected<void, ConfigFileError> writeAtomically(
     std::string_view data, const std::filesystem::path& target,
     const std::filesystem::path& source);

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "System/FileAttributes.h"
 #include "System/FileContents.h"
 
 namespace tallowbrook {
@@ -60,6 +61,10 @@ std::expected<void, FileError> ReplacementFile::setOwner(uid_t user, gid_t group
     // Some file systems refuse every change of the owner, even to the present one.
     if (status.st_uid == user && status.st_gid == group) return {};
     return outcome(fchown(file_.number(), user, group), "fchown");
+}
+
+std::expected<void, FileError> ReplacementFile::takeAttributes(const std::filesystem::path& other) {
+    return FileAttributes::copy(other, file_.number());
 }
 
 std::expected<void, FileError> ReplacementFile::setMode(mode_t mode) {

@@ -32,6 +32,9 @@ class ReplacementFile {
 
     // Does nothing where the file belongs to them already. Fails with "fstat" or "fchown".
     [[nodiscard]] std::expected<void, FileError> setOwner(uid_t user, gid_t group);
+    // Takes the access control list and the extended attributes of another file. To be followed by
+    // `setMode`. Fails as `FileAttributes::copy` does.
+    [[nodiscard]] std::expected<void, FileError> takeAttributes(const std::filesystem::path& other);
     // Fails with "fchmod".
     [[nodiscard]] std::expected<void, FileError> setMode(mode_t mode);
 
