@@ -1,9 +1,10 @@
 // Changes to a user's configuration file in two steps: a plan to review, and its application.
 //
 // A plan is applied only while the file is still what the plan was made from. What was there is
-// kept as a backup first, and the file is replaced by POSIX rename(2), so that at every moment it
-// is either the old or the new one, whole. One file is changed by one caller at a time; that others
-// change it meanwhile is noticed up to the moment of the replacement.
+// kept as a backup first, and the file is replaced by a change of names, so that at every moment it
+// is either the old or the new one, whole. One file is changed by one caller at a time. That others
+// replace it meanwhile is noticed and put right, where the system can exchange the names of two
+// files; elsewhere it is noticed up to the moment before the replacement.
 #pragma once
 
 #include <cstdint>
@@ -56,7 +57,8 @@ std::uint64_t otherNames(const std::filesystem::path& location);
     const std::filesystem::path& fileURL, const Transform& transform);
 
 // Gives the location of the backup, or nothing where there was no file to keep. A plan without a
-// proposed text writes nothing. `now` is the time in the backup's name.
+// proposed text writes nothing. `now` is the time in the backup's name. What a change left beside
+// the file when it was killed is removed once it is a minute old.
 //
 // A file behind a symbolic link is replaced where it is, and the link stays. A new file gets mode
 // 0600, and its missing directory 0700; a replaced one keeps its mode, owner, access control list

@@ -19,14 +19,6 @@ std::expected<void, FileError> outcome(int result, const char* step) {
     return std::unexpected(FileError{step, errno});
 }
 
-// That a name has changed survives a power failure only when its directory was written too. Some
-// file systems cannot do that on demand; the names are right all the same.
-void syncDirectory(const std::filesystem::path& directory) {
-    const auto* name = directory.empty() ? "." : directory.c_str();
-    const FileDescriptor opened{open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-    if (opened.isOpen()) fsync(opened.number());
-}
-
 }  // namespace
 
 std::expected<ReplacementFile, FileError> ReplacementFile::create(std::filesystem::path location) {
@@ -86,9 +78,19 @@ std::expected<void, FileError> ReplacementFile::replace(const std::filesystem::p
     return {};
 }
 
+// That a name has changed survives a power failure only when its directory was written too. Some
+// file systems cannot do that on demand; the names are right all the same.
+void syncDirectory(const std::filesystem::path& directory) {
+    const auto* name = directory.empty() ? "." : directory.c_str();
+    const FileDescriptor opened{open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    if (opened.isOpen()) fsync(opened.number());
+}
+
 void ReplacementFile::keep() {
     if (isSynced_) syncDirectory(location_.parent_path());
     location_.clear();
 }
+
+std::filesystem::path ReplacementFile::release() { return std::exchange(location_, {}); }
 
 }  // namespace tallowbrook

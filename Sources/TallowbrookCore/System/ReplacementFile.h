@@ -51,6 +51,9 @@ class ReplacementFile {
     // be written too. Nothing may be called after it.
     void keep();
 
+    // As `keep`, but waits for nothing. Gives the location.
+    std::filesystem::path release();
+
  private:
     ReplacementFile(std::filesystem::path location, FileDescriptor file);
 
@@ -58,5 +61,9 @@ class ReplacementFile {
     FileDescriptor file_;
     bool isSynced_ = false;
 };
+
+// Waits until the names in a directory are on stable storage, where the system can do that; an
+// empty path is the current directory.
+void syncDirectory(const std::filesystem::path& directory);
 
 }  // namespace tallowbrook
