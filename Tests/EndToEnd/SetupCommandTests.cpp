@@ -77,6 +77,21 @@ TEST(Setup, doneTwiceChangesNothingTheSecondTime) {
     EXPECT_TRUE(home.backups().empty());
 }
 
+TEST(Setup, saysWhichOtherNamesOfTheFileKeepTheOldContents) {
+    const SetupHome home;
+    writeContents(home.claudeFile, settings);
+    create_hard_link(home.claudeFile, home.user / "one");
+    const auto sentence = home.claudeFile.string() + " has 1 other name (a hard link); it will ";
+    EXPECT_THAT(home.hostWithAnswers({"setup", "claude-code"}, {"n"}).output, HasSubstr(sentence));
+    create_hard_link(home.claudeFile, home.user / "two");
+    const auto result = home.host({"setup", "claude-code", "--yes"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(result.output,
+                HasSubstr(home.claudeFile.string() +
+                          " has 2 other names (hard links); they will keep the old contents.\n"));
+    EXPECT_EQ(contentsOf(home.user / "two"), settings);
+}
+
 TEST(Setup, asADryRunWritesNothingAtAll) {
     const SetupHome home;
     writeContents(home.claudeFile, settings);

@@ -82,6 +82,7 @@ class Place {
 
     bool hasFile() const { return hasFile_; }
     const fs::path& config() const { return config_; }
+    const fs::path& backups() const { return backups_; }
     const fs::path& directory() const { return hasFile_ ? dotfiles_ : agent_; }
 
  private:
@@ -115,7 +116,7 @@ class ConfigFileFaultsTest : public testing::Test {
 
     void failEveryCall(bool hasFile) {
         const auto calls = ownCalls(hasFile);
-        for (const char* landmark : {"fsync", "rename"})
+        for (const char* landmark : {"fsync", "renameat2"})
             ASSERT_NE(std::ranges::find(calls, landmark, &SystemCall::name), calls.end());
         for (const auto& call : calls) {
             for (const auto& error : fittingErrors(call.name)) {
@@ -137,7 +138,10 @@ class ConfigFileFaultsTest : public testing::Test {
         const FaultyRun faulty = Strace::runWith(fault, place.call());
         EXPECT_TRUE(faulty.wasInjected);
         place.expectWhole();
-        place.expectNothingElse();
+        // What cannot be removed, or not be told from the user's, stays.
+        const bool mayStay =
+            fault.call == "unlink" || (fault.call == "newfstatat" && fault.forEver);
+        if (!mayStay) place.expectNothingElse();
         if (faulty.result.status == 0) {
             EXPECT_TRUE(place.isNew());
             EXPECT_EQ(place.backupCount(), hasFile ? 1U : 0U);
@@ -237,6 +241,48 @@ TEST_F(ConfigFileChangedTest, aChangeAtTheLastMomentIsNotOverwritten) {
         }
         EXPECT_TRUE(isRefused) << "each time the change was overwritten, or came too late";
     }
+}
+
+// Between the last look at the file and the change of names.
+TEST_F(ConfigFileChangedTest, aChangeBehindTheLastLookIsPutBack) {
+    for (const bool hasFile : {true, false}) {
+        const auto calls = ownCalls(hasFile);
+        const auto last = std::find_if(calls.rbegin(), calls.rend(), [](const SystemCall& call) {
+            return call.name.starts_with("rename");
+        });
+        ASSERT_NE(last, calls.rend());
+        const Place place{hasFile};
+        const ChildProcess user{[&]() -> std::string {
+            const auto isMade = [](const std::string& name) {
+                return name.find(".tallowbrook-") != std::string::npos;
+            };
+            while (std::ranges::none_of(namesIn(place.directory()), isMade)) usleep(1000);
+            usleep(300'000);
+            writeContents(place.config(), "the user's");
+            return "written";
+        }};
+        const Fault fault{last->name, last->occurrence, "delay_enter=1500000", false};
+        const auto result = Strace::runWith(fault, place.call()).result;
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors, ConfigFileError::changedSincePlan(place.config()).description());
+        EXPECT_EQ(contentsOf(place.config()), "the user's");
+        place.expectNothingElse();
+    }
+}
+
+TEST_F(ConfigFileFaultsTest, aNewDirectoryIsOnTheDiskBeforeTheFileIsReplaced) {
+    const Place place{true};
+    std::string earlier;
+    for (const auto& call : Strace::callsOf(place.call())) {
+        if (call.name.starts_with("rename")) break;
+        earlier += call.text + "\n";
+    }
+    const auto backups = place.backups();
+    for (const auto& parent : {backups, backups.parent_path(), backups.parent_path().parent_path()})
+        EXPECT_NE(earlier.find('"' + parent.string() + "\", O_RDONLY|O_CLOEXEC|O_DIRECTORY)"),
+                  std::string::npos)
+            << parent << " was not written before:\n"
+            << earlier;
 }
 
 class ConfigFileOnFullDiskTest : public ConfigFileTest {

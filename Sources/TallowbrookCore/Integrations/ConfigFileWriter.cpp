@@ -8,6 +8,7 @@
 
 #include "Domain/UUID.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "Integrations/ConfigFileSwap.h"
 #include "Integrations/LineDiff.h"
 #include "System/FileContents.h"
 #include "System/RandomHex.h"
@@ -23,11 +24,26 @@ constexpr std::size_t diffContext = 2;
 // With set-user-ID, set-group-ID and sticky bits: a file of the user keeps every one it has.
 constexpr mode_t permissionBits = 07777;
 
-// Asked again at the last moment before the target is replaced.
-using Precondition = std::function<std::expected<void, ConfigFileError>()>;
-
 // Where a file stands in the place of a directory, none lies behind it.
 bool meansNoFile(int errorNumber) { return errorNumber == ENOENT || errorNumber == ENOTDIR; }
+
+// That a change was made is said of the file that the user knows, which may be a link.
+ConfigFileError named(const ConfigFileError& error, const path& file) {
+    const bool isChanged = std::holds_alternative<ConfigFileError::ChangedSincePlan>(error.reason);
+    return isChanged ? ConfigFileError::changedSincePlan(file) : error;
+}
+
+// A new directory can be lost in a power cut, with all that is in it, until its parent is written.
+std::expected<void, FileError> ensureDirectoryOnDisk(const path& directory) {
+    std::error_code ignored;
+    const auto parent = directory.parent_path();
+    const bool isNew = !std::filesystem::exists(directory, ignored);
+    if (isNew && !parent.empty() && parent != directory)
+        if (auto made = ensureDirectoryOnDisk(parent); !made) return made;
+    if (auto made = TallowbrookPaths::ensureDirectory(directory); !made) return made;
+    if (isNew) syncDirectory(parent);
+    return {};
+}
 
 // On stable storage before anything is replaced: after a power cut one of the two texts is whole.
 std::expected<void, FileError> writeBackup(std::string_view bytes, const path& backup) {
@@ -49,8 +65,7 @@ std::expected<path, ConfigFileError> makeBackup(std::string_view bytes, const pa
     if (!digits) return failure(directory, digits.error());
     auto backup = directory / (file.filename().string() + "." + ConfigFileWriter::backupStamp(now) +
                                "." + *digits + ".bak");
-    if (auto made = TallowbrookPaths::ensureDirectory(directory); !made)
-        return failure(backup, made.error());
+    if (auto made = ensureDirectoryOnDisk(directory); !made) return failure(backup, made.error());
     if (auto written = writeBackup(bytes, backup); !written)
         return failure(backup, written.error());
     return backup;
@@ -59,40 +74,36 @@ std::expected<path, ConfigFileError> makeBackup(std::string_view bytes, const pa
 // An agent that has never been configured may not have its directory yet.
 std::expected<void, FileError> ensureParent(const path& file) {
     if (!file.has_parent_path()) return {};  // it lies in the current directory
-    return TallowbrookPaths::ensureDirectory(file.parent_path());
+    return ensureDirectoryOnDisk(file.parent_path());
 }
 
-std::expected<void, ConfigFileError> replaceFile(std::string_view data, const path& target,
-                                                 const path& source,
-                                                 const Precondition& precondition) {
-    const auto failure = [&](const FileError& error) {
-        return std::unexpected(ConfigFileError::writeFailed(target, error.reason()));
-    };
+// A new file with these bytes beside the target, complete and on stable storage.
+std::expected<ReplacementFile, FileError> prepareFile(std::string_view data, const path& target,
+                                                      const path& source) {
     struct stat status{};
     const bool hasSource = stat(source.c_str(), &status) == 0;
     // A mode that cannot be learned must not be guessed: it may keep others from reading secrets.
-    if (!hasSource && errno != ENOENT) return failure({"stat", errno});
+    if (!hasSource && errno != ENOENT) return std::unexpected(FileError{"stat", errno});
 
     // In the target's own directory, since no rename crosses file systems; and hidden, so that an
     // agent that lists its directory passes over it.
     const auto uuid = randomUUID();
-    if (!uuid) return failure(uuid.error());
-    const auto name =
-        "." + target.filename().string() + ".tallowbrook-" + UUIDText::text(*uuid) + ".tmp";
-    auto file = ReplacementFile::create(target.parent_path() / name);
-    if (!file) return failure(file.error());
-    if (auto done = file->write(data); !done) return failure(done.error());
-    // The owner first: a change of owner takes set-user-ID bits away.
+    if (!uuid) return std::unexpected(uuid.error());
+    auto file =
+        ReplacementFile::create(ConfigFileSwap::unfinishedName(target, UUIDText::text(*uuid)));
+    if (!file) return file;
+    if (auto done = file->write(data); !done) return std::unexpected(done.error());
+    // The owner first, the mode last: a change of owner takes set-user-ID bits away, and without
+    // its access control list the file would be open to its group.
     if (hasSource) {
         if (auto done = file->setOwner(status.st_uid, status.st_gid); !done)
-            return failure(done.error());
+            return std::unexpected(done.error());
+        if (auto done = file->takeAttributes(source); !done) return std::unexpected(done.error());
         if (auto done = file->setMode(status.st_mode & permissionBits); !done)
-            return failure(done.error());
+            return std::unexpected(done.error());
     }
-    if (auto done = file->sync(); !done) return failure(done.error());
-    if (auto holds = precondition(); !holds) return holds;
-    if (auto done = file->replace(target); !done) return failure(done.error());
-    return {};
+    if (auto done = file->sync(); !done) return std::unexpected(done.error());
+    return file;
 }
 
 }  // namespace
@@ -112,6 +123,12 @@ std::expected<path, FileError> ConfigFileWriter::resolve(const path& location) {
         resolved = resolved.parent_path() / target;
     }
     return std::unexpected(FileError{"readlink", ELOOP});
+}
+
+std::uint64_t ConfigFileWriter::otherNames(const path& location) {
+    struct stat status{};
+    if (stat(location.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    return status.st_nlink > 1 ? status.st_nlink - 1 : 0;
 }
 
 std::expected<std::optional<std::string>, ConfigFileError> ConfigFileWriter::readText(
@@ -147,8 +164,11 @@ std::expected<std::optional<path>, ConfigFileError> ConfigFileWriter::apply(
     const auto target = resolve(plan.fileURL);
     if (!target)
         return std::unexpected(ConfigFileError::unreadable(plan.fileURL, target.error().reason()));
+    const auto failure = [&](const FileError& error) {
+        return std::unexpected(ConfigFileError::writeFailed(*target, error.reason()));
+    };
     // By the text and not by the time of change: two changes may fall into one tick of the clock.
-    const Precondition isUnchanged = [&]() -> std::expected<void, ConfigFileError> {
+    const auto isUnchanged = [&]() -> std::expected<void, ConfigFileError> {
         const auto current = readText(*target);
         if (!current) return std::unexpected(current.error());
         if (*current == plan.originalText) return {};
@@ -162,10 +182,17 @@ std::expected<std::optional<path>, ConfigFileError> ConfigFileWriter::apply(
         if (!made) return std::unexpected(made.error());
         backup = *made;
     } else if (auto made = ensureParent(*target); !made) {
-        return std::unexpected(ConfigFileError::writeFailed(*target, made.error().reason()));
+        return failure(made.error());
     }
-    if (auto replaced = replaceFile(*plan.proposedText, *target, *target, isUnchanged); !replaced)
-        return std::unexpected(replaced.error());
+    ConfigFileSwap::removeLeftovers(*target, backupDirectory, now);
+    auto file = prepareFile(*plan.proposedText, *target, *target);
+    if (!file) return failure(file.error());
+    // Most changes of others are found here, before the target is touched.
+    if (auto holds = isUnchanged(); !holds) return std::unexpected(holds.error());
+    if (auto done =
+            ConfigFileSwap::swapIn(file->release(), *target, plan.originalText, *plan.proposedText);
+        !done)
+        return std::unexpected(named(done.error(), plan.fileURL));
     return backup;
 }
 
@@ -179,7 +206,13 @@ std::string ConfigFileWriter::backupStamp(Instant date) {
 std::expected<void, ConfigFileError> ConfigFileWriter::writeAtomically(std::string_view data,
                                                                        const path& target,
                                                                        const path& source) {
-    return replaceFile(data, target, source, [] { return std::expected<void, ConfigFileError>{}; });
+    const auto failure = [&](const FileError& error) {
+        return std::unexpected(ConfigFileError::writeFailed(target, error.reason()));
+    };
+    auto file = prepareFile(data, target, source);
+    if (!file) return failure(file.error());
+    if (auto done = file->replace(target); !done) return failure(done.error());
+    return {};
 }
 
 }  // namespace tallowbrook

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "System/FileAttributes.h"
 #include "System/FileContents.h"
 
 namespace tallowbrook {
@@ -16,14 +17,6 @@ namespace {
 std::expected<void, FileError> outcome(int result, const char* step) {
     if (result == 0) return {};
     return std::unexpected(FileError{step, errno});
-}
-
-// That a name has changed survives a power failure only when its directory was written too. Some
-// file systems cannot do that on demand; the names are right all the same.
-void syncDirectory(const std::filesystem::path& directory) {
-    const auto* name = directory.empty() ? "." : directory.c_str();
-    const FileDescriptor opened{open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-    if (opened.isOpen()) fsync(opened.number());
 }
 
 }  // namespace
@@ -62,6 +55,10 @@ std::expected<void, FileError> ReplacementFile::setOwner(uid_t user, gid_t group
     return outcome(fchown(file_.number(), user, group), "fchown");
 }
 
+std::expected<void, FileError> ReplacementFile::takeAttributes(const std::filesystem::path& other) {
+    return FileAttributes::copy(other, file_.number());
+}
+
 std::expected<void, FileError> ReplacementFile::setMode(mode_t mode) {
     return outcome(fchmod(file_.number(), mode), "fchmod");
 }
@@ -81,9 +78,19 @@ std::expected<void, FileError> ReplacementFile::replace(const std::filesystem::p
     return {};
 }
 
+// That a name has changed survives a power failure only when its directory was written too. Some
+// file systems cannot do that on demand; the names are right all the same.
+void syncDirectory(const std::filesystem::path& directory) {
+    const auto* name = directory.empty() ? "." : directory.c_str();
+    const FileDescriptor opened{open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    if (opened.isOpen()) fsync(opened.number());
+}
+
 void ReplacementFile::keep() {
     if (isSynced_) syncDirectory(location_.parent_path());
     location_.clear();
 }
+
+std::filesystem::path ReplacementFile::release() { return std::exchange(location_, {}); }
 
 }  // namespace tallowbrook

@@ -32,6 +32,9 @@ class ReplacementFile {
 
     // Does nothing where the file belongs to them already. Fails with "fstat" or "fchown".
     [[nodiscard]] std::expected<void, FileError> setOwner(uid_t user, gid_t group);
+    // Takes the access control list and the extended attributes of another file. To be followed by
+    // `setMode`. Fails as `FileAttributes::copy` does.
+    [[nodiscard]] std::expected<void, FileError> takeAttributes(const std::filesystem::path& other);
     // Fails with "fchmod".
     [[nodiscard]] std::expected<void, FileError> setMode(mode_t mode);
 
@@ -48,6 +51,9 @@ class ReplacementFile {
     // be written too. Nothing may be called after it.
     void keep();
 
+    // As `keep`, but waits for nothing. Gives the location.
+    std::filesystem::path release();
+
  private:
     ReplacementFile(std::filesystem::path location, FileDescriptor file);
 
@@ -55,5 +61,9 @@ class ReplacementFile {
     FileDescriptor file_;
     bool isSynced_ = false;
 };
+
+// Waits until the names in a directory are on stable storage, where the system can do that; an
+// empty path is the current directory.
+void syncDirectory(const std::filesystem::path& directory);
 
 }  // namespace tallowbrook

@@ -29,6 +29,17 @@ std::optional<bool> agrees(const std::filesystem::path& file) {
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
+// The user may mean the other names to follow, as with a file that is linked into a repository.
+void mentionOtherNames(const std::filesystem::path& file) {
+    const auto count = ConfigFileWriter::otherNames(file);
+    if (count == 0) return;
+    const bool isOne = count == 1;
+    StandardStreams::mention(fmt::format("{} has {} other {}; {} will keep the old contents.\n",
+                                         PrintableText::printable(file.string()), count,
+                                         isOne ? "name (a hard link)" : "names (hard links)",
+                                         isOne ? "it" : "they"));
+}
+
 bool isChangedSincePlan(const ConfigFileError& error) {
     return std::holds_alternative<ConfigFileError::ChangedSincePlan>(error.reason);
 }
@@ -84,6 +95,7 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
         if (StandardStreams::showAsResult(showDiff(plan.diff, colourOfStandardOutput())) !=
             ExitStatus::done)
             return ReviewOutcome::failed;
+        mentionOtherNames(plan.fileURL);
         if (options.dryRun) return ReviewOutcome::previewed;
         const auto agreed = options.assumeYes ? std::optional{true} : agrees(plan.fileURL);
         if (!agreed) return ReviewOutcome::failed;

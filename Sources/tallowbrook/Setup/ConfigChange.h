@@ -44,9 +44,10 @@ struct ConfigChange {
     [[nodiscard]] static std::expected<ConfigChange, Sentence> prepare(
         Planner makePlan, std::filesystem::path backupDirectory);
 
-    // Shows the difference and asks on standard input, unless there is none; applies the plan after
-    // a yes and names the backup, or says that the file was left as it is. When the file has
-    // changed while the user was asked, shows the new difference and asks again.
+    // Shows the difference, and how many hard links would keep the old contents, and asks on
+    // standard input, unless there is no difference; applies the plan after a yes and names the
+    // backup, or says that the file was left as it is. When the file has changed while the user was
+    // asked, shows the new difference and asks again.
     ReviewOutcome review(const ReviewOptions& options);
 };
 

@@ -42,6 +42,22 @@ TEST_F(ConfigFileStepTest, aRenameThatFailsLeavesTheOldFileAndNoOther) {
     EXPECT_EQ(kept(), Names{"old"});
 }
 
+// An older kernel, or a file system that cannot exchange names.
+TEST_F(ConfigFileStepTest, whereNamesCannotBeExchangedTheFileIsReplacedAllTheSame) {
+    for (const int error : {EINVAL, ENOSYS}) {
+        for (const bool hasFile : {true, false}) {
+            std::filesystem::remove_all(directory);
+            std::filesystem::create_directories(directory);
+            if (hasFile) writeContents(config, "old");
+            const auto seen = seenWhen({SYS_renameat2}, error);
+            if (!seen) GTEST_SKIP() << noFilter;
+            EXPECT_EQ(seen, "");
+            EXPECT_EQ(contentsOf(config), "new");
+            EXPECT_EQ(namesIn(directory), Names{"settings.json"});
+        }
+    }
+}
+
 TEST_F(ConfigFileStepTest, aBackupThatDoesNotReachTheDiskLeavesTheOldFileAlone) {
     writeContents(config, "old");
     const auto seen = seenWhen({SYS_fsync}, EIO);
