@@ -13,6 +13,8 @@
 #include <csignal>
 #include <cstring>
 
+#include "Support/Pipe.h"
+
 extern char** environ;
 
 namespace tallowbrook {
@@ -20,19 +22,6 @@ namespace {
 
 constexpr std::chrono::seconds patience{60};
 constexpr int cannotRun = 127;
-
-struct Pipe {
-    FileDescriptor reader;
-    FileDescriptor writer;
-};
-
-// Other programs that run meanwhile must not hold these ends open.
-Pipe makePipe() {
-    std::array<int, 2> ends{-1, -1};
-    if (pipe(ends.data()) != 0) ADD_FAILURE() << "no pipe: " << std::strerror(errno);
-    for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
-    return {FileDescriptor{ends[0]}, FileDescriptor{ends[1]}};
-}
 
 void setNonBlocking(const FileDescriptor& file) {
     fcntl(file.number(), F_SETFL, fcntl(file.number(), F_GETFL) | O_NONBLOCK);

@@ -5,11 +5,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 
 #include "Support/FileContents.h"
+#include "Support/Pipe.h"
 
 extern char** environ;
 
@@ -17,18 +17,6 @@ namespace tallowbrook {
 namespace {
 
 constexpr int cannotRun = 127;
-
-struct Pipe {
-    FileDescriptor reader;
-    FileDescriptor writer;
-};
-
-Pipe makePipe() {
-    std::array<int, 2> ends{-1, -1};
-    if (pipe(ends.data()) != 0) ADD_FAILURE() << "no pipe";
-    for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
-    return {FileDescriptor{ends[0]}, FileDescriptor{ends[1]}};
-}
 
 }  // namespace
 
