@@ -20,7 +20,7 @@ TEST(Preferences, areShownAndChanged) {
         "notifyOnCompletion   on           when a turn completes\n"
         "notifyOnFailure      on           when a turn fails\n"
         "quietHours           off          tell nothing in these hours, such as 22:00-07:00\n"
-        "dedupeInterval       5            seconds in which the same is told once\n"
+        "dedupeInterval       1            seconds in which the same is told once\n"
         "maxEventAge          600          seconds after which an event is too old to tell\n"
         "playSound            on           with a sound\n"
         "reminderInterval     10           minutes of waiting after which you are reminded: off, "
