@@ -180,9 +180,9 @@ const AgentProfile& AgentProfile::of(Provider provider) {
     return profiles[static_cast<std::size_t>(provider)];
 }
 
-std::optional<Asking> AgentProfile::asking(const std::optional<std::string>& toolName) const {
+std::optional<Asking> AgentProfile::asking(const std::optional<std::string>& name) const {
     for (const auto& tool : askingTools)
-        if (tool.name == toolName) return tool.asks;
+        if (tool.name == name) return tool.asks;
     return std::nullopt;
 }
 

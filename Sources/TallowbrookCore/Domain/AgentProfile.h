@@ -115,7 +115,7 @@ struct AgentProfile {
     static const AgentProfile& of(PayloadSource source);
 
     // Absent for a tool that does not ask, and where no tool is named.
-    std::optional<Asking> asking(const std::optional<std::string>& toolName) const;
+    std::optional<Asking> asking(const std::optional<std::string>& name) const;
 };
 
 // The source, as its agent's row describes it.

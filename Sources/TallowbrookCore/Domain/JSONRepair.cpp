@@ -46,7 +46,10 @@ std::optional<Number> numberWithExponent(std::string_view token) {
     number.integer = takeDigits(token);
     if (number.integer.empty() || (number.integer.size() > 1 && number.integer.front() == '0'))
         return std::nullopt;
-    if (take(".") && (number.fraction = takeDigits(token)).empty()) return std::nullopt;
+    if (take(".")) {
+        number.fraction = takeDigits(token);
+        if (number.fraction.empty()) return std::nullopt;
+    }
     if (!take("eE")) return std::nullopt;
     number.hasNegativeExponent = token.starts_with('-');
     take("+-");

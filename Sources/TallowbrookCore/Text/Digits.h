@@ -29,8 +29,9 @@ constexpr std::string_view takeDigits(std::string_view& text) {
 template <std::integral Number>
 std::optional<Number> parseNumber(std::string_view text) {
     Number number{};
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const auto [stop, error] = std::from_chars(begin, end, number);
     if (error != std::errc{} || stop != end) return std::nullopt;
     return number;
 }

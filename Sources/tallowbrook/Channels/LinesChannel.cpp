@@ -38,7 +38,7 @@ struct PatientLines {
         }
         underWay = delivery.number;
         // What comes of it is settled by the output.
-        static_cast<void>(output->write(lineOf(delivery.content)));
+        [[maybe_unused]] const auto written = output->write(lineOf(delivery.content));
     }
 
     // Also what others write there settles the line before it.
@@ -78,9 +78,11 @@ Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output) {
         .begin = [lines](const Delivery& delivery) { lines->begin(delivery); },
         .withdraw = [](const std::string&) {},
         .takeEvents = [lines] { return std::exchange(lines->events, {}); },
-        .source =
-            PollSource{.interest = [lines] { return lines->output->interest(); },
-                       .proceed = [lines](short) { static_cast<void>(lines->output->writeOn()); }},
+        .source = PollSource{.interest = [lines] { return lines->output->interest(); },
+                             .proceed =
+                                 [lines](short) {
+                                     [[maybe_unused]] const auto written = lines->output->writeOn();
+                                 }},
     };
 }
 
