@@ -61,7 +61,8 @@ struct Watching : testing::Test {
                        channels,
                        troubles,
                        {.now = [this] { return now; },
-                        .calendar = [] { return Calendar::fixed(minutes{0}); }}};
+                        .calendar = [] { return Calendar::fixed(minutes{0}); },
+                        .news = [] { return std::nullopt; }}};
     }
 
     void storeWaiting(const std::string& id, Instant since) {
