@@ -1,4 +1,5 @@
 // A disk without room, for the helper and for the host.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "EndToEnd/TestHome.h"
@@ -62,6 +63,24 @@ TEST_F(FullDiskTest, withNoRoomAtAllIsBorneInSilence) {
     disk.resize(plenty);
     home.claude("Stop", "S0");
     EXPECT_EQ(expectUnbrokenRow(home), 1U);
+}
+
+TEST_F(FullDiskTest, isToldByTheHostOnceThereIsRoom) {
+    const TestHome home;
+    const SmallDisk disk{home.paths.home, 4 * page};
+    // A log that has begun has room in its last page when the disk has none.
+    home.hook({"claude-code"}, "this is no JSON");
+    fillBySpooling(home);
+    const auto refused = home.logged().size() - 1;
+    ASSERT_GT(refused, 1U);
+
+    disk.resize(plenty);
+    const ProgramResult result = home.host({"watch", "--once"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.errors, testing::StartsWith("tallowbrook: " + std::to_string(refused) +
+                                                   " events could not be recorded "));
+    EXPECT_THAT(result.errors, testing::EndsWith(": the disk was full.\n"));
+    EXPECT_EQ(home.host({"watch", "--once"}).errors, "");
 }
 
 TEST_F(FullDiskTest, givesTheHostASentenceAndTakesNoEvent) {

@@ -41,6 +41,8 @@ class LockHolder {
     // Ends the other process without a chance to unlock, and returns once it is gone.
     void kill() { child_.reset(); }
 
+    pid_t pid() const { return child_ ? child_->pid : -1; }
+
     bool holds = false;
 
  private:

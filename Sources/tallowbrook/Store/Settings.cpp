@@ -2,12 +2,14 @@
 
 #include "Domain/RecordCoding.h"
 #include "Text/Digits.h"
+#include "Text/TakeUntil.h"
 
 namespace tallowbrook::host {
 namespace {
 
 constexpr const char* preferencesKey = "notificationPreferences";
 constexpr const char* reminderIntervalKey = "reminderIntervalMinutes";
+constexpr const char* helperLogKey = "toldOfHelperLog";
 constexpr const char* waitingCycleKey = "waitingCycle";
 
 std::string healthKey(Provider provider) {
@@ -64,6 +66,19 @@ void Settings::setWaitingCycle(const WaitingCycle& cycle) {
         encoder.encode("at", cycle.last->at);
     }
     setValue(waitingCycleKey, encoder.text());
+}
+
+std::optional<Settings::LogPlace> Settings::toldOfHelperLog() {
+    const auto stored = value(helperLogKey);
+    if (!stored) return std::nullopt;
+    std::string_view line = *stored;
+    const auto end = parseNumber<std::size_t>(takeUntil(line, ' '));
+    if (!end) return std::nullopt;
+    return LogPlace{*end, std::string{line}};
+}
+
+void Settings::setToldOfHelperLog(const LogPlace& place) {
+    setValue(helperLogKey, std::to_string(place.end) + " " + place.line);
 }
 
 IntegrationHealthRecord Settings::integrationHealth(Provider provider) {

@@ -4,6 +4,7 @@
 // when the database fails. What is stored and cannot be read counts as never stored.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -26,6 +27,17 @@ class Settings {
     // Where stepping through the waiting sessions has come to.
     WaitingCycle waitingCycle();
     void setWaitingCycle(const WaitingCycle& cycle);
+
+    // A line of the helper's log, and the byte behind its line feed. By its text the log is known
+    // again after it was moved aside.
+    struct LogPlace {
+        std::size_t end = 0;
+        std::string line;
+        bool operator==(const LogPlace&) const = default;
+    };
+    // Up to where the user was told of lost events; absent until then.
+    std::optional<LogPlace> toldOfHelperLog();
+    void setToldOfHelperLog(const LogPlace& place);
 
     // Empty until something is stored.
     IntegrationHealthRecord integrationHealth(Provider provider);

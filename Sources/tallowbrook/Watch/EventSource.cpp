@@ -1,6 +1,14 @@
 #include "Watch/EventSource.h"
 
+#include <chrono>
+#include <optional>
+#include <utility>
 #include <variant>
+
+#include "EventBridge/SpoolFileName.h"
+#include "Output/PrintableText.h"
+#include "Terminal/ProcessTable.h"
+#include "Watch/LockOwner.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -22,19 +30,77 @@ EventBatch segment(const std::filesystem::path& file) {
     };
 }
 
+bool isLockTimeout(const SpoolAccessError& error) {
+    const auto* spool = std::get_if<SpoolError>(&error);
+    return spool != nullptr && *spool == SpoolError::lockTimeout();
+}
+
+std::string nameOf(pid_t pid) {
+    const auto process = ProcessTable::process(pid);
+    const std::string number = "Process " + std::to_string(pid);
+    return process ? number + " (" + PrintableText::printable(process->name) + ")" : number;
+}
+
+// A process that does not give the spool's lock back, such as one that is stopped. In a crowd of
+// writers the lock may be taken at every look, too, but each time by another.
+class StuckLock {
+ public:
+    explicit StuckLock(std::filesystem::path file) : file_{std::move(file)} {}
+
+    void isFree() { since_.reset(); }
+
+    // Says so where the lock was taken for more than a second.
+    std::optional<Sentence> isTaken() {
+        const auto now = Clock::now();
+        const auto owner = lockOwner(file_);
+        if (!since_ || owner != std::exchange(owner_, owner)) since_ = now;
+        if (now - *since_ <= std::chrono::seconds{1}) return std::nullopt;
+        return Sentence{(owner ? nameOf(*owner) : "Another process") +
+                        " has held the spool's lock for more than a second: no event can be "
+                        "recorded until it goes on or ends"};
+    }
+
+ private:
+    using Clock = std::chrono::steady_clock;
+
+    std::filesystem::path file_;
+    std::optional<Clock::time_point> since_;
+    std::optional<pid_t> owner_;
+};
+
+class SpoolSource {
+ public:
+    explicit SpoolSource(SpoolDrainer drainer)
+        : drainer_{std::move(drainer)}, lock_{drainer_.paths.spoolLockFile()} {}
+
+    EventClaim claim() {
+        EventClaim claim;
+        const auto files = drainer_.claimPendingFiles();
+        if (files)
+            for (const auto& file : *files) claim.batches.push_back(segment(file));
+        else
+            claim.troubles.emplace_back("The spool could not be claimed: " +
+                                        describe(files.error()) + ". Its events are kept");
+        if (files || !isLockTimeout(files.error())) {
+            lock_.isFree();
+            return claim;
+        }
+        if (auto stuck = lock_.isTaken()) claim.troubles.push_back(std::move(*stuck));
+        // What has its name is older than all that the lock still guards, and changes no more.
+        for (const auto& entry : SpoolFileName::pendingFiles(drainer_.paths.spoolDirectory()))
+            claim.batches.push_back(segment(entry.url));
+        return claim;
+    }
+
+ private:
+    SpoolDrainer drainer_;
+    StuckLock lock_;
+};
+
 }  // namespace
 
 EventSource EventSource::spool(SpoolDrainer drainer) {
-    return {[drainer = std::move(drainer)]() -> std::expected<std::vector<EventBatch>, Sentence> {
-        const auto files = drainer.claimPendingFiles();
-        if (!files)
-            return std::unexpected(Sentence{"The spool could not be claimed: " +
-                                            describe(files.error()) + ". Its events are kept"});
-        std::vector<EventBatch> batches;
-        batches.reserve(files->size());
-        for (const auto& file : *files) batches.push_back(segment(file));
-        return batches;
-    }};
+    return {[source = SpoolSource{std::move(drainer)}]() mutable { return source.claim(); }};
 }
 
 }  // namespace tallowbrook::host

@@ -21,12 +21,18 @@ struct EventBatch {
     std::function<void()> remove;
 };
 
-struct EventSource {
-    // The batches that are there, in the order in which they are to be stored. After a failure
-    // nothing is lost: the next call gives them.
-    std::function<std::expected<std::vector<EventBatch>, Sentence>()> claim;
+struct EventClaim {
+    std::vector<EventBatch> batches;  // in the order in which they are to be stored
+    // Why some are missing, which the next call gives: no event behind them is among the batches.
+    std::vector<Sentence> troubles;
+};
 
-    // The spool of a home: claims under the lock that its writers share.
+struct EventSource {
+    std::function<EventClaim()> claim;
+
+    // The spool of a home: claims under the lock that its writers share. While another process
+    // keeps that lock, it gives the segments that have their names already, and where that lasts
+    // for more than a second it says which process keeps it, as far as the system tells.
     static EventSource spool(SpoolDrainer drainer);
 };
 

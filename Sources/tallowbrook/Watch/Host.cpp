@@ -22,7 +22,14 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
       database_{database},
       channels_{std::move(channels)},
       troubles_{std::move(say), paths_.databaseFile()},
-      watcher_{database, {EventSource::spool({paths_})}, channels_, troubles_},
+      refused_{paths_},
+      watcher_{database,
+               {EventSource::spool({paths_})},
+               channels_,
+               troubles_,
+               {.now = currentInstant,
+                .calendar = Calendar::current,
+                .news = [this] { return refused_.takeNews(database_, currentInstant()); }}},
       onlooker_{database, channels_.front(), troubles_} {}
 
 std::expected<void, FileError> Host::tryToLead() {
@@ -116,7 +123,8 @@ void Host::lookAround() {
     const bool wasSetBack = now < std::exchange(seenClock_, now);
     const auto due = watcher_.nextDue();
     const bool isDue = due && *due <= now;
-    if (!leads() || isDue || wasSetBack || SpoolState::of(paths_) != seenSpool_) {
+    if (!leads() || isDue || wasSetBack || refused_.mayHaveNews() ||
+        SpoolState::of(paths_) != seenSpool_) {
         pass();
         return;
     }

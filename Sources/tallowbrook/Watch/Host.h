@@ -10,6 +10,7 @@
 #include "Loop/PollLoop.h"
 #include "Watch/HostLock.h"
 #include "Watch/Onlooker.h"
+#include "Watch/RefusedEvents.h"
 #include "Watch/SpoolState.h"
 #include "Watch/Watcher.h"
 
@@ -46,6 +47,7 @@ class Host {
     Database& database_;
     std::vector<Channel> channels_;
     Troubles troubles_;
+    RefusedEvents refused_;
     Watcher watcher_;
     Onlooker onlooker_;
     std::optional<HostLock> lock_;

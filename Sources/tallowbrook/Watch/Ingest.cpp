@@ -144,12 +144,9 @@ void add(IngestReport& sum, IngestReport part) {
 IngestReport Ingest::run(const EventSource& source, Database& database, Instant now) const {
     IngestReport report;
     bringSessionsBack(database, now);
-    const auto batches = source.claim();
-    if (!batches) {
-        report.troubles.push_back(batches.error().text());
-        return report;
-    }
-    for (const auto& batch : *batches) {
+    const auto claim = source.claim();
+    for (const auto& trouble : claim.troubles) report.troubles.push_back(trouble.text());
+    for (const auto& batch : claim.batches) {
         auto transaction = database.beginWriting();
         BatchIngest ingest{*this, database, now};
         const auto invalidLines = batch.forEachEvent(

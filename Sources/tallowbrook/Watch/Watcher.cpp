@@ -41,6 +41,7 @@ bool Watcher::pass() {
             for (const auto& channel : channels_)
                 Outbox{database_}.recover(channel.name, !channel.state().toldTwiceHarms);
         ingest(preferences, now);
+        if (const auto news = operations_.news()) troubles_.sayOnce(news->text());
         remind(preferences, now);
         tellWhatWasMissed(preferences, now);
         hasBegun_ = true;

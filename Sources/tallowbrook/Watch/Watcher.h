@@ -20,6 +20,8 @@ namespace tallowbrook::host {
 struct WatcherOperations {
     std::function<Instant()> now = currentInstant;
     std::function<Calendar()> calendar = Calendar::current;
+    // What is to be said once beside the events; asked in each pass. May throw SQLite::Exception.
+    std::function<std::optional<Sentence>()> news = [] { return std::nullopt; };
 };
 
 // Used by one thread; of several processes on one home the holder of the host's lock alone.

@@ -30,6 +30,15 @@ TEST_F(StoredSettings, keepPreferencesUntilOthersAreSet) {
     EXPECT_EQ(Settings{next}.preferences(), someChosen());
 }
 
+TEST_F(StoredSettings, keepWhereTheHelpersLogWasToldUpTo) {
+    EXPECT_EQ(settings.toldOfHelperLog(), std::nullopt);
+    const Settings::LogPlace place{120, "2025-11-15T14:05:55.123Z helper: a line"};
+    settings.setToldOfHelperLog(place);
+    EXPECT_EQ(settings.toldOfHelperLog(), place);
+    home.execute("UPDATE settings SET value = 'broken'");
+    EXPECT_EQ(settings.toldOfHelperLog(), std::nullopt);
+}
+
 TEST_F(StoredSettings, thatCannotBeReadWereNeverStored) {
     settings.setPreferences(someChosen());
     settings.setWaitingCycle({WaitingCycle::Pick{"claudeCode|S1", sampleTime}});

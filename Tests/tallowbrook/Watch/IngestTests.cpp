@@ -251,6 +251,23 @@ TEST_F(IngestIntoStore, leavesASpoolThatIsLockedForLater) {
     EXPECT_TRUE(exists(home.paths.activeSpoolFile()));
 }
 
+TEST_F(IngestIntoStore, takesTheNamedSegmentsWhileTheSpoolIsLocked) {
+    segment(1, {event(1, "UserPromptSubmit", EventCategory::promptSubmitted)});
+    writeContents(home.paths.activeSpoolFile(), EventCoding::encodeLine(permission(20)));
+    {
+        const LockHolder holder{home.paths.spoolLockFile()};
+        ASSERT_TRUE(holder.holds);
+        const Ingest ingest{preferences, calendar, lines};
+        const auto impatient = EventSource::spool({home.paths, Seconds{0}});
+        const auto found = ingest.run(impatient, database, sampleTime);
+        EXPECT_EQ(found.stored, 1);
+        EXPECT_EQ(found.troubles.size(), 1U);
+        EXPECT_EQ(segments(), 0U);
+    }
+    EXPECT_EQ(run(), report(1));
+    EXPECT_EQ(store.sessions().at(0).status, SessionStatus::needsAttention);
+}
+
 TEST_F(IngestIntoStore, takesAnEventFromTheFutureForOneOfNowAndKeepsItsRecord) {
     AgentEvent future = permission(1);
     future.observedAt = sampleTime + std::chrono::days{400};

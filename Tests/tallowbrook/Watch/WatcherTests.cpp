@@ -39,18 +39,19 @@ struct Watching : testing::Test {
                       home.paths.databaseFile()};
 
     EventSource events() {
-        return {[this]() -> std::expected<std::vector<EventBatch>, Sentence> {
-            if (!source) return std::unexpected(source.error());
+        return {[this]() -> EventClaim {
+            if (!source) return {.batches = {}, .troubles = {source.error()}};
             if (waiting.empty()) return {};
-            return std::vector{EventBatch{
-                .name = "batch",
-                .forEachEvent = [this](const SpoolDrainer::EventSink& take)
-                    -> std::expected<std::int64_t, FileError> {
-                    for (auto event : waiting) take(std::move(event), "{}");
-                    return 0;
-                },
-                .remove = [this] { waiting.clear(); },
-            }};
+            return {.batches = {EventBatch{
+                        .name = "batch",
+                        .forEachEvent = [this](const SpoolDrainer::EventSink& take)
+                            -> std::expected<std::int64_t, FileError> {
+                            for (auto event : waiting) take(std::move(event), "{}");
+                            return 0;
+                        },
+                        .remove = [this] { waiting.clear(); },
+                    }},
+                    .troubles = {}};
         }};
     }
 
@@ -60,7 +61,8 @@ struct Watching : testing::Test {
                        channels,
                        troubles,
                        {.now = [this] { return now; },
-                        .calendar = [] { return Calendar::fixed(minutes{0}); }}};
+                        .calendar = [] { return Calendar::fixed(minutes{0}); },
+                        .news = [] { return std::nullopt; }}};
     }
 
     void storeWaiting(const std::string& id, Instant since) {
