@@ -35,21 +35,12 @@ std::vector<Item> itemsOf(const JSONNode& node) {
     return items;
 }
 
-// For each new item the old one that it comes from, in rising order.
-using Sources = std::vector<std::optional<std::size_t>>;
-
-Sources sourcesOf(const std::vector<Item>& newItems, const std::vector<Item>& oldItems,
-                  auto comesFrom) {
-    Sources sources;
-    std::size_t next = 0;
-    for (const auto& item : newItems) {
-        auto candidate = next;
-        while (candidate < oldItems.size() && !comesFrom(item, oldItems[candidate])) ++candidate;
-        const bool isFound = candidate < oldItems.size();
-        sources.push_back(isFound ? std::optional{candidate} : std::nullopt);
-        if (isFound) next = candidate + 1;
-    }
-    return sources;
+// The first old item from `next` on that the new one comes from.
+std::optional<std::size_t> sourceOf(const Item& item, const std::vector<Item>& oldItems,
+                                    std::size_t next, auto comesFrom) {
+    for (; next < oldItems.size(); ++next)
+        if (comesFrom(item, oldItems[next])) return next;
+    return std::nullopt;
 }
 
 // Whether the old value becomes the new one by losing elements, as a group that loses handlers.
@@ -63,15 +54,35 @@ bool isLeftOf(const JSONNode& newNode, const JSONNode& oldNode) {
         return std::ranges::equal(newItems, oldItems, [](const Item& item, const Item& old) {
             return item.member->rawKey == old.member->rawKey && isLeftOf(*item.value, *old.value);
         });
-    const auto sources = sourcesOf(newItems, oldItems, [](const Item& item, const Item& old) {
-        return isLeftOf(*item.value, *old.value);
-    });
-    return std::ranges::all_of(sources, [](const auto& source) { return source.has_value(); });
+    std::size_t next = 0;
+    for (const auto& item : newItems) {
+        const auto source =
+            sourceOf(item, oldItems, next, [](const Item& element, const Item& old) {
+                return isLeftOf(*element.value, *old.value);
+            });
+        // Here the search ends: lists may be so long that pairing them all takes minutes.
+        if (!source) return false;
+        next = *source + 1;
+    }
+    return true;
 }
 
 bool comesFrom(const Item& item, const Item& old) {
     if (item.member) return item.member->rawKey == old.member->rawKey;
     return isLeftOf(*item.value, *old.value);
+}
+
+// For each new item the old one that it comes from, in rising order.
+using Sources = std::vector<std::optional<std::size_t>>;
+
+Sources sourcesOf(const std::vector<Item>& newItems, const std::vector<Item>& oldItems) {
+    Sources sources;
+    std::size_t next = 0;
+    for (const auto& item : newItems) {
+        sources.push_back(sourceOf(item, oldItems, next, comesFrom));
+        if (sources.back()) next = *sources.back() + 1;
+    }
+    return sources;
 }
 
 bool hasLineFeed(std::string_view text) { return text.find('\n') != std::string_view::npos; }
@@ -89,7 +100,6 @@ struct Surroundings {
     std::string leading;
     std::string separator;
     std::string trailing;
-    std::string indentation;  // of the line on which a new item begins
 };
 
 class Editor {
@@ -143,7 +153,7 @@ class Editor {
 
     void writeItems(const JSONSpan& span, const std::vector<Item>& oldItems,
                     const std::vector<Item>& newItems, const Surroundings& around) {
-        const auto sources = sourcesOf(newItems, oldItems, comesFrom);
+        const auto sources = sourcesOf(newItems, oldItems);
         const bool isOneLine = !isOnLines(span);
         for (std::size_t i = 0; i < newItems.size(); ++i) {
             const auto source = sources[i];
@@ -168,7 +178,7 @@ class Editor {
         auto line = onOneLine(*item.value, layout_);
         text_ += isForOneLine(line, span, around)
                      ? std::move(line)
-                     : onLines(*item.value, layout_, around.indentation);
+                     : onLines(*item.value, layout_, indentationOfNew(span, around));
     }
 
     // A new value is on one line where the value before it is.
@@ -186,11 +196,11 @@ class Editor {
         const std::string outer{indentationAt(original_, span.begin)};
         const auto inner = outer + layout_.indentation;
         if (!isInsideOneLine)
-            return {layout_.lineEnd + inner, "," + layout_.lineEnd + inner, layout_.lineEnd + outer,
-                    inner};
+            return {layout_.lineEnd + inner, "," + layout_.lineEnd + inner,
+                    layout_.lineEnd + outer};
         const auto& padding =
             original_[span.begin] == '{' ? layout_.objectPadding : layout_.arrayPadding;
-        return {padding, layout_.comma, padding, outer};
+        return {padding, layout_.comma, padding};
     }
 
     Surroundings surroundingsOfItems(const JSONSpan& span) const {
@@ -199,9 +209,16 @@ class Editor {
         around.leading = between(span.begin + 1, span.items.front().begin);
         around.separator = separatorOf(span);
         around.trailing = between(last.value.end, span.end - 1);
-        const auto position = hasLineFeed(around.separator) ? last.begin : last.value.end;
-        around.indentation = indentationAt(original_, position);
         return around;
+    }
+
+    // Of the line on which a new item begins.
+    std::string indentationOfNew(const JSONSpan& span, const Surroundings& around) const {
+        if (span.items.empty())
+            return std::string{indentationAt(original_, span.begin)} + layout_.indentation;
+        const auto& last = span.items.back();
+        const auto position = hasLineFeed(around.separator) ? last.begin : last.value.end;
+        return std::string{indentationAt(original_, position)};
     }
 
     std::string separatorOf(const JSONSpan& span) const {
