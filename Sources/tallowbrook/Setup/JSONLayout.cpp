@@ -1,6 +1,7 @@
 #include "Setup/JSONLayout.h"
 
 #include <optional>
+#include <utility>
 
 #include "Integrations/OrderedJSON.h"
 
