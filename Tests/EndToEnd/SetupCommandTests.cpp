@@ -300,6 +300,21 @@ TEST(Remove, takesOutWhatSetupPutInAndNothingElse) {
                 HasSubstr("Claude Code does not call tallowbrook."));
 }
 
+TEST(Remove, leavesAFileInTabsAndCRLFAsItWasBeforeSetup) {
+    const SetupHome home;
+    const std::string mine =
+        "{\r\n\t\"model\" : \"opus\",\r\n\t\"hooks\": {\r\n\t\t\"Stop\": [{ \"hooks\": [] }]\r\n"
+        "\t},\r\n\t\"permissions\": { \"allow\": [\"Bash\", \"Read\"] }\r\n}";
+    writeContents(home.claudeFile, mine);
+    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+    const auto written = contentsOf(home.claudeFile);
+    EXPECT_THAT(written, HasSubstr("\r\n\t\t\"Stop\": [{ \"hooks\": [] }, { \"hooks\""));
+    EXPECT_THAT(written, HasSubstr("\r\n\t},\r\n\t\"permissions\": { \"allow\""));
+    EXPECT_THAT(written, HasSubstr("tallowbrook-hook"));
+    EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
+    EXPECT_EQ(contentsOf(home.claudeFile), mine);
+}
+
 TEST(Remove, asADryRunWritesNothingAtAll) {
     const SetupHome home;
     EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);

@@ -13,6 +13,7 @@
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Setup/HelperTrial.h"
+#include "Setup/LayoutPreservingEdit.h"
 #include "Setup/ProgramLocation.h"
 #include "Setup/ReportingHome.h"
 #include "Store/Settings.h"
@@ -58,7 +59,7 @@ std::expected<std::vector<AgentChange>, Sentence> prepare(const TallowbrookPaths
         auto planner = [=]() -> std::expected<ConfigChangePlan, Sentence> {
             auto plan =
                 makePlan(agent.provider, agent.configFile, paths.installedHelper().string());
-            if (plan) return std::move(*plan);
+            if (plan) return keepLayout(std::move(*plan));
             const auto text = plan.error().description();
             // What is wrong inside a file is told without its name.
             const bool namesFile = std::holds_alternative<ConfigFileError>(plan.error().reason);

@@ -25,6 +25,18 @@ std::string_view colourOf(std::string_view line, bool isHeader) {
     return {};
 }
 
+// Tabs only indent, and a review of a file full of replaced ones is hard to read.
+std::string printableButTabs(std::string_view line) {
+    std::string text;
+    while (true) {
+        const auto tab = line.find('\t');
+        text += PrintableText::printable(line.substr(0, tab));
+        if (tab == std::string_view::npos) return text;
+        text += '\t';
+        line.remove_prefix(tab + 1);
+    }
+}
+
 }  // namespace
 
 Colour colourOfStandardOutput() {
@@ -44,7 +56,7 @@ std::string showDiff(std::string_view diff, Colour colour) {
         const auto start =
             colour == Colour::on ? colourOf(line, number < headerLines) : std::string_view{};
         text += start;
-        text += PrintableText::printable(line);
+        text += printableButTabs(line);
         if (!start.empty()) text += plain;
         text += '\n';
     }

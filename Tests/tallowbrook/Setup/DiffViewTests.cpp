@@ -30,6 +30,11 @@ TEST(DiffView, letsNoTextOfTheFileSpeakToTheTerminal) {
               "--- a\n+++ a\n+\xEF\xBF\xBD[2J\xEF\xBF\xBD\n");
 }
 
+TEST(DiffView, leavesTheTabsThatIndentAFile) {
+    EXPECT_EQ(showDiff("--- a\n+++ a\n+\t\t\"a\": 1\t\n", Colour::off),
+              "--- a\n+++ a\n+\t\t\"a\": 1\t\n");
+}
+
 TEST(DiffView, ofNothingIsEmpty) { EXPECT_EQ(showDiff("", Colour::on), ""); }
 
 }  // namespace
