@@ -8,8 +8,6 @@
 namespace tallowbrook::host {
 namespace {
 
-bool hasLineFeed(std::string_view text) { return text.find('\n') != std::string_view::npos; }
-
 class LayoutFinder {
  public:
     explicit LayoutFinder(std::string_view text) : text_{text} {}

@@ -84,4 +84,6 @@ std::string_view indentationAt(std::string_view text, std::size_t position) {
     return line.substr(0, line.find_first_not_of(" \t"));
 }
 
+bool hasLineFeed(std::string_view text) { return text.find('\n') != std::string_view::npos; }
+
 }  // namespace tallowbrook::host

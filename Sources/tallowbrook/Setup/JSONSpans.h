@@ -32,4 +32,6 @@ JSONSpan spansOf(std::string_view text);
 // The blanks and tabs that begin the line on which this position stands.
 std::string_view indentationAt(std::string_view text, std::size_t position);
 
+bool hasLineFeed(std::string_view text);
+
 }  // namespace tallowbrook::host

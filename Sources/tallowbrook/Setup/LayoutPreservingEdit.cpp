@@ -3,13 +3,11 @@
 // has the wanted tree is checked in the end, so the walk may choose any pairing of the two.
 #include "Setup/LayoutPreservingEdit.h"
 
-#include <algorithm>
-#include <optional>
 #include <utility>
-#include <vector>
 
 #include "Integrations/LineDiff.h"
 #include "Integrations/OrderedJSON.h"
+#include "Setup/JSONAlignment.h"
 #include "Setup/JSONLayout.h"
 #include "Setup/JSONSpans.h"
 
@@ -19,73 +17,6 @@ namespace {
 constexpr std::size_t diffContext = 2;  // as `ConfigFileWriter::plan` shows it
 // More is not put on one line, even where the values beside it are on one.
 constexpr std::size_t longestOnOneLine = 240;
-
-// A member, or an element, which has no key.
-struct Item {
-    const JSONMember* member = nullptr;
-    const JSONNode* value = nullptr;
-};
-
-std::vector<Item> itemsOf(const JSONNode& node) {
-    std::vector<Item> items;
-    if (const auto* members = node.objectMembers())
-        for (const auto& member : *members) items.push_back({&member, &member.value});
-    if (const auto* elements = node.arrayElements())
-        for (const auto& element : *elements) items.push_back({nullptr, &element});
-    return items;
-}
-
-// The first old item from `next` on that the new one comes from.
-std::optional<std::size_t> sourceOf(const Item& item, const std::vector<Item>& oldItems,
-                                    std::size_t next, auto comesFrom) {
-    for (; next < oldItems.size(); ++next)
-        if (comesFrom(item, oldItems[next])) return next;
-    return std::nullopt;
-}
-
-// Whether the old value becomes the new one by losing elements, as a group that loses handlers.
-bool isLeftOf(const JSONNode& newNode, const JSONNode& oldNode) {
-    if (newNode == oldNode) return true;
-    if (newNode.value.index() != oldNode.value.index()) return false;
-    const auto newItems = itemsOf(newNode);
-    const auto oldItems = itemsOf(oldNode);
-    if (newItems.empty() || newItems.size() > oldItems.size()) return false;
-    if (newNode.objectMembers())
-        return std::ranges::equal(newItems, oldItems, [](const Item& item, const Item& old) {
-            return item.member->rawKey == old.member->rawKey && isLeftOf(*item.value, *old.value);
-        });
-    std::size_t next = 0;
-    for (const auto& item : newItems) {
-        const auto source =
-            sourceOf(item, oldItems, next, [](const Item& element, const Item& old) {
-                return isLeftOf(*element.value, *old.value);
-            });
-        // Here the search ends: lists may be so long that pairing them all takes minutes.
-        if (!source) return false;
-        next = *source + 1;
-    }
-    return true;
-}
-
-bool comesFrom(const Item& item, const Item& old) {
-    if (item.member) return item.member->rawKey == old.member->rawKey;
-    return isLeftOf(*item.value, *old.value);
-}
-
-// For each new item the old one that it comes from, in rising order.
-using Sources = std::vector<std::optional<std::size_t>>;
-
-Sources sourcesOf(const std::vector<Item>& newItems, const std::vector<Item>& oldItems) {
-    Sources sources;
-    std::size_t next = 0;
-    for (const auto& item : newItems) {
-        sources.push_back(sourceOf(item, oldItems, next, comesFrom));
-        if (sources.back()) next = *sources.back() + 1;
-    }
-    return sources;
-}
-
-bool hasLineFeed(std::string_view text) { return text.find('\n') != std::string_view::npos; }
 
 // The last line end in the text and what follows it: without the empty lines that may stand before.
 std::string_view fromLastLineEnd(std::string_view text) {
@@ -136,8 +67,8 @@ class Editor {
                          : onLines(newNode, layout_, indentationAt(original_, span.begin));
     }
 
-    void editItems(const JSONSpan& span, const std::vector<Item>& oldItems,
-                   const std::vector<Item>& newItems, bool isInsideOneLine) {
+    void editItems(const JSONSpan& span, const JSONItems& oldItems, const JSONItems& newItems,
+                   bool isInsideOneLine) {
         const char open = original_[span.begin];
         const char close = original_[span.end - 1];
         text_ += open;
@@ -151,8 +82,8 @@ class Editor {
         text_ += close;
     }
 
-    void writeItems(const JSONSpan& span, const std::vector<Item>& oldItems,
-                    const std::vector<Item>& newItems, const Surroundings& around) {
+    void writeItems(const JSONSpan& span, const JSONItems& oldItems, const JSONItems& newItems,
+                    const Surroundings& around) {
         const auto sources = sourcesOf(newItems, oldItems);
         const bool isOneLine = !isOnLines(span);
         for (std::size_t i = 0; i < newItems.size(); ++i) {
@@ -171,7 +102,7 @@ class Editor {
         }
     }
 
-    void writeNew(const Item& item, const JSONSpan& span, const Surroundings& around) {
+    void writeNew(const JSONItem& item, const JSONSpan& span, const Surroundings& around) {
         if (const auto* member = item.member)
             text_ += '"' + member->rawKey.value_or(OrderedJSON::escape(member->key)) + '"' +
                      layout_.colon;
