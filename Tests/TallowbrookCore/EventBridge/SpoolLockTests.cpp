@@ -86,7 +86,7 @@ TEST_F(SpoolLockTest, movesWithItsValue) {
 TEST_F(SpoolLockTest, canBeTakenAgainWhateverTheUmaskWas) {
     const auto user = OrdinaryUser::find();
     if (!user) GTEST_SKIP() << OrdinaryUser::missing;
-    for (const mode_t mask : {0777, 0400, 0200}) {
+    for (const mode_t mask : {mode_t{0777}, mode_t{0400}, mode_t{0200}}) {
         std::filesystem::remove(paths.spoolLockFile());
         ASSERT_TRUE(user->own(temporary.path) && user->own(paths.spoolDirectory()));
         const auto outcome = inChildProcess([&]() -> std::string {

@@ -107,7 +107,7 @@ TEST_F(SpoolWriterTest, writesToNoDirectoryOrDevice) {
 TEST_F(SpoolWriterTest, canGoOnAfterAnyUmask) {
     const auto user = OrdinaryUser::find();
     if (!user) GTEST_SKIP() << OrdinaryUser::missing;
-    for (const mode_t mask : {0777, 0400, 0200}) {
+    for (const mode_t mask : {mode_t{0777}, mode_t{0400}, mode_t{0200}}) {
         const TemporaryDirectory owned;
         ASSERT_TRUE(user->own(owned.path));
         writer.paths = {owned.path / "home"};

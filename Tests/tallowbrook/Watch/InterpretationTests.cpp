@@ -38,16 +38,17 @@ struct Interpreting : testing::Test {
     Database database = home.open();
 
     void store(const std::vector<AgentEvent>& events) {
-        EventSource source{[&]() -> std::expected<std::vector<EventBatch>, Sentence> {
-            return std::vector{EventBatch{
-                .name = "batch",
-                .forEachEvent = [&](const SpoolDrainer::EventSink& take)
-                    -> std::expected<std::int64_t, FileError> {
-                    for (auto event : events) take(std::move(event), "{}");
-                    return 0;
-                },
-                .remove = [] {},
-            }};
+        EventSource source{[&]() -> EventClaim {
+            return {.batches = {EventBatch{
+                        .name = "batch",
+                        .forEachEvent = [&](const SpoolDrainer::EventSink& take)
+                            -> std::expected<std::int64_t, FileError> {
+                            for (auto event : events) take(std::move(event), "{}");
+                            return 0;
+                        },
+                        .remove = [] {},
+                    }},
+                    .troubles = {}};
         }};
         const Ingest ingest{defaultPreferences(), Calendar::fixed(minutes{0}), lines};
         EXPECT_TRUE(ingest.run(source, database, sampleTime + minutes{1}).troubles.empty());
