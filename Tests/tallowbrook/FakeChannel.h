@@ -25,17 +25,19 @@ struct FakeChannel {
     std::shared_ptr<State> state = std::make_shared<State>();
 
     Channel channel(const std::string& name = "lines") const {
+        // The channel may outlive this value.
+        const auto kept = state;
         return {
             .name = name,
             .state =
-                [state = state] {
-                    return ChannelState{.isUsable = state->isUsable,
+                [kept] {
+                    return ChannelState{.isUsable = kept->isUsable,
                                         .reason = "as the test wants it",
-                                        .toldTwiceHarms = state->toldTwiceHarms};
+                                        .toldTwiceHarms = kept->toldTwiceHarms};
                 },
-            .begin = [state = state](const Delivery& delivery) { begin(*state, delivery); },
+            .begin = [kept](const Delivery& delivery) { begin(*kept, delivery); },
             .withdraw = [](const std::string&) {},
-            .takeEvents = [state = state] { return std::exchange(state->events, {}); },
+            .takeEvents = [kept] { return std::exchange(kept->events, {}); },
             .source = std::nullopt,
         };
     }
