@@ -70,11 +70,14 @@ static void append(const char* home) {
     snprintf(spool, sizeof spool, "%s/spool", home);
     if (stat(spool, &status) != 0) exit(1);
     snprintf(path, sizeof path, "%s/spool.lock", spool);
-    const int lock = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (flock(lock, LOCK_EX | LOCK_NB) != 0) exit(1);
+    int lock = open(path, O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (lock < 0) lock = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (lock < 0 || flock(lock, LOCK_EX | LOCK_NB) != 0) exit(1);
+    if (fstat(lock, &status) != 0 || stat(path, &status) != 0) exit(1);
     snprintf(path, sizeof path, "%s/events.jsonl", spool);
     stat(path, &status);
-    const int file = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    const int file = open(path, O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0600);
+    if (fstat(file, &status) != 0) exit(1);
     if (write(file, line, sizeof line - 1) != (ssize_t)sizeof line - 1) exit(1);
     close(file);
     flock(lock, LOCK_UN);
