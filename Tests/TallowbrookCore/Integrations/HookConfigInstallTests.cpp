@@ -40,7 +40,7 @@ TEST(HookInstallation, intoNothingMakesAFileWithTheHooksAlone) {
     EXPECT_EQ(installed(" {} ", withoutEvents), " {} ");
 }
 
-// The whole file with `handler` for each event of the spec, with a timeout where it gets one.
+// The whole file with `handler` for each event that is asked for, with a timeout where it gets one.
 void expectInstalled(const HookInstallSpec& spec, const std::string& handler,
                      const std::set<std::string>& withoutTimeout) {
     std::string events;
