@@ -52,13 +52,17 @@ std::string showDiff(std::string_view diff, Colour colour) {
     constexpr int headerLines = 2;
     std::string text;
     for (int number = 0; !diff.empty(); ++number) {
-        const auto line = takeUntil(diff, '\n');
+        auto line = takeUntil(diff, '\n');
+        // In a file of such line ends a mark on every line would hide the change. Right before the
+        // line feed it moves no cursor that would not move anyway.
+        const bool endsInReturn = line.ends_with('\r');
+        if (endsInReturn) line.remove_suffix(1);
         const auto start =
             colour == Colour::on ? colourOf(line, number < headerLines) : std::string_view{};
         text += start;
         text += printableButTabs(line);
         if (!start.empty()) text += plain;
-        text += '\n';
+        text += endsInReturn ? "\r\n" : "\n";
     }
     return text;
 }

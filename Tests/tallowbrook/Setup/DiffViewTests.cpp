@@ -26,13 +26,20 @@ TEST(DiffView, tellsTheKindsOfLinesApartByColour) {
 }
 
 TEST(DiffView, letsNoTextOfTheFileSpeakToTheTerminal) {
-    EXPECT_EQ(showDiff("--- a\n+++ a\n+\x1B[2J\r\n", Colour::off),
-              "--- a\n+++ a\n+\xEF\xBF\xBD[2J\xEF\xBF\xBD\n");
+    EXPECT_EQ(showDiff("--- a\n+++ a\n+\x1B[2J\rz\r\r\n", Colour::off),
+              "--- a\n+++ a\n+\xEF\xBF\xBD[2J\xEF\xBF\xBDz\xEF\xBF\xBD\r\n");
 }
 
 TEST(DiffView, leavesTheTabsThatIndentAFile) {
     EXPECT_EQ(showDiff("--- a\n+++ a\n+\t\t\"a\": 1\t\n", Colour::off),
               "--- a\n+++ a\n+\t\t\"a\": 1\t\n");
+}
+
+TEST(DiffView, leavesTheReturnsThatEndTheLinesOfAFile) {
+    EXPECT_EQ(showDiff("--- a\n+++ a\n+one\r\n+two\r\n", Colour::off),
+              "--- a\n+++ a\n+one\r\n+two\r\n");
+    EXPECT_EQ(showDiff("--- a\n+++ a\n+one\r\n", Colour::on),
+              "\x1B[1m--- a\x1B[0m\n\x1B[1m+++ a\x1B[0m\n\x1B[32m+one\x1B[0m\r\n");
 }
 
 TEST(DiffView, ofNothingIsEmpty) { EXPECT_EQ(showDiff("", Colour::on), ""); }
