@@ -1,5 +1,6 @@
 #include "Setup/BackupPruning.h"
 
+#include <algorithm>
 #include <system_error>
 
 #include "Integrations/IntegrationSetup.h"
@@ -19,8 +20,11 @@ void pruneBackups(const std::filesystem::path& configFile, const std::filesystem
     std::erase_if(backups, [&](const ConfigBackup& backup) {
         return !is_regular_file(symlink_status(backup.url, error));
     });
+    // Names tell the second only, so of several in one second any may be listed first.
+    const auto made = std::ranges::find(backups, justMade, &ConfigBackup::url);
+    if (made != backups.end()) std::rotate(backups.begin(), made, made + 1);
     for (std::size_t i = newestKept; i + 1 < backups.size(); ++i)
-        if (backups[i].url != justMade) std::filesystem::remove(backups[i].url, error);
+        std::filesystem::remove(backups[i].url, error);
 }
 
 }  // namespace tallowbrook::host
