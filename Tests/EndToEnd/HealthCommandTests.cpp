@@ -159,7 +159,7 @@ TEST(Health, overwritesNoEventThatComesWhileItLooks) {
         HealthHome::store(record, watcher);
         transaction.commit();
         result = host.wait();
-    } while (result.errors.find("database is locked") != std::string::npos);
+    } while (result.errors.find("it is locked") != std::string::npos);
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(home.stored(), (IntegrationHealthRecord{std::nullopt, record.lastLiveEventAt}));
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <map>
 #include <set>
 
@@ -13,11 +14,13 @@
 namespace tallowbrook {
 namespace {
 
-constexpr const char* strace = "/usr/bin/strace";
+using Strace::program;
+
+constexpr const char* sleepCall = "clock_nanosleep";
 
 ProgramCall traced(const ProgramCall& call, std::vector<std::string> options) {
     ProgramCall outer = call;
-    outer.program = strace;
+    outer.program = program;
     options.push_back(call.program);
     options.insert(options.end(), call.arguments.begin(), call.arguments.end());
     outer.arguments = std::move(options);
@@ -42,6 +45,7 @@ bool wasInjected(const Fault& fault, const ProgramResult& result,
     if (result.status == -1) return false;
     bool wasMet = false;
     for (const auto& call : Strace::parse(contentsOf(traceFile))) {
+        if (call.name != fault.call) continue;
         const bool isMarked = call.text.find("(INJECTED)") != std::string::npos;
         const bool isMeant = call.occurrence == fault.occurrence ||
                              (fault.forEver && call.occurrence > fault.occurrence);
@@ -49,6 +53,20 @@ bool wasInjected(const Fault& fault, const ProgramResult& result,
         wasMet = wasMet || isMarked;
     }
     return wasMet;
+}
+
+// "clock_nanosleep(CLOCK_REALTIME, 0, {tv_sec=0, tv_nsec=5000000}, NULL) = 0"
+double sleptSeconds(const std::filesystem::path& traceFile) {
+    double sum = 0;
+    for (const auto& call : Strace::parse(contentsOf(traceFile))) {
+        if (call.name != sleepCall) continue;
+        const auto numberBehind = [&](std::string_view mark) {
+            const std::size_t start = call.text.find(mark);
+            return start == std::string::npos ? 0.0 : std::atof(&call.text[start + mark.size()]);
+        };
+        sum += numberBehind("tv_sec=") + numberBehind("tv_nsec=") / 1e9;
+    }
+    return sum;
 }
 
 }  // namespace
@@ -59,9 +77,9 @@ std::string Fault::text() const {
 
 std::optional<std::string> Strace::reasonToSkip() {
     if (isSanitized) return "a program with sanitizers cannot be traced and makes too many calls";
-    if (!std::filesystem::exists(strace)) return std::string{"there is no "} + strace;
+    if (!std::filesystem::exists(program)) return std::string{"there is no "} + program;
     const ProgramResult probe =
-        run({.program = strace, .arguments = {"-f", "-qq", "-o", "/dev/null", "/bin/true"}});
+        run({.program = program, .arguments = {"-f", "-qq", "-o", "/dev/null", "/bin/true"}});
     if (probe.status == 0) return std::nullopt;
     return "no process may be traced here: " + probe.errors;
 }
@@ -93,13 +111,15 @@ FaultyRun Strace::runWith(const Fault& fault, const ProgramCall& call) {
 
 FaultyProgram::FaultyProgram(const ProgramCall& call, Fault fault)
     : fault_{std::move(fault)},
-      program_{traced(call, {"-f", "-qq", "-o", traceFile_, "-e", "trace=" + fault_.call, "-e",
-                             "inject=" + fault_.text()})} {}
+      program_{traced(
+          call, {"-f", "-qq", "-o", traceFile_, "-e", "trace=" + fault_.call + "," + sleepCall,
+                 "-e", "inject=" + fault_.text()})} {}
 
 FaultyRun FaultyProgram::wait() {
     FaultyRun faulty;
     faulty.result = program_.wait();
     faulty.wasInjected = wasInjected(fault_, faulty.result, traceFile_);
+    faulty.sleptSeconds = sleptSeconds(traceFile_);
     return faulty;
 }
 

@@ -36,9 +36,12 @@ struct Fault {
 struct FaultyRun {
     ProgramResult result;
     bool wasInjected = false;  // the run met the fault, where and as often as it should
+    double sleptSeconds = 0;   // what it asked for in all
 };
 
 namespace Strace {
+
+inline constexpr const char* program = "/usr/bin/strace";
 
 // Why a test that needs it must be skipped; absent where it works.
 std::optional<std::string> reasonToSkip();

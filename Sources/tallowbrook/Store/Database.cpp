@@ -6,16 +6,14 @@
 
 #include <cerrno>
 #include <chrono>
-#include <thread>
 
 #include "Store/DatabaseFailure.h"
+#include "Store/LockPatience.h"
 #include "Store/StoreSchema.h"
 #include "System/FileDescriptor.h"
 
 namespace tallowbrook::host {
 namespace {
-
-constexpr std::chrono::milliseconds busyTimeout{5000};
 
 // SQLite gives its companion files the mode of the database, so that one must be right first.
 std::expected<void, FileError> makeOwnerOnlyFile(const std::filesystem::path& path) {
@@ -27,12 +25,9 @@ std::expected<void, FileError> makeOwnerOnlyFile(const std::filesystem::path& pa
 
 // The step into this mode does not wait for other processes as all else does, so it is tried again.
 void enterWALMode(SQLite::Database& database) {
-    const auto deadline = std::chrono::steady_clock::now() + busyTimeout;
-    while (database.tryExec("PRAGMA journal_mode = WAL") == SQLITE_BUSY) {
-        if (std::chrono::steady_clock::now() >= deadline)
+    while (database.tryExec("PRAGMA journal_mode = WAL") == SQLITE_BUSY)
+        if (!LockPatience::sleep(std::chrono::milliseconds{5}))
             throw SQLite::Exception(database.getHandle());
-        std::this_thread::sleep_for(std::chrono::milliseconds{5});
-    }
 }
 
 // The last connection that closes writes the log into the file, unless it is told not to.
@@ -54,9 +49,10 @@ std::expected<Database, Sentence> Database::open(const TallowbrookPaths& paths) 
         return refuse(made.error().description());
     if (auto made = makeOwnerOnlyFile(paths.databaseFile()); !made)
         return refuse(made.error().description());
-    auto database =
-        std::make_unique<SQLite::Database>(paths.databaseFile().string(), SQLite::OPEN_READWRITE,
-                                           static_cast<int>(busyTimeout.count()));
+    LockPatience::renew();
+    auto database = std::make_unique<SQLite::Database>(
+        paths.databaseFile().string(), SQLite::OPEN_READWRITE,
+        static_cast<int>(LockPatience::whole.count()), LockPatience::vfsName());
     // A file that is refused is left as it is.
     writeLogBackAtClose(*database, false);
     const int version = StoreSchema::version(*database);
@@ -103,6 +99,7 @@ std::expected<void, Sentence> Database::reopen(const TallowbrookPaths& paths) {
 }
 
 SQLite::Transaction Database::beginWriting() {
+    LockPatience::renew();
     // Not deferred: a transaction that began by reading cannot wait for another writer any more.
     return SQLite::Transaction{*database_, SQLite::TransactionBehavior::IMMEDIATE};
 }
@@ -114,6 +111,7 @@ void Database::ReleaseStatement::operator()(SQLite::Statement* statement) const 
 }
 
 Database::StatementUse Database::prepared(const char* sql) {
+    LockPatience::renew();
     auto found = statements_.find(sql);
     if (found == statements_.end())
         found = statements_.emplace(sql, SQLite::Statement{*database_, sql}).first;

@@ -26,7 +26,8 @@ class Database {
     // One of a home at a time in a process: closing a second one would give the locks of the first
     // back (POSIX fcntl(2)). Creates the file, owner-only, and brings it to the current schema. A
     // database of a newer program, or of a version that never was, is refused and left as it is.
-    // Throws SQLite::Exception as well.
+    // Waits for other processes that make or change it, 5 s in all. Throws SQLite::Exception as
+    // well.
     [[nodiscard]] static std::expected<Database, Sentence> open(const TallowbrookPaths& paths);
 
     // Whether there is a database to open at all, for a caller that only looks.
@@ -55,7 +56,8 @@ class Database {
     };
     using StatementUse = std::unique_ptr<SQLite::Statement, ReleaseStatement>;
 
-    // Compiles a statement once. `sql` lives as long as the value, so it is a literal.
+    // Compiles a statement once. `sql` lives as long as the value, so it is a literal. Its use
+    // waits for locks 5 s at most.
     StatementUse prepared(const char* sql);
 
     std::int64_t lastInsertedRow() const;

@@ -17,6 +17,14 @@ bool isDamage(const SQLite::Exception& error) {
     return primaryCode(error) == SQLITE_CORRUPT || primaryCode(error) == SQLITE_NOTADB;
 }
 
+std::string reasonOf(const SQLite::Exception& error) {
+    // SQLite's own words for the second one say nothing to a user.
+    const bool isLocked =
+        primaryCode(error) == SQLITE_BUSY || primaryCode(error) == SQLITE_PROTOCOL;
+    if (!isLocked) return error.what();
+    return "it is locked by another process, or its file system refuses locks";
+}
+
 }  // namespace
 
 Sentence damagedDatabase(const std::filesystem::path& file, std::string_view what) {
@@ -29,7 +37,7 @@ Sentence damagedDatabase(const std::filesystem::path& file, std::string_view wha
 
 Sentence databaseFailure(const std::filesystem::path& file, const SQLite::Exception& error) {
     if (isDamage(error)) return damagedDatabase(file, error.what());
-    return Sentence{fmt::format("The database failed: {}", error.what())};
+    return Sentence{fmt::format("The database failed: {}", reasonOf(error))};
 }
 
 Sentence openingFailure(const std::filesystem::path& file, const SQLite::Exception& error) {
@@ -38,7 +46,7 @@ Sentence openingFailure(const std::filesystem::path& file, const SQLite::Excepti
     if (isDamage(error) || primaryCode(error) == SQLITE_ERROR)
         return damagedDatabase(file, error.what());
     return Sentence{
-        fmt::format("The database {} cannot be opened: {}", file.string(), error.what())};
+        fmt::format("The database {} cannot be opened: {}", file.string(), reasonOf(error))};
 }
 
 }  // namespace tallowbrook::host
