@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <limits>
 #include <tuple>
 
 #include "System/DirectoryListing.h"
@@ -30,6 +31,15 @@ std::string SpoolFileName::make(Prefix prefix, Instant date) {
     name += '-' + std::to_string(getpid());
     name += '-' + randomWord();
     return name.append(extension);
+}
+
+std::string SpoolFileName::makeNext(Prefix prefix, Instant date,
+                                    const std::vector<Entry>& segments) {
+    if (segments.empty()) return make(prefix, date);
+    const std::int64_t newest = segments.back().micros;
+    const bool isLast = newest == std::numeric_limits<std::int64_t>::max();
+    const Instant behind{Instant::duration{isLast ? newest : newest + 1}};
+    return make(prefix, std::max(date, behind));
 }
 
 std::optional<SpoolFileName::Entry> SpoolFileName::parse(const std::filesystem::path& file) {

@@ -68,8 +68,10 @@ std::expected<std::optional<std::int64_t>, SpoolError> SpoolWriter::rotateIfNeed
         return errno == ENOENT ? std::optional<std::int64_t>{0} : std::nullopt;
     if (status.st_size + adding <= configuration.maxActiveFileBytes) return status.st_size;
 
-    const auto segment = paths.spoolDirectory() /
-                         SpoolFileName::make(SpoolFileName::Prefix::overflow, currentInstant());
+    // Named by the time alone, the file would be the first to go after the clock was set back.
+    const auto name = SpoolFileName::makeNext(SpoolFileName::Prefix::overflow, currentInstant(),
+                                              SpoolFileName::pendingFiles(paths.spoolDirectory()));
+    const auto segment = paths.spoolDirectory() / name;
     if (std::rename(paths.activeSpoolFile().c_str(), segment.c_str()) != 0)
         return std::unexpected(SpoolError::io("rotate", errno));
     deleteOldestOverflow(paths.spoolDirectory(), configuration.maxOverflowFiles);

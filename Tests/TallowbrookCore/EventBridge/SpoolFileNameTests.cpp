@@ -44,6 +44,20 @@ TEST(SpoolFileName, isMadeOfPrefixTimeProcessAndRandomBits) {
     }
 }
 
+TEST(SpoolFileName, ofANewSegmentIsBehindAllThatAreThere) {
+    const auto microsAt = [](std::int64_t now, const std::vector<std::int64_t>& there) {
+        std::vector<SpoolFileName::Entry> segments;
+        for (const auto micros : there) segments.push_back({"x", Prefix::ingest, micros});
+        const Instant date{std::chrono::microseconds{now}};
+        return parse(SpoolFileName::makeNext(Prefix::overflow, date, segments)).value().micros;
+    };
+    EXPECT_EQ(microsAt(5, {}), 5);
+    EXPECT_EQ(microsAt(5, {1, 4}), 5);
+    EXPECT_EQ(microsAt(5, {1, 5}), 6);
+    EXPECT_EQ(microsAt(5, {1, 70}), 71);
+    EXPECT_EQ(microsAt(5, {1, INT64_MAX}), INT64_MAX);
+}
+
 TEST(SpoolFileName, isReadFromAPathThatNeedNotExist) {
     const std::filesystem::path file = "/missing-1/overflow-5-6-7.jsonl";
     EXPECT_EQ(parse(file), (SpoolFileName::Entry{file, Prefix::overflow, 5}));

@@ -99,6 +99,21 @@ TEST_F(SpoolRotationTest, theEightNewestSegmentsAreKept) {
     }
 }
 
+TEST_F(SpoolRotationTest, theOldestGoesAlsoAfterTheClockWasSetBack) {
+    const auto later = (currentInstant() + std::chrono::days{1}).time_since_epoch().count();
+    for (int i = 1; i <= 8; ++i)
+        makeSegment("overflow-" + std::to_string(later + i) + "-1-1.jsonl");
+    writer.configuration.maxActiveFileBytes = 3;
+    for (const std::string contents : {"new", "two", "six"}) {
+        writeContents(paths.activeSpoolFile(), contents);
+        ASSERT_EQ(lengthAfter(1, writer), "0");
+        const auto left = segments();
+        ASSERT_EQ(left.size(), 8U);
+        EXPECT_EQ(contentsOf(left[7].url), contents);
+    }
+    EXPECT_EQ(segments()[0].micros, later + 4);
+}
+
 TEST_F(SpoolRotationTest, nothingIsDeletedWithoutARotation) {
     for (int i = 1; i <= 30; ++i) makeSegment("overflow-" + std::to_string(i) + "-1-1.jsonl");
     EXPECT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
