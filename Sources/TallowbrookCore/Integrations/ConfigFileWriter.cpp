@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "Domain/UUID.h"
-#include "EventBridge/TallowbrookPaths.h"
+#include "EventBridge/DirectoryOnDisk.h"
 #include "Integrations/ConfigFileSwap.h"
 #include "Integrations/LineDiff.h"
 #include "System/FileContents.h"
@@ -31,18 +31,6 @@ bool meansNoFile(int errorNumber) { return errorNumber == ENOENT || errorNumber 
 ConfigFileError named(const ConfigFileError& error, const path& file) {
     const bool isChanged = std::holds_alternative<ConfigFileError::ChangedSincePlan>(error.reason);
     return isChanged ? ConfigFileError::changedSincePlan(file) : error;
-}
-
-// A new directory can be lost in a power cut, with all that is in it, until its parent is written.
-std::expected<void, FileError> ensureDirectoryOnDisk(const path& directory) {
-    std::error_code ignored;
-    const auto parent = directory.parent_path();
-    const bool isNew = !std::filesystem::exists(directory, ignored);
-    if (isNew && !parent.empty() && parent != directory)
-        if (auto made = ensureDirectoryOnDisk(parent); !made) return made;
-    if (auto made = TallowbrookPaths::ensureDirectory(directory); !made) return made;
-    if (isNew) syncDirectory(parent);
-    return {};
 }
 
 // On stable storage before anything is replaced: after a power cut one of the two texts is whole.

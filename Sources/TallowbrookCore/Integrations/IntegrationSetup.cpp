@@ -8,6 +8,7 @@
 
 #include "Domain/RecordCoding.h"
 #include "Domain/UUID.h"
+#include "EventBridge/DirectoryOnDisk.h"
 #include "Integrations/HookConfigMerger.h"
 #include "System/DirectoryListing.h"
 #include "System/FileContents.h"
@@ -116,7 +117,7 @@ std::expected<path, IntegrationSetupError> IntegrationSetup::installHelper(
     const auto failure = [](const FileError& error) {
         return std::unexpected(IntegrationSetupError::helperInstallFailed(error.reason()));
     };
-    if (auto made = TallowbrookPaths::ensureDirectory(paths.binDirectory()); !made)
+    if (auto made = ensureDirectoryOnDisk(paths.binDirectory()); !made)
         return failure(made.error());
     if (auto done = installBytes(*bytes, paths.installedHelper()); !done)
         return failure(done.error());

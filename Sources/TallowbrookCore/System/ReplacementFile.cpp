@@ -86,6 +86,11 @@ void syncDirectory(const std::filesystem::path& directory) {
     if (opened.isOpen()) fsync(opened.number());
 }
 
+void syncNamesUpTo(const std::filesystem::path& location) {
+    for (auto at = location; at.has_relative_path(); at = at.parent_path())
+        syncDirectory(at.parent_path());
+}
+
 void ReplacementFile::keep() {
     if (isSynced_) syncDirectory(location_.parent_path());
     location_.clear();

@@ -66,4 +66,7 @@ class ReplacementFile {
 // empty path is the current directory.
 void syncDirectory(const std::filesystem::path& directory);
 
+// Waits so for the name of a file or directory, and for those of all the directories it lies in.
+void syncNamesUpTo(const std::filesystem::path& location);
+
 }  // namespace tallowbrook

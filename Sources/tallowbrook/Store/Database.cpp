@@ -11,6 +11,7 @@
 #include "Store/LockPatience.h"
 #include "Store/StoreSchema.h"
 #include "System/FileDescriptor.h"
+#include "System/ReplacementFile.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -47,8 +48,12 @@ std::expected<Database, Sentence> Database::open(const TallowbrookPaths& paths) 
     };
     if (auto made = TallowbrookPaths::ensureDirectory(paths.home); !made)
         return refuse(made.error().description());
+    const bool isNew = !exists(paths);
     if (auto made = makeOwnerOnlyFile(paths.databaseFile()); !made)
         return refuse(made.error().description());
+    // What is committed must be found again after a power cut. A helper that made the home has not
+    // waited for the disk.
+    if (isNew) syncNamesUpTo(paths.databaseFile());
     LockPatience::renew();
     auto database = std::make_unique<SQLite::Database>(
         paths.databaseFile().string(), SQLite::OPEN_READWRITE,
