@@ -12,10 +12,13 @@
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
+#include "Setup/AgentBackups.h"
 #include "Setup/HelperTrial.h"
 #include "Setup/LayoutPreservingEdit.h"
 #include "Setup/ProgramLocation.h"
+#include "Setup/Refusal.h"
 #include "Setup/ReportingHome.h"
+#include "Setup/SetupReversal.h"
 #include "Store/Settings.h"
 
 namespace tallowbrook::host {
@@ -38,9 +41,27 @@ bool mayChange(const TallowbrookPaths& paths, const AgentChoice& choice,
     return false;
 }
 
-using MakePlan = std::expected<ConfigChangePlan, ConfigPlanError> (*)(Provider,
-                                                                      const std::filesystem::path&,
-                                                                      std::string_view);
+using Plan = std::expected<ConfigChangePlan, ConfigPlanError>;
+using MakePlan = Plan (*)(const Agent&, const TallowbrookPaths&);
+
+Plan planSetup(const Agent& agent, const TallowbrookPaths& paths) {
+    auto plan = IntegrationSetup::planInstall(agent.provider, agent.configFile,
+                                              paths.installedHelper().string());
+    if (plan) *plan = keepLayout(std::move(*plan));
+    return plan;
+}
+
+Plan planRemoval(const Agent& agent, const TallowbrookPaths& paths) {
+    const auto helper = paths.installedHelper().string();
+    auto plan = IntegrationSetup::planUninstall(agent.provider, agent.configFile, helper);
+    if (!plan) return plan;
+    std::vector<std::string> earlier;
+    for (auto& backup : backupsOf({agent}, paths))
+        if (backup.text) earlier.push_back(std::move(*backup.text));
+    *plan = givingBack(keepLayout(std::move(*plan)), earlier,
+                       IntegrationSetup::spec(agent.provider, helper));
+    return plan;
+}
 
 struct AgentChange {
     Agent agent;
@@ -54,17 +75,13 @@ std::expected<std::vector<AgentChange>, Sentence> prepare(const TallowbrookPaths
                                                           MakePlan makePlan) {
     const auto agents = chosenAgents(choice, Unnamed::thoseThere);
     if (!agents) return std::unexpected(agents.error());
+    const bool isOnlyFile = agents->size() == 1;
     std::vector<AgentChange> changes;
     for (const auto& agent : *agents) {
         auto planner = [=]() -> std::expected<ConfigChangePlan, Sentence> {
-            auto plan =
-                makePlan(agent.provider, agent.configFile, paths.installedHelper().string());
-            if (plan) return keepLayout(std::move(*plan));
-            const auto text = plan.error().description();
-            // What is wrong inside a file is told without its name.
-            const bool namesFile = std::holds_alternative<ConfigFileError>(plan.error().reason);
-            return std::unexpected(
-                Sentence{namesFile ? text : agent.configFile.string() + ": " + text});
+            auto plan = makePlan(agent, paths);
+            if (plan) return std::move(*plan);
+            return std::unexpected(refusal(plan.error(), agent.configFile, isOnlyFile));
         };
         auto change = ConfigChange::prepare(std::move(planner), agent.backupDirectory(paths));
         if (!change) return std::unexpected(change.error());
@@ -140,8 +157,8 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     if (!source)
         return StandardStreams::fail(
             "The helper was not found beside this program. Install tallowbrook again.");
-    auto changes = prepare(paths, choice, IntegrationSetup::planInstall);
-    if (!changes) return StandardStreams::fail(changes.error().followedBy("Nothing was changed."));
+    auto changes = prepare(paths, choice, planSetup);
+    if (!changes) return StandardStreams::fail(changes.error());
     if (!canAsk(options)) return ExitStatus::failed;
 
     const auto helper = IntegrationSetup::helperStatus(paths.installedHelper(), *source);
@@ -169,8 +186,8 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
                 const ReviewOptions& options) {
     if (!mayChange(paths, choice, options)) return ExitStatus::wrongUsage;
-    auto changes = prepare(paths, choice, IntegrationSetup::planUninstall);
-    if (!changes) return StandardStreams::fail(changes.error().followedBy("Nothing was changed."));
+    auto changes = prepare(paths, choice, planRemoval);
+    if (!changes) return StandardStreams::fail(changes.error());
     if (!canAsk(options)) return ExitStatus::failed;
     StandardStreams::mention(announce(*changes, paths));
     int status = ExitStatus::done;
