@@ -209,12 +209,25 @@ TEST(Setup, saysInOneLineWhatItAddsBeforeTheDifferenceAndInTheQuestion) {
     const SetupHome home;
     writeContents(home.claudeFile, settings);
     const auto output = home.hostWithAnswers({"setup", "claude-code"}, {"n"}).output;
-    const std::string summary = "adds 9 hooks, changes nothing else";
+    const std::string summary = "adds 9 hooks, nothing else";
     const auto difference = output.find("--- ");
     EXPECT_THAT(output.substr(0, difference),
                 HasSubstr("Claude Code: " + home.claudeFile.string() + " (" + summary + ")\n"));
     EXPECT_THAT(output.substr(difference),
                 HasSubstr(home.claudeFile.string() + ": " + summary + ".\nChange it? [y/N] "));
+}
+
+TEST(Setup, saysBeforeTheQuestionAndInTheEndThatTheAgentRunsNoHooks) {
+    const SetupHome home;
+    writeContents(home.claudeFile, "{\"disableAllHooks\": true}\n");
+    const auto sentence = "Claude Code runs no hooks: \"disableAllHooks\" is set in " +
+                          home.claudeFile.string() +
+                          "; take it out there, or nothing will be reported.\n";
+    const auto refused = home.hostWithAnswers({"setup", "claude-code"}, {"n"}).output;
+    EXPECT_THAT(refused.substr(0, refused.find("--- ")), HasSubstr(sentence));
+    const auto done = home.host({"setup", "claude-code", "--yes"});
+    EXPECT_EQ(done.status, 3);
+    EXPECT_THAT(done.output, testing::EndsWith("The test event has arrived.\n" + sentence));
 }
 
 TEST(Setup, showsADifferenceThatPatchCanApply) {

@@ -14,6 +14,7 @@
 #include "Output/StandardStreams.h"
 #include "Setup/AgentBackups.h"
 #include "Setup/HelperTrial.h"
+#include "Setup/HookObstacle.h"
 #include "Setup/LayoutPreservingEdit.h"
 #include "Setup/ProgramLocation.h"
 #include "Setup/Refusal.h"
@@ -110,6 +111,14 @@ std::string_view whatHappensTo(HelperStatus helper) {
     return "to be renewed";
 }
 
+// Why the agent will run no hooks, set up or not; else empty.
+std::string whyNot(const Agent& agent) {
+    const auto obstacle = hookObstacle(agent);
+    if (!obstacle || !obstacle->isSwitchedOff()) return {};
+    return fmt::format("{} runs no hooks: {}.\n", displayName(agent.provider),
+                       PrintableText::printable(obstacle->text()));
+}
+
 std::string nextStep(Provider provider) {
     const auto& profile = AgentProfile::of(provider);
     return fmt::format("{} is set up: {}\n", profile.displayName, profile.nextStep);
@@ -125,14 +134,15 @@ void noteSetUp(Database& database, Provider provider) {
     transaction.commit();
 }
 
-int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, Database& database) {
+int finishSetup(const TallowbrookPaths& paths, const Agent& agent, bool isNew, Database& database) {
     // A setup that finds its hooks in place does not start the waiting for the first event anew.
-    if (isNew) noteSetUp(database, provider);
-    if (auto tried = tryHelper(paths, provider, database); !tried)
+    if (isNew) noteSetUp(database, agent.provider);
+    if (auto tried = tryHelper(paths, agent.provider, database); !tried)
         return StandardStreams::fail(tried.error());
     StandardStreams::mention("The test event has arrived.\n");
-    StandardStreams::mention(nextStep(provider));
-    return ExitStatus::done;
+    const auto obstacle = whyNot(agent);
+    StandardStreams::mention(obstacle.empty() ? nextStep(agent.provider) : obstacle);
+    return obstacle.empty() ? ExitStatus::done : ExitStatus::notInOrder;
 }
 
 int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
@@ -143,8 +153,8 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
         status = worse(status, exitStatus(outcome));
         // Also where nothing had to change: a user in doubt calls it for the proof.
         if (outcome == ReviewOutcome::applied || outcome == ReviewOutcome::unchanged)
-            status = worse(status, finishSetup(paths, agent.provider,
-                                               outcome == ReviewOutcome::applied, database));
+            status = worse(status,
+                           finishSetup(paths, agent, outcome == ReviewOutcome::applied, database));
     }
     return status;
 }
@@ -165,6 +175,8 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     StandardStreams::mention(fmt::format("Helper: {} ({})\n", printable(paths.installedHelper()),
                                          whatHappensTo(helper)) +
                              announce(*changes, paths));
+    for (const auto& [agent, change] : *changes)
+        if (!change.plan.isNoOp()) StandardStreams::mention(whyNot(agent));
     if (!agentsReportTo(paths))
         StandardStreams::complain(fmt::format(
             "The agents report to {} and not to this home, which is only for trying out.",
@@ -214,7 +226,8 @@ void addSetupCommands(CommandLine& line) {
         changeHelp +
             "\nThe helper and the database are put into the data directory before the first "
             "question.\nWith another --home, name a file to try on by --config: the agents report "
-            "to the\nstandard data directory alone.");
+            "to the\nstandard data directory alone.\n3 too: an agent is set up, but told to run no "
+            "hooks.");
     given->addAgents(setupWords, "those that are there");
     given->addReview(setupWords);
 

@@ -88,7 +88,7 @@ Lines linesOf(const ConfigChangePlan& plan) {
 
 // What changes beside hooks that only come, or only go.
 std::string rest(std::size_t otherLines) {
-    return otherLines == 0 ? ", changes nothing else"
+    return otherLines == 0 ? ", nothing else"
                            : fmt::format(", changes {}", count(otherLines, "other line"));
 }
 

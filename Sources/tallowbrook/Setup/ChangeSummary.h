@@ -10,7 +10,7 @@
 
 namespace tallowbrook::host {
 
-// "adds 9 hooks and 1 comma, changes nothing else": the helper's hooks that come and go, told apart
+// "adds 9 hooks and 1 comma, nothing else": the helper's hooks that come and go, told apart
 // by their events and contents, and how many lines beside theirs differ. "nothing to change" for a
 // plan that writes nothing; "to be created" comes first where there is no file.
 std::string summaryOf(const ConfigChangePlan& plan);

@@ -52,7 +52,7 @@ struct ConfigChange {
     ReviewOutcome review(const ReviewOptions& options);
 };
 
-// "/home/u/.claude/settings.json (adds 9 hooks, changes nothing else)", what announces a change.
+// "/home/u/.claude/settings.json (adds 9 hooks, nothing else)", what announces a change.
 std::string announcement(const ConfigChangePlan& plan);
 
 }  // namespace tallowbrook::host

@@ -19,19 +19,18 @@ std::string summary(std::optional<std::string> original, std::optional<std::stri
 }
 
 TEST(ChangeSummary, countsTheHooksThatComeAndTheCommasBeforeThem) {
-    EXPECT_EQ(summary("{\n}\n", installedIn("{\n}\n")), "adds 9 hooks, changes nothing else");
+    EXPECT_EQ(summary("{\n}\n", installedIn("{\n}\n")), "adds 9 hooks, nothing else");
     const std::string mine = "{\n  \"a\": 1\n}\n";
-    EXPECT_EQ(summary(mine, installedIn(mine)), "adds 9 hooks and 1 comma, changes nothing else");
+    EXPECT_EQ(summary(mine, installedIn(mine)), "adds 9 hooks and 1 comma, nothing else");
     const std::string withStop =
         "{\n  \"hooks\": {\n    \"Stop\": [\n      {\n        \"hooks\": []\n      }\n    ]\n  "
         "}\n}\n";
-    EXPECT_EQ(summary(withStop, installedIn(withStop)), "adds 9 hooks, changes nothing else");
+    EXPECT_EQ(summary(withStop, installedIn(withStop)), "adds 9 hooks, nothing else");
 }
 
 TEST(ChangeSummary, countsTheHooksThatGo) {
     const std::string mine = "{\n  \"a\": 1\n}\n";
-    EXPECT_EQ(summary(installedIn(mine), mine),
-              "takes out 9 hooks and 1 comma, changes nothing else");
+    EXPECT_EQ(summary(installedIn(mine), mine), "takes out 9 hooks and 1 comma, nothing else");
 }
 
 TEST(ChangeSummary, countsLinesThatHoldMoreThanHooks) {
