@@ -10,6 +10,7 @@ endfunction()
 
 add_header_only(boost boost/json.hpp)
 add_header_only(cli11 CLI/CLI.hpp)
+add_header_only(tomlplusplus toml++/toml.h)
 
 find_path(UTF8PROC_INCLUDE_DIRECTORY utf8proc.h REQUIRED)
 # The archive first: the helper must not depend on a shared library.

@@ -126,6 +126,24 @@ TEST(Health, needsRepairWhereTheHelperIsGone) {
     EXPECT_THAT(result.output, HasSubstr("Claude Code: needs repair, the helper cannot run"));
 }
 
+TEST(Health, andDoctorNameWhatKeepsTheAgentFromRunningTheHooks) {
+    const SetupHome home;
+    EXPECT_EQ(home.host({"setup", "claude-code", "codex", "--yes"}).status, 0);
+    auto text = contentsOf(home.claudeFile);
+    writeContents(home.claudeFile, text.replace(0, 1, "{\"disableAllHooks\": true, "));
+    const auto result = home.host({"health"});
+    EXPECT_EQ(result.status, needsAttention);
+    EXPECT_THAT(result.output, HasSubstr("Claude Code: blocked, \"disableAllHooks\" is set in " +
+                                         home.claudeFile.string() + "; take it out there"));
+    EXPECT_THAT(result.output, HasSubstr("Codex CLI: blocked, the hooks are not trusted yet; start "
+                                         "codex in a project and choose to trust them ("));
+    const auto json = home.host({"health", "codex", "--json"}).output;
+    EXPECT_THAT(json, HasSubstr(R"("state":"blocked")"));
+    EXPECT_THAT(json, HasSubstr(R"("obstacle":"the hooks are not trusted yet; start codex)"));
+    EXPECT_THAT(home.host({"doctor"}).output,
+                HasSubstr("integration blocked · \"disableAllHooks\" is set in ~/.claude/"));
+}
+
 TEST(Health, forgetsTheSetupOnceTheHooksAreGone) {
     const HealthHome home;
     const auto record = home.storeSilence();

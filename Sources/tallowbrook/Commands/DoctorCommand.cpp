@@ -75,7 +75,9 @@ void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
             health.judgeEvents(record, now);
         }
         report.integrationStates[agent.provider] = rawValue(health.state());
-        if (auto text = health.events.diagnosticDescription())
+        if (health.state() == AgentHealth::State::blocked)
+            report.integrationHealth[agent.provider] = health.obstacle->text();
+        else if (auto text = health.events.diagnosticDescription())
             report.integrationHealth[agent.provider] = std::move(*text);
     }
 }

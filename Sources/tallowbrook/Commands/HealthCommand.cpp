@@ -45,6 +45,7 @@ std::string detail(const AgentHealth& health, Instant now) {
                                : fmt::format("{} hooks are", stale->staleHandlers));
     if (health.state() == AgentHealth::State::notSetUp) return {};
     if (!health.isReady) return "the helper cannot run";
+    if (health.state() == AgentHealth::State::blocked) return health.obstacle->text();
     return eventsDetail(health.events, now);
 }
 
@@ -70,6 +71,8 @@ std::string agentJSON(const AgentHealth& health) {
         if (const auto* stale = std::get_if<HookInstallState::NeedsRepair>(&health.hooks->state))
             entry.encode("staleHandlers", stale->staleHandlers);
     }
+    if (health.state() == AgentHealth::State::blocked)
+        entry.encode("obstacle", UTF8::replacingInvalid(health.obstacle->text()));
     encodeEvents(health.events, entry);
     return entry.text();
 }
@@ -153,9 +156,11 @@ void addHealthCommand(CommandLine& line) {
             return showHealth(paths, given->choice(),
                               given->json ? ListFormat::json : ListFormat::table);
         },
-        "3: an agent's state is partial, needs repair, silent or unreadable.\n"
+        "3: an agent's state is partial, needs repair, silent, blocked or unreadable.\n"
         "States: not set up, partial, needs repair, waiting (for the first event since the "
-        "setup), silent\n(for more than ten minutes after it), receiving, unreadable.");
+        "setup), silent\n(for more than ten minutes after it), receiving, blocked (the agent does "
+        "not run the "
+        "hooks), unreadable.");
     given->addAgents(words, "all");
     words.addFlag("--json", given->json, "As a JSON object, for programs");
 }

@@ -11,14 +11,31 @@
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Setup/BackupPruning.h"
+#include "Setup/ChangeSummary.h"
 #include "Setup/DiffView.h"
 
 namespace tallowbrook::host {
 namespace {
 
-// Anything but a yes is a no, the end of the input too. Absent when the question cannot be shown.
-std::optional<bool> agrees(const std::filesystem::path& file) {
-    const auto question = fmt::format("Change {}? [y/N] ", PrintableText::printable(file.string()));
+// The owner has taken the leave to write away, from others' programs too. That a new file takes the
+// old one's name needs no such leave, so the system would not object.
+bool isReadOnly(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto status = std::filesystem::status(file, error);
+    return !error && exists(status) &&
+           (status.permissions() & std::filesystem::perms::owner_write) ==
+               std::filesystem::perms::none;
+}
+
+// Says what the yes is for, since the whole difference may have scrolled away. Anything but a yes
+// is a no, the end of the input too. Absent when the question cannot be shown.
+std::optional<bool> agrees(const ConfigChangePlan& plan) {
+    const auto file = PrintableText::printable(plan.fileURL.string());
+    const auto question =
+        isReadOnly(plan.fileURL)
+            ? fmt::format("{}: {}.\nThe file is read-only. Change it all the same? [y/N] ", file,
+                          summaryOf(plan))
+            : fmt::format("{}: {}.\nChange it? [y/N] ", file, summaryOf(plan));
     if (StandardStreams::showAsResult(question) != ExitStatus::done) return std::nullopt;
     std::string answer;
     if (!std::getline(std::cin, answer)) {
@@ -38,6 +55,15 @@ void mentionOtherNames(const std::filesystem::path& file) {
                                          PrintableText::printable(file.string()), count,
                                          isOne ? "name (a hard link)" : "names (hard links)",
                                          isOne ? "it" : "they"));
+}
+
+// A yes given beforehand was not given to this.
+ReviewOutcome refuseReadOnly(const std::filesystem::path& file) {
+    StandardStreams::complain(
+        fmt::format("{} is read-only and was left as it is. Make it writable (chmod u+w), or leave "
+                    "--yes out to be asked.",
+                    PrintableText::printable(file.string())));
+    return ReviewOutcome::failed;
 }
 
 bool isChangedSincePlan(const ConfigFileError& error) {
@@ -75,10 +101,7 @@ bool canAsk(const ReviewOptions& options) {
 }
 
 std::string announcement(const ConfigChangePlan& plan) {
-    const char* what = plan.isNoOp() || !plan.proposedText ? "nothing to change"
-                       : plan.originalText                 ? "to be changed"
-                                                           : "to be created";
-    return fmt::format("{} ({})", PrintableText::printable(plan.fileURL.string()), what);
+    return fmt::format("{} ({})", PrintableText::printable(plan.fileURL.string()), summaryOf(plan));
 }
 
 std::expected<ConfigChange, Sentence> ConfigChange::prepare(Planner makePlan,
@@ -96,8 +119,13 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
             ExitStatus::done)
             return ReviewOutcome::failed;
         mentionOtherNames(plan.fileURL);
-        if (options.dryRun) return ReviewOutcome::previewed;
-        const auto agreed = options.assumeYes ? std::optional{true} : agrees(plan.fileURL);
+        const bool isLocked = isReadOnly(plan.fileURL);
+        if (isLocked && options.assumeYes) return refuseReadOnly(plan.fileURL);
+        if (options.dryRun) {
+            if (isLocked) StandardStreams::mention("The file is read-only.\n");
+            return ReviewOutcome::previewed;
+        }
+        const auto agreed = options.assumeYes ? std::optional{true} : agrees(plan);
         if (!agreed) return ReviewOutcome::failed;
         if (!*agreed) {
             StandardStreams::mention(fmt::format("{} was left as it is.\n",
