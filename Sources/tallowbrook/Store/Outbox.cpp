@@ -192,6 +192,36 @@ std::int64_t Outbox::newestPlace() {
     return query->executeStep() ? query->getColumn(0).getInt64() : 0;
 }
 
+std::vector<NotificationRecord> Outbox::latestOf(const std::string& sessionStorageID, int atMost) {
+    // The keys of a session begin with its id, so their index finds them; the id itself is compared
+    // too, since another one may begin with it.
+    const auto query = database_.prepared(
+        "SELECT * FROM (SELECT * FROM notifications"
+        " WHERE dedupe_key >= ?1 || '|' AND dedupe_key < ?1 || '}' AND session_storage_id = ?1"
+        " ORDER BY number DESC LIMIT ?2) ORDER BY number");
+    query->bind(1, sessionStorageID);
+    query->bind(2, atMost);
+    std::vector<NotificationRecord> records;
+    while (query->executeStep()) records.push_back({readNotification(*query), {}});
+    for (auto& record : records) {
+        const auto rows = database_.prepared(
+            "SELECT channel, state, attempts, told_at FROM deliveries WHERE notification = ?"
+            " ORDER BY channel");
+        rows->bind(1, record.notification.number);
+        while (rows->executeStep()) {
+            DeliveryRecord delivery{
+                .channel = rows->getColumn(0).getString(),
+                .state = fromRawValue<DeliveryState>(rows->getColumn(1).getString())
+                             .value_or(DeliveryState::pending),
+                .attempts = rows->getColumn(2).getInt(),
+                .toldAt = std::nullopt};
+            if (!rows->isColumnNull(3)) delivery.toldAt = instantOf(rows->getColumn(3));
+            record.deliveries.push_back(std::move(delivery));
+        }
+    }
+    return records;
+}
+
 void Outbox::noteUntold(const Untold& untold) {
     const auto insert = database_.prepared(
         "INSERT INTO untold (event_id, session_storage_id, reason, at, turn, is_held_back)"
