@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "Output/PrintableText.h"
 #include "Output/TimeText.h"
@@ -118,7 +119,8 @@ std::string toldRows(const Telling& telling, Provider provider, Instant now, std
             all.push_back(newsOf(record, provider, now));
     }
     for (const auto& untold : telling.untold) all.push_back(newsOf(untold, telling.events));
-    std::ranges::stable_sort(all, {}, &News::time);
+    // The titles order what came at once, so that two calls never differ.
+    std::ranges::sort(all, {}, [](const News& news) { return std::tie(news.time, news.title); });
     if (all.size() > atMost)
         all.erase(all.begin(), all.end() - static_cast<std::ptrdiff_t>(atMost));
     std::string text;

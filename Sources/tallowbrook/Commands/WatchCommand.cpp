@@ -82,10 +82,12 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
     host.attachTo(loop);
 
     // A script reads of one pass what it tells and the list, and no more.
-    if (stays) [[maybe_unused]]
-        const auto greeted = output->write(greetingOf(paths, database));
-    else if (isatty(STDOUT_FILENO) == 1)
+    if (stays) {
+        // The list will say where this cannot be written.
+        [[maybe_unused]] const auto greeted = output->write(greetingOf(paths, database));
+    } else if (isatty(STDOUT_FILENO) == 1) {
         StandardStreams::mention(greetingOf(paths, database));
+    }
     const bool passed = host.pass();
     const auto table = sessionTable(database);
     if (!stays) {
