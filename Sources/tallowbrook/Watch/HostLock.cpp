@@ -64,10 +64,7 @@ bool HostLock::isInPlace(const TallowbrookPaths& paths) const {
 }
 
 void HostLock::write(std::string_view text) const {
-    struct stat status{};
-    const bool isEmpty = fstat(file_.number(), &status) == 0 && status.st_size == 0;
-    if (!isEmpty && ftruncate(file_.number(), 0) != 0) return;
-    if (text.empty()) return;
+    if (ftruncate(file_.number(), 0) != 0 || text.empty()) return;
     [[maybe_unused]] const auto written = pwrite(file_.number(), text.data(), text.size(), 0);
 }
 
