@@ -37,6 +37,8 @@ TEST(Setup, putsTheHooksInAndProvesThatTheyArrive) {
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, HasSubstr("The test event has arrived.\n"));
     EXPECT_THAT(result.output, HasSubstr("Claude Code is set up"));
+    EXPECT_THAT(result.output, testing::EndsWith("\nNext: run \"tallowbrook watch\" and leave it "
+                                                 "open; it tells you who waits for you.\n"));
 
     const auto written = contentsOf(home.claudeFile);
     EXPECT_THAT(written, HasSubstr("\"say done\""));
@@ -60,7 +62,10 @@ TEST(Setup, provesItselfWhileAnotherHostWatches) {
     EXPECT_THAT(result.output, HasSubstr("The test event has arrived.\n"));
     watcher.send(SIGTERM);
     // It says nothing of the test's session.
-    EXPECT_EQ(watcher.wait().output, "No sessions to show.\n");
+    EXPECT_THAT(watcher.wait().output, testing::EndsWith("setup\" in another terminal.\n"
+                                                         "No sessions to show.\n"));
+    EXPECT_THAT(result.output, testing::EndsWith("\nNext: nothing; a host is running and tells "
+                                                 "you.\n"));
 }
 
 TEST(Setup, doneTwiceChangesNothingTheSecondTime) {

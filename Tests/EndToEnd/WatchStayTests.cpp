@@ -72,7 +72,10 @@ TEST(WatchStay, endsWellWhenItIsAskedTo) {
         RunningProgram host{home.hostCall({"watch"})};
         ASSERT_TRUE(host.waitForOutput(leads));
         host.send(signal);
-        EXPECT_EQ(host.wait(), (ProgramResult{.status = 0, .output = leads + "\n"})) << signal;
+        const ProgramResult result = host.wait();
+        EXPECT_EQ(result.status, 0) << signal;
+        EXPECT_EQ(result.errors, "") << signal;
+        EXPECT_EQ(result.output.substr(result.output.find('\n') + 1), leads + "\n") << signal;
     }
 }
 

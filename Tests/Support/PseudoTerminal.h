@@ -41,6 +41,14 @@ class PseudoTerminal {
         return write(primary, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     }
 
+    // What programs have written to it since the last call, as far as it has come.
+    std::string shown() const {
+        std::string text(4096, '\0');
+        const ssize_t count = read(primary, text.data(), text.size());
+        text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+        return text;
+    }
+
     std::string path;  // of the side that programs run on; empty when the system gave none
     dev_t device = 0;
 

@@ -147,9 +147,7 @@ constexpr AgentProfile codexCLI{
     .hookForm = HookForm::shellLine,
     .hookTimeoutSeconds = 5,
     .askingTools = {},
-    .nextStep =
-        "start it once and trust the new hooks when it asks for their review, or it skips "
-        "them without a word.",
+    .nextStep = "start it and trust the new hooks; it skips them until then.",
 };
 
 constexpr std::array profiles{claudeCode, codexCLI};

@@ -5,12 +5,14 @@
 
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
+#include "Commands/HostRow.h"
 #include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticsReport.h"
 #include "EventBridge/SpoolDrainer.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "Focus/BoundedRun.h"
 #include "Lists/SessionList.h"
+#include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Setup/AgentHealth.h"
@@ -95,11 +97,15 @@ int doctor(const TallowbrookPaths& paths) {
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
     addAgents(report, addStored(report, paths, now), now);
-    return StandardStreams::showAsResult(PrintableText::printableLines(report.render()) + "\n");
+    const auto host = HostLock::holder(paths);
+    const int shown = StandardStreams::showAsResult(PrintableText::printableLines(report.render()) +
+                                                    "\n" + hostRow(host, now));
+    return shown == ExitStatus::done && !host ? ExitStatus::noHost : shown;
 }
 
 void addDoctorCommand(CommandLine& line) {
-    line.add("doctor", "Report what is installed and stored, for a request for help", doctor);
+    line.add("doctor", "Report what is installed and stored, for a request for help", doctor,
+             "4: the report is whole, but no host runs, so nobody is told anything.");
 }
 
 }  // namespace tallowbrook::host

@@ -1,4 +1,4 @@
-// `tallowbrook explain`: why a session has its status.
+// `tallowbrook explain`: why a session has its status, and what the user was told of it.
 #pragma once
 
 #include <string>
@@ -9,8 +9,9 @@ namespace tallowbrook::host {
 
 class CommandLine;
 
-// A paragraph, and the session's last events. Gives the exit status: 0, 1 when the database cannot
-// be read, 2 when the word names no session or several.
+// A paragraph, the session's last events, and what was told of them, or why not. Takes in first
+// what the spool holds when no host runs. Gives the exit status: 0, 1 when the database cannot be
+// read, 2 when the word names no session or several.
 int explain(const TallowbrookPaths& paths, const std::string& session);
 
 // Adds the command to the command line.

@@ -9,6 +9,7 @@
 #include "EventBridge/SpoolSignal.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
+#include "Preferences/Muting.h"
 #include "Preferences/PreferenceTable.h"
 #include "Store/Settings.h"
 
@@ -28,11 +29,14 @@ std::expected<void, Sentence> make(const PreferenceChange& change, Database& dat
     return {};
 }
 
-// A line for each preference: its name, its value, its meaning.
+// A line for each preference: its name, its value, its meaning. Below, what the user will not be
+// told then.
 std::string table(const Preferences& preferences) {
     std::string text;
     for (const auto& [name, meaning, show, change] : preferenceRows())
         text += fmt::format("{:<20} {:<12} {}\n", name, show(preferences), meaning);
+    const auto muting = Muting::of(preferences, currentInstant(), Calendar::current());
+    for (const auto& sentence : muting.sentences()) text += sentence.text() + "\n";
     return text;
 }
 

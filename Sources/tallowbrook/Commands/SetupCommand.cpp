@@ -21,6 +21,7 @@
 #include "Setup/ReportingHome.h"
 #include "Setup/SetupReversal.h"
 #include "Store/Settings.h"
+#include "Watch/HostLock.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -124,6 +125,11 @@ std::string nextStep(Provider provider) {
     return fmt::format("{} is set up: {}\n", profile.displayName, profile.nextStep);
 }
 
+std::string whatIsNext(const TallowbrookPaths& paths) {
+    if (HostLock::isHeld(paths)) return "\nNext: nothing; a host is running and tells you.\n";
+    return "\nNext: run \"tallowbrook watch\" and leave it open; it tells you who waits for you.\n";
+}
+
 void noteSetUp(Database& database, Provider provider) {
     // A host that watches may note an event at any moment, which must not be overwritten.
     Settings settings{database};
@@ -191,8 +197,10 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     if (helper != HelperStatus::current)
         if (auto installed = IntegrationSetup::installHelper(*source, paths); !installed)
             return StandardStreams::fail(Sentence{installed.error().description()});
-    return withDatabase(
+    const int status = withDatabase(
         paths, [&](Database& database) { return setUpEach(paths, *changes, options, database); });
+    if (status == ExitStatus::done) StandardStreams::mention(whatIsNext(paths));
+    return status;
 }
 
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,

@@ -1,16 +1,24 @@
 #include "Commands/WatchCommand.h"
 
+#include <unistd.h>
+
 #include <csignal>
 #include <memory>
 
 #include "Channels/LinesChannel.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
+#include "Commands/Greeting.h"
 #include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticLog.h"
 #include "Loop/EndRequest.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
+#include "Preferences/Muting.h"
+#include "Setup/Agents.h"
+#include "Setup/ProgramLocation.h"
+#include "Setup/ReportingHome.h"
+#include "Store/Settings.h"
 #include "Watch/Host.h"
 
 namespace tallowbrook::host {
@@ -35,12 +43,29 @@ std::string sessionTable(Database& database) {
     return recentSessions(database, now).table(now);
 }
 
+std::string greetingOf(const TallowbrookPaths& paths, Database& database) {
+    const Instant now = currentInstant();
+    const auto muted =
+        Muting::of(Settings{database}.preferences(), now, Calendar::current()).sentencesNow();
+    if (!agentsReportTo(paths)) return greetingOfAnotherHome(muted, now);
+    const auto helper =
+        IntegrationSetup::helperStatus(paths.installedHelper(), bundledHelper().value_or(""));
+    std::vector<GreetedAgent> agents;
+    for (const auto& agent : allAgents())
+        agents.push_back({agent.provider, AgentHealth::of(agent, paths, helper).state()});
+    return greeting(agents, muted, now);
+}
+
 int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
     PollLoop loop;
     const bool stays = mode == WatchMode::stay;
     const auto output = std::make_shared<PatientOutput>();
     const auto say = toUserAndLog(paths, mode);
-    Host host{paths, database, {stays ? makeLinesChannel(output) : makeLinesChannel()}, say};
+    Host host{paths,
+              database,
+              {stays ? makeLinesChannel(output) : makeLinesChannel()},
+              say,
+              stays ? EventSource::asksAgainLater : EventSource::asksUntilItKnows};
     if (auto tried = host.tryToLead(); !tried)
         return StandardStreams::fail(
             "The lock of this home cannot be taken: " + tried.error().description() + ".");
@@ -56,6 +81,13 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
     const auto ending = loop.attach(endRequest->source(loop));
     host.attachTo(loop);
 
+    // A script reads of one pass what it tells and the list, and no more.
+    if (stays) {
+        // The list will say where this cannot be written.
+        [[maybe_unused]] const auto greeted = output->write(greetingOf(paths, database));
+    } else if (isatty(STDOUT_FILENO) == 1) {
+        StandardStreams::mention(greetingOf(paths, database));
+    }
     const bool passed = host.pass();
     const auto table = sessionTable(database);
     if (!stays) {

@@ -14,7 +14,8 @@ enum class WatchMode {
 
 // Gives the exit status: 0, or 1 when the home or the database cannot be used, and of `once` also
 // when a part of the spool could not be read. Where another host
-// watches this home already, says so and shows what that one tells; takes over when it ends.
+// watches this home already, says so and shows what that one tells; takes over when it ends. One
+// that stays greets first (`greeting`); `once` does so only on a terminal, where no script reads.
 int watch(const TallowbrookPaths& paths, WatchMode mode);
 
 // Adds the command to the command line.

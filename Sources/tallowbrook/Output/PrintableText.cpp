@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "Text/TakeUntil.h"
 #include "Text/UTF16.h"
 
 namespace tallowbrook::host {
@@ -45,6 +46,16 @@ std::size_t columnsOf(utf8proc_int32_t codePoint) {
     return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(codePoint)));
 }
 
+std::size_t columnsOf(std::string_view text) {
+    std::size_t columns = 0;
+    while (!text.empty()) {
+        const Piece piece = firstPiece(text);
+        columns += columnsOf(piece.codePoint);
+        text.remove_prefix(piece.bytes.size());
+    }
+    return columns;
+}
+
 }  // namespace
 
 std::string PrintableText::printable(std::string_view text) {
@@ -78,6 +89,20 @@ std::string PrintableText::printableJSON(std::string_view json) {
         else
             result.append(escaped(piece.codePoint));
         rest.remove_prefix(piece.bytes.size());
+    }
+    return result;
+}
+
+std::string PrintableText::wrapped(std::string_view text, std::size_t columns) {
+    std::string result;
+    std::size_t used = 0;
+    while (!text.empty()) {
+        const auto word = takeUntil(text, ' ');
+        const auto width = columnsOf(word);
+        const bool fits = used + 1 + width <= columns;
+        if (!result.empty()) result += fits ? ' ' : '\n';
+        used = result.empty() || !fits ? width : used + 1 + width;
+        result += word;
     }
     return result;
 }

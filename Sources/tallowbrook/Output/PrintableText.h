@@ -21,4 +21,8 @@ std::string printableJSON(std::string_view json);
 // The text with blanks behind it, `columns` wide on the screen; a longer one ends in "…".
 std::string padded(std::string_view text, std::size_t columns);
 
+// The text in lines of at most so many terminal columns, broken at blanks; a longer word has a line
+// of its own. Without a line feed at its end.
+std::string wrapped(std::string_view text, std::size_t columns = 80);
+
 }  // namespace tallowbrook::host::PrintableText

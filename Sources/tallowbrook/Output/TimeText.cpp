@@ -28,6 +28,11 @@ std::string TimeText::timeOfDay(Instant instant) {
     return fmt::format("{:02}:{:02}:{:02}", local.tm_hour, local.tm_min, local.tm_sec);
 }
 
+std::string TimeText::minuteOfDay(std::int64_t minute) {
+    constexpr int minutesOfAnHour = 60;
+    return fmt::format("{:02}:{:02}", minute / minutesOfAnHour, minute % minutesOfAnHour);
+}
+
 std::string TimeText::shortTime(Instant instant, Instant now) {
     const std::tm local = localTime(instant);
     const std::tm today = localTime(now);

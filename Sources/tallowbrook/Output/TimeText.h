@@ -3,6 +3,7 @@
 // Safe from any thread, while none changes the environment.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "Domain/Instant.h"
@@ -11,6 +12,9 @@ namespace tallowbrook::host::TimeText {
 
 // The local time of day, "14:05:09".
 std::string timeOfDay(Instant instant);
+
+// The same of a minute after midnight, without seconds: "07:00" of 420.
+std::string minuteOfDay(std::int64_t minute);
 
 // "14:05" for a time of the local day of `now`, else "21 Nov 14:05", and with the year
 // "21 Nov 2025 14:05" in another year.

@@ -7,6 +7,8 @@
 #include <optional>
 
 #include "Notifications/ReminderPolicy.h"
+#include "Output/TimeText.h"
+#include "Preferences/Muting.h"
 #include "Text/Digits.h"
 
 namespace tallowbrook::host {
@@ -72,8 +74,7 @@ std::string text(Seconds value) { return fmt::format("{}", value.count()); }
 
 std::string text(const QuietHours& hours) {
     if (!hours.enabled) return "off";
-    return fmt::format("{:02}:{:02}-{:02}:{:02}", hours.startMinute / 60, hours.startMinute % 60,
-                       hours.endMinute / 60, hours.endMinute % 60);
+    return TimeText::minuteOfDay(hours.startMinute) + "-" + TimeText::minuteOfDay(hours.endMinute);
 }
 
 std::string text(std::chrono::minutes value) {
@@ -128,6 +129,10 @@ std::expected<Preferences, Sentence> setPreference(Preferences preferences, std:
         return std::unexpected(Sentence{fmt::format("There is no preference named \"{}\".", name)});
     if (!row->change(preferences, value))
         return std::unexpected(Sentence{fmt::format("\"{}\" is no value for {}.", value, name)});
+    if (preferences.notifications.maxEventAge <= ageOfEveryEvent && name == "maxEventAge")
+        return std::unexpected(
+            Sentence{"With maxEventAge 0 nothing would ever be told, since every event is older by "
+                     "the time it comes. \"enabled off\" switches notifications off."});
     return preferences;
 }
 

@@ -1,18 +1,23 @@
-// What is to be told to the user, and what was: a notification is stored once, with one row for
-// each channel that is to tell it, so that one dead channel stops no other.
+// What is to be told to the user, what was, and what was not: a notification is stored once, with
+// one row for each channel that is to tell it, so that one dead channel stops no other.
 //
 // A view of a `Database`, which must outlive it; made where it is needed. Throws SQLite::Exception
 // when the database fails.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "Domain/EnumNames.h"
 #include "Notifications/NotificationPolicy.h"
 #include "Store/Database.h"
+#include "Store/Untold.h"
 
 namespace tallowbrook::host {
 
@@ -33,6 +38,29 @@ struct OpenDelivery {
 struct ToldNotification {
     StoredNotification notification;
     std::int64_t place = 0;
+};
+
+enum class DeliveryState { pending, begun, told, refused, dropped };
+inline constexpr std::array deliveryStateNames{
+    std::pair{DeliveryState::pending, std::string_view{"pending"}},
+    std::pair{DeliveryState::begun, std::string_view{"begun"}},
+    std::pair{DeliveryState::told, std::string_view{"told"}},
+    std::pair{DeliveryState::refused, std::string_view{"refused"}},
+    std::pair{DeliveryState::dropped, std::string_view{"dropped"}},
+};
+constexpr const auto& namesOf(DeliveryState) { return deliveryStateNames; }
+
+// What one channel has come to with a notification.
+struct DeliveryRecord {
+    std::string channel;
+    DeliveryState state = DeliveryState::pending;
+    int attempts = 0;               // that were made
+    std::optional<Instant> toldAt;  // of one that was told
+};
+
+struct NotificationRecord {
+    StoredNotification notification;
+    std::vector<DeliveryRecord> deliveries;  // by channel; none where none was usable
 };
 
 // The reminders of one waiting period of a session.
@@ -79,6 +107,17 @@ class Outbox {
     // in the order of telling, behind this place.
     std::vector<ToldNotification> toldSince(std::int64_t place);
     std::int64_t newestPlace();  // 0 for none
+
+    // The latest decisions to tell of a session, oldest first, with what has come of each.
+    std::vector<NotificationRecord> latestOf(const std::string& sessionStorageID, int atMost);
+
+    // That the user is not told of this event.
+    void noteUntold(const Untold& untold);
+    // Of a session, by its storage id, in the order of the decisions.
+    std::vector<Untold> untold(const std::string& session);
+    // The sessions, by storage id, of what a pause or quiet hours hold back, until it is let go of.
+    std::set<std::string> heldBack();
+    void letGoOfHeldBack();
 
     std::optional<ReminderCount> reminderCount(const SessionKey& key);
     void setReminderCount(const SessionKey& key, const ReminderCount& count);

@@ -17,25 +17,27 @@ constexpr std::chrono::milliseconds onlookersLook{500};
 }  // namespace
 
 Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
-           Troubles::Say say)
+           Troubles::Say say, int asksForSpool)
     : paths_{std::move(paths)},
       database_{database},
       channels_{std::move(channels)},
       troubles_{std::move(say), paths_.databaseFile()},
       refused_{paths_},
       watcher_{database,
-               {EventSource::spool({paths_})},
+               {EventSource::spool({paths_}, asksForSpool)},
                channels_,
                troubles_,
                {.now = currentInstant,
                 .calendar = Calendar::current,
                 .news = [this] { return refused_.takeNews(database_, currentInstant()); }}},
-      onlooker_{database, channels_.front(), troubles_} {}
+      onlooker_{database, channels_.front(), troubles_,
+                [this] { return refused_.newsOfAnotherHost(database_, currentInstant()); }} {}
 
 std::expected<void, FileError> Host::tryToLead() {
     auto lock = HostLock::tryAcquire(paths_);
     if (!lock) return std::unexpected(lock.error());
     lock_ = std::move(*lock);
+    if (lock_) lock_->sign(currentInstant());
     return {};
 }
 

@@ -19,10 +19,10 @@ namespace tallowbrook::host {
 // Used by one thread.
 class Host {
  public:
-    // The database must outlive the host. The first channel shows what another host tells. Throws
-    // SQLite::Exception when the database fails.
+    // The database must outlive the host. The first channel shows what another host tells.
+    // `asksForSpool` as in `EventSource::spool`. Throws SQLite::Exception when the database fails.
     Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
-         Troubles::Say say);
+         Troubles::Say say, int asksForSpool = EventSource::asksAgainLater);
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 

@@ -1,5 +1,7 @@
 #include "Watch/Ingest.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <map>
 #include <unordered_map>
@@ -140,6 +142,13 @@ void add(IngestReport& sum, IngestReport part) {
 }
 
 }  // namespace
+
+std::optional<Sentence> IngestReport::skippedLines() const {
+    if (invalidLines == 0) return std::nullopt;
+    if (invalidLines == 1) return Sentence{"One line of the spool held no event and was skipped"};
+    return Sentence{
+        fmt::format("{} lines of the spool held no event and were skipped", invalidLines)};
+}
 
 IngestReport Ingest::run(const EventSource& source, Database& database, Instant now) const {
     IngestReport report;

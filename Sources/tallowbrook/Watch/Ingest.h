@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "Notifications/Calendar.h"
 #include "Notifications/NotificationPreferences.h"
+#include "Output/Sentence.h"
 #include "Store/Database.h"
 #include "Watch/EventSource.h"
 
@@ -21,6 +23,9 @@ struct IngestReport {
     // The sessions, by storage id, of what would have been told had it not come too late.
     std::set<std::string> missedSessions;
     bool operator==(const IngestReport&) const = default;
+
+    // Says how many lines were skipped; absent where none was.
+    std::optional<Sentence> skippedLines() const;
 };
 
 struct Ingest {

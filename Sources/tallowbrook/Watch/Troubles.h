@@ -29,8 +29,6 @@ class Troubles {
     // For what happens once and does not last.
     void sayOnce(const std::string& sentence) const { say_(sentence); }
 
-    bool stand() const { return !standing_.empty(); }
-
  private:
     Say say_;
     std::filesystem::path databaseFile_;

@@ -1,7 +1,5 @@
 #include "Watch/Watcher.h"
 
-#include <fmt/core.h>
-
 #include <algorithm>
 #include <chrono>
 
@@ -56,12 +54,7 @@ void Watcher::ingest(const Preferences& preferences, Instant now) {
     for (const auto& source : sources_) {
         auto report = ingest.run(source, database_, now);
         for (auto& trouble : report.troubles) troubles_.add(std::move(trouble));
-        if (report.invalidLines > 0)
-            troubles_.sayOnce(fmt::format("{} of the spool held no event and {} skipped.",
-                                          report.invalidLines == 1
-                                              ? "One line"
-                                              : fmt::format("{} lines", report.invalidLines),
-                                          report.invalidLines == 1 ? "was" : "were"));
+        if (const auto skipped = report.skippedLines()) troubles_.sayOnce(skipped->text());
         missed_.merge(report.missedSessions);
     }
     const auto oldest =

@@ -115,5 +115,13 @@ TEST(PrintableText, isPaddedToItsColumns) {
         EXPECT_EQ(PrintableText::padded(text, columns), expected) << why;
 }
 
+TEST(PrintableText, isWrappedAtBlanksByTheColumnsItTakes) {
+    EXPECT_EQ(PrintableText::wrapped("", 10), "");
+    EXPECT_EQ(PrintableText::wrapped("one two three", 13), "one two three");
+    EXPECT_EQ(PrintableText::wrapped("one two three", 12), "one two\nthree");
+    EXPECT_EQ(PrintableText::wrapped("a muchtoolong b", 4), "a\nmuchtoolong\nb");
+    EXPECT_EQ(PrintableText::wrapped("日本 日本 日本", 9), "日本 日本\n日本");
+}
+
 }  // namespace
 }  // namespace tallowbrook::host

@@ -89,6 +89,9 @@ TEST(PreferenceTable, refusesValuesThatDoNotFit) {
                   std::unexpected(
                       Sentence{"\"" + std::string{value} + "\" is no value for " + name + "."}));
     }
+    const auto mute = setPreference({}, "maxEventAge", "0");
+    ASSERT_FALSE(mute);
+    EXPECT_TRUE(mute.error().text().starts_with("With maxEventAge 0 nothing would ever be told"));
     EXPECT_EQ(setPreference({}, "volume", "on"),
               std::unexpected(Sentence{"There is no preference named \"volume\"."}));
 }
