@@ -8,11 +8,12 @@
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
 #include "Lists/Timeline.h"
+#include "Lists/UnfinishedEnd.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Output/TimeText.h"
-#include "Preferences/HostSettings.h"
+#include "Store/SessionMarks.h"
 #include "Store/SessionStore.h"
 
 namespace tallowbrook::host {
@@ -21,12 +22,22 @@ namespace {
 // What fits on a screen together with the explanation.
 constexpr int shownEvents = 10;
 
-std::string explanationOf(const SessionSnapshot& session, Database& database, Instant now) {
+// "docs-site #2, Claude Code, on main, since 14:05, session 4b0f6a1e"
+std::string headline(const ListedSession& listed, Database& database, const std::string& since) {
+    const auto& session = listed.snapshot;
+    const auto mark = SessionMarks{database}.mark(session.id());
+    const auto branch = mark && mark->branch ? ", on " + *mark->branch : std::string{};
+    return PrintableText::printable(fmt::format("{}, {}{}, since {}, session {}", listed.name,
+                                                displayName(session.key.provider), branch, since,
+                                                session.key.sessionID)) +
+           "\n";
+}
+
+std::string explanationOf(const ListedSession& listed, Database& database, Instant now) {
+    const auto& session = listed.snapshot;
     const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
-    auto text = fmt::format(
-        "{}, {}, session {}\n{}\n", PrintableText::printable(session.projectLabel()),
-        displayName(session.key.provider), PrintableText::printable(session.key.sessionID),
-        PrintableText::printable(session.explanation(now, staleAfter, formatTime)));
+    auto text = headline(listed, database, formatTime(session.firstSeenAt)) +
+                PrintableText::printable(explanationText(session, now, formatTime)) + "\n";
     const auto events = SessionStore{database}.latestEvents(session.key, shownEvents);
     text += fmt::format("\nThe last {} of {} events:\n", events.size(), session.eventCount);
     for (const auto& [event, effect] : events) text += timelineRow(event, effect, now);
@@ -40,7 +51,7 @@ int explain(const TallowbrookPaths& paths, const std::string& session) {
         const Instant now = currentInstant();
         const auto chosen = chooseSession(database, session, now);
         if (!chosen) return StandardStreams::fail(chosen.error(), ExitStatus::wrongUsage);
-        return StandardStreams::showAsResult(explanationOf(chosen->snapshot, database, now));
+        return StandardStreams::showAsResult(explanationOf(*chosen, database, now));
     });
 }
 
