@@ -57,7 +57,10 @@ SessionNames namesOf(std::vector<const SessionSnapshot*> sessions,
     for (const auto& mark : stored) marks.emplace(mark.session, &mark);
     std::vector<SessionMark> listed;
     listed.reserve(sessions.size());
-    std::ranges::sort(sessions, {}, &SessionSnapshot::firstSeenAt);
+    // The id comes last, so that two lists in a row never differ in their names.
+    std::ranges::sort(sessions, {}, [](const SessionSnapshot* session) {
+        return std::tie(session->firstSeenAt, session->key.sessionID);
+    });
     for (const auto* session : sessions) {
         auto& mark = listed.emplace_back();
         mark.session = session->id();

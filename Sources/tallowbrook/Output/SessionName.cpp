@@ -6,17 +6,21 @@ namespace tallowbrook::host {
 namespace {
 
 // Together with a project's name of some length it still fits its column in a list.
-constexpr std::size_t maxBranchLength = 16;
+constexpr std::size_t maxBranchLength = 12;
 
+// What stands before the last slash is often a prefix that all branches share, and how a name
+// begins tells more than how it ends.
 std::string shortened(const std::string& branch) {
     if (branch.size() <= maxBranchLength) return branch;
-    // What stands in front is often a prefix that all branches share.
-    auto start = branch.size() - maxBranchLength;
+    const auto slash = branch.rfind('/');
+    auto text = slash == std::string::npos ? branch : branch.substr(slash + 1);
+    if (text.size() <= maxBranchLength) return text;
+    auto length = maxBranchLength;
     const auto isInsideOfCharacter = [&] {
-        return start < branch.size() && (static_cast<unsigned char>(branch[start]) & 0xC0U) == 0x80;
+        return length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80;
     };
-    while (isInsideOfCharacter()) ++start;
-    return "…" + branch.substr(start);
+    while (isInsideOfCharacter()) --length;
+    return text.substr(0, length) + "…";
 }
 
 int countOf(const std::map<std::string, int>& counts, const std::string& key) {
@@ -32,7 +36,7 @@ void SessionNames::add(SessionMark mark) {
     auto& project = projects_[mark.project];
     ++project.sessions;
     ++project.directories[mark.directory];
-    if (mark.branch) ++project.branches[*mark.branch];
+    if (mark.branch) ++project.branches[shortened(*mark.branch)];
     project.numbers.insert(mark.number);
     marks_[mark.session] = std::move(mark);
 }
@@ -41,7 +45,7 @@ void SessionNames::remove(const SessionMark& mark) {
     auto& project = projects_[mark.project];
     --project.sessions;
     --project.directories[mark.directory];
-    if (mark.branch) --project.branches[*mark.branch];
+    if (mark.branch) --project.branches[shortened(*mark.branch)];
     project.numbers.erase(project.numbers.find(mark.number));
 }
 
@@ -69,9 +73,10 @@ std::string SessionNames::nameOf(const std::string& session) const {
     const auto& project = projects_.at(mark.project);
     if (project.sessions == 1) return mark.project;
     // A branch says nothing of two sessions that work in one directory, or both on it.
-    const bool isTold = mark.branch && countOf(project.branches, *mark.branch) == 1 &&
-                        countOf(project.directories, mark.directory) == 1;
-    if (isTold) return mark.project + " (" + shortened(*mark.branch) + ")";
+    if (mark.branch && countOf(project.directories, mark.directory) == 1) {
+        const auto branch = shortened(*mark.branch);
+        if (countOf(project.branches, branch) == 1) return mark.project + " (" + branch + ")";
+    }
     return mark.project + " #" + std::to_string(mark.number);
 }
 

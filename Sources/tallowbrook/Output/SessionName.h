@@ -33,15 +33,16 @@ class SessionNames {
     bool isTaken(const std::string& project, int number) const;
 
     // "docs-site" where the session is the only one of its project; else "docs-site (main)" where
-    // its branch tells it apart, and "docs-site #2" where that does not. Of a long branch the end
-    // is kept. Empty for a session that was not added. Not made fit for a screen.
+    // its branch tells it apart, and "docs-site #2" where that does not. A long branch is
+    // cut, and its prefix left out. Empty for a session that was not added. Not made fit for a
+    // screen.
     std::string nameOf(const std::string& session) const;
 
  private:
     struct Project {
         std::size_t sessions = 0;
         std::map<std::string, int> directories;  // how many sessions each has
-        std::map<std::string, int> branches;
+        std::map<std::string, int> branches;     // as they are shown
         std::multiset<int> numbers;
     };
 

@@ -66,15 +66,21 @@ TEST(SessionNames, followASessionThatIsBegunAgainElsewhere) {
     EXPECT_EQ(names.freeNumber("docs-site"), 2);
 }
 
-TEST(SessionNames, keepTheEndOfALongBranchAndNoHalfCharacter) {
-    const auto names = namesOf({mark("A", 1, "feature/squad/right-end"), mark("B", 2,
-                                                                              "\xC3\xA4"
-                                                                              "123456789012345",
-                                                                              "/y/docs-site")});
-    EXPECT_EQ(names.nameOf("A"), "docs-site (\xE2\x80\xA6/squad/right-end)");
-    EXPECT_EQ(names.nameOf("B"),
-              "docs-site (\xE2\x80\xA6"
-              "123456789012345)");
+TEST(SessionNames, giveOfALongBranchWhatTellsMostAndNoHalfCharacter) {
+    const auto names =
+        namesOf({mark("A", 1, "feature/search-box"), mark("B", 2, "T-1234-a-long-one", "/y/docs"),
+                 mark("C", 3, "aaaaaaaaaaa\xC3\xA4", "/z/docs"), mark("D", 4, "fix/a", "/v/docs")});
+    EXPECT_EQ(names.nameOf("A"), "docs-site (search-box)");
+    EXPECT_EQ(names.nameOf("B"), "docs-site (T-1234-a-lon\xE2\x80\xA6)");
+    EXPECT_EQ(names.nameOf("C"), "docs-site (aaaaaaaaaaa\xE2\x80\xA6)");
+    EXPECT_EQ(names.nameOf("D"), "docs-site (fix/a)");
+}
+
+TEST(SessionNames, giveNoBranchThatLooksLikeAnother) {
+    const auto names = namesOf(
+        {mark("A", 1, "feature/search-box"), mark("B", 2, "bugfixes/search-box", "/y/docs-site")});
+    EXPECT_EQ(names.nameOf("A"), "docs-site #1");
+    EXPECT_EQ(names.nameOf("B"), "docs-site #2");
 }
 
 }  // namespace
