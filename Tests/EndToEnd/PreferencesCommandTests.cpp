@@ -23,6 +23,7 @@ TEST(Preferences, areShownAndChanged) {
         "dedupeInterval       1            seconds in which the same is told once\n"
         "maxEventAge          600          seconds after which an event is too old to tell\n"
         "playSound            on           with a sound\n"
+        "completionAfter      20           seconds from which on a turn is told as finished\n"
         "reminderInterval     10           minutes of waiting after which you are reminded: off, "
         "5, 10, 15 or 30\n";
     EXPECT_EQ(home.host({"preferences"}), (ProgramResult{.status = 0, .output = before}));

@@ -92,7 +92,8 @@ TEST(Sessions, asJSONHoldEverythingThatIsKnown) {
     EXPECT_TRUE(first.at("explanation")
                     .as_string()
                     .starts_with("A permission request for Bash was observed at "));
-    EXPECT_EQ(first.size(), 5U);
+    EXPECT_EQ(first.at("name"), "proj");
+    EXPECT_EQ(first.size(), 6U);
     const auto snapshot =
         SessionSnapshotCoding::decode(boost::json::serialize(first.at("snapshot")));
     ASSERT_TRUE(snapshot);

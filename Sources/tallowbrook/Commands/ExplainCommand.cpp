@@ -9,12 +9,13 @@
 #include "Commands/ToldRows.h"
 #include "Commands/UpToDateDatabase.h"
 #include "Lists/Timeline.h"
+#include "Lists/UnfinishedEnd.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Output/TimeText.h"
-#include "Preferences/HostSettings.h"
 #include "Store/Outbox.h"
+#include "Store/SessionMarks.h"
 #include "Store/SessionStore.h"
 
 namespace tallowbrook::host {
@@ -26,13 +27,24 @@ constexpr int shownNews = 8;
 // Among which what was not told is looked for.
 constexpr int knownEvents = 500;
 
-std::string explanationOf(const SessionSnapshot& session, Database& database, Instant now) {
+// "docs-site #2, Claude Code, on main, since 14:05, session 4b0f6a1e"
+std::string headline(const ListedSession& listed, Database& database, const std::string& since) {
+    const auto& session = listed.snapshot;
+    const auto mark = SessionMarks{database}.mark(session.id());
+    const auto branch = mark && mark->branch ? ", on " + *mark->branch : std::string{};
+    return PrintableText::printable(fmt::format("{}, {}{}, since {}, session {}", listed.name,
+                                                displayName(session.key.provider), branch, since,
+                                                session.key.sessionID)) +
+           "\n";
+}
+
+std::string explanationOf(const ListedSession& listed, Database& database, Instant now) {
+    const auto& session = listed.snapshot;
     const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
-    auto text = fmt::format(
-        "{}, {}, session {}\n{}\n", PrintableText::printable(session.projectLabel()),
-        displayName(session.key.provider), PrintableText::printable(session.key.sessionID),
-        PrintableText::wrapped(
-            PrintableText::printable(session.explanation(now, staleAfter, formatTime))));
+    auto text = headline(listed, database, formatTime(session.firstSeenAt)) +
+                PrintableText::wrapped(
+                    PrintableText::printable(explanationText(session, now, formatTime))) +
+                "\n";
     const auto events = SessionStore{database}.latestEvents(session.key, shownEvents);
     text += fmt::format("\nThe last {} of {} events:\n", events.size(), session.eventCount);
     for (const auto& [event, effect] : events) text += timelineRow(event, effect, now);
@@ -53,7 +65,7 @@ int explain(const TallowbrookPaths& paths, const std::string& session) {
         const Instant now = currentInstant();
         const auto chosen = chooseSession(database, session, now);
         if (!chosen) return StandardStreams::fail(chosen.error(), ExitStatus::wrongUsage);
-        return StandardStreams::showAsResult(explanationOf(chosen->snapshot, database, now));
+        return StandardStreams::showAsResult(explanationOf(*chosen, database, now));
     });
 }
 

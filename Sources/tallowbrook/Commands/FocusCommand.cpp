@@ -70,10 +70,10 @@ int focusNext(const TallowbrookPaths& paths) {
         if (!database.isReadOnly()) settings.setWaitingCycle(cycle);
         if (!id) return StandardStreams::showAsResult("No session waits for you.\n");
         const auto place = std::ranges::find(waiting, *id) - waiting.begin();
-        const auto& session = list.sessions[static_cast<std::size_t>(place)].snapshot;
+        const auto& session = list.sessions[static_cast<std::size_t>(place)];
         StandardStreams::mention(fmt::format("{} of {}: {}\n", place + 1, waiting.size(),
-                                             PrintableText::printable(session.projectLabel())));
-        return focusOne(session, paths);
+                                             PrintableText::printable(session.name)));
+        return focusOne(session.snapshot, paths);
     });
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "Preferences/HostSettings.h"
+#include "Store/SessionMarks.h"
 #include "Store/SessionStore.h"
 
 namespace tallowbrook::host {
@@ -10,14 +11,17 @@ namespace tallowbrook::host {
 SessionList recentSessions(Database& database, Instant now) {
     const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
     SessionStore store{database};
-    auto list = SessionList::make(store.sessionsSeenSince(since), ListScope::recent, now);
+    auto list = SessionList::make(store.sessionsSeenSince(since), ListScope::recent, now,
+                                  SessionMarks{database}.seenSince(since));
     list.olderCount = static_cast<std::size_t>(store.countOfSessionsSeenBefore(since));
     return list;
 }
 
 SessionList listedSessions(Database& database, ListScope scope, Instant now) {
     if (scope == ListScope::recent) return recentSessions(database, now);
-    return SessionList::make(SessionStore{database}.sessions(), scope, now);
+    const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
+    return SessionList::make(SessionStore{database}.sessions(), scope, now,
+                             SessionMarks{database}.seenSince(since));
 }
 
 std::expected<ListedSession, Sentence> chooseSession(Database& database, std::string_view word,

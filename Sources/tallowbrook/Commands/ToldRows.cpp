@@ -62,9 +62,11 @@ std::string outcomeOf(const DeliveryRecord& delivery, Instant now) {
         case DeliveryState::refused:
             return "refused";
         case DeliveryState::dropped:
+            return "not told: too old by then";
+        case DeliveryState::folded:
             break;
     }
-    return "not told: too old by then";
+    return "not told: the session had moved on";
 }
 
 News newsOf(const NotificationRecord& record, Provider provider, Instant now) {

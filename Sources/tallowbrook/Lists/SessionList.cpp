@@ -3,10 +3,12 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <map>
 #include <tuple>
 
 #include "Domain/AgentProfile.h"
 #include "Domain/EventCoding.h"
+#include "Lists/UnfinishedEnd.h"
 #include "Output/PrintableText.h"
 #include "Output/TimeText.h"
 #include "Preferences/HostSettings.h"
@@ -40,16 +42,45 @@ std::string waitingText(const SessionSnapshot& session) {
 
 std::string statusText(const ListedSession& session) {
     if (session.status == SessionStatus::needsAttention) return waitingText(session.snapshot);
+    if (endedWithoutFinishing(session.snapshot)) return "ended unfinished";
     // One may go on after a completed turn, but not after the end of the session.
     if (session.status == SessionStatus::completed && session.snapshot.sessionEnded) return "ended";
     const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);
     return std::string{label->text};
 }
 
+// The names of sessions that are listed together. A stored mark may be older than what it marks, so
+// the project and its directory are taken from the session itself.
+SessionNames namesOf(std::vector<const SessionSnapshot*> sessions,
+                     const std::vector<SessionMark>& stored) {
+    std::map<std::string_view, const SessionMark*> marks;
+    for (const auto& mark : stored) marks.emplace(mark.session, &mark);
+    std::vector<SessionMark> listed;
+    listed.reserve(sessions.size());
+    // The id comes last, so that two lists in a row never differ in their names.
+    std::ranges::sort(sessions, {}, [](const SessionSnapshot* session) {
+        return std::tie(session->firstSeenAt, session->key.sessionID);
+    });
+    for (const auto* session : sessions) {
+        auto& mark = listed.emplace_back();
+        mark.session = session->id();
+        if (const auto found = marks.find(mark.session); found != marks.end())
+            mark = *found->second;
+        mark.project = session->projectLabel();
+        mark.directory = session->cwd.value_or("");
+    }
+    // The numbers that were given come first, and leave the others what is free.
+    SessionNames names;
+    for (const bool hasNumber : {true, false})
+        for (const auto& mark : listed)
+            if ((mark.number > 0) == hasNumber) names.add(mark);
+    return names;
+}
+
 }  // namespace
 
-SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope scope,
-                              Instant now) {
+SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now,
+                              const std::vector<SessionMark>& marks) {
     const auto isOlder = [now](const SessionSnapshot& snapshot) {
         return now - snapshot.lastSeenAt > listedFor;
     };
@@ -62,8 +93,15 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
             continue;
         }
         const auto status = snapshot.displayStatus(now, staleAfter);
-        list.sessions.push_back({std::move(snapshot), status});
+        auto label = snapshot.projectLabel();
+        list.sessions.push_back({std::move(snapshot), status, std::move(label)});
     }
+    std::vector<const SessionSnapshot*> recent;
+    for (const auto& session : list.sessions)
+        if (!isOlder(session.snapshot)) recent.push_back(&session.snapshot);
+    const auto names = namesOf(std::move(recent), marks);
+    for (auto& session : list.sessions)
+        if (!isOlder(session.snapshot)) session.name = names.nameOf(session.snapshot.id());
     // The id comes last, so that two lists in a row never differ in their order.
     std::ranges::sort(list.sessions, {}, [&](const ListedSession& session) {
         return std::tuple{isOlder(session.snapshot), sortRank(session.status),
@@ -128,7 +166,7 @@ std::string SessionList::table(Instant now) const {
     for (std::size_t i = 0; i < sessions.size(); ++i) {
         const auto& session = sessions[i];
         addRow(std::to_string(i + 1), statusText(session),
-               displayName(session.snapshot.key.provider), session.snapshot.projectLabel(),
+               displayName(session.snapshot.key.provider), session.name,
                session.snapshot.key.sessionID, TimeText::ago(session.snapshot.lastSeenAt, now));
     }
     if (olderCount > 0)
@@ -140,12 +178,13 @@ std::string SessionList::table(Instant now) const {
 std::string SessionList::json(Instant now) const {
     const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
     std::string text{"["};
-    for (const auto& [snapshot, status] : sessions) {
+    for (const auto& [snapshot, status, name] : sessions) {
         RecordEncoder encoder = EventCoding::makeEncoder();
         encoder.encode("id", snapshot.id());
         encoder.encode("status", status);
         encoder.encode("project", snapshot.projectLabel());
-        encoder.encode("explanation", snapshot.explanation(now, staleAfter, formatTime));
+        encoder.encode("name", name);
+        encoder.encode("explanation", explanationText(snapshot, now, formatTime));
         encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
         // A session a line, for tools that work by lines.
         text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Output/Sentence.h"
+#include "Output/SessionName.h"
 #include "SessionState/SessionSnapshot.h"
 
 namespace tallowbrook::host {
@@ -18,6 +19,7 @@ namespace tallowbrook::host {
 struct ListedSession {
     SessionSnapshot snapshot;
     SessionStatus status = SessionStatus::unknown;  // as displayed, so `stale` too
+    std::string name;  // its project's, and what tells it from others of that
 };
 
 enum class ListScope { recent, all };
@@ -28,8 +30,10 @@ struct SessionList {
     std::vector<ListedSession> sessions;
     std::size_t olderCount = 0;  // left out of a `recent` list
 
-    // Leaves out the setup's own sessions, always.
-    static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now);
+    // Leaves out the setup's own sessions, always. Those without a mark are told apart in the order
+    // in which they began; those that a `recent` list leaves out bear their project's name.
+    static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now,
+                            const std::vector<SessionMark>& marks = {});
 
     // The session that the user means by a number of the table, or by the beginning of an id that
     // no other session here shares.
@@ -42,7 +46,7 @@ struct SessionList {
     std::string table(Instant now) const;
 
     // A JSON array (RFC 8259), one object a session: "id", "status" (as displayed), "project",
-    // "explanation", and "snapshot" with the stored record.
+    // "name", "explanation", and "snapshot" with the stored record.
     std::string json(Instant now) const;
 };
 

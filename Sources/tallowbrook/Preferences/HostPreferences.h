@@ -12,6 +12,8 @@ struct HostPreferences {
     // How long a session waits before each reminder of it: zero for no reminders, else one of
     // `ReminderPolicy::intervalChoices`.
     std::chrono::minutes reminderInterval = defaultReminderInterval;
+    // A turn that took less is not told as finished: its user still looks at it.
+    Seconds completionAfter = defaultCompletionAfter;
     bool operator==(const HostPreferences&) const = default;
 };
 

@@ -113,6 +113,8 @@ constexpr std::array rows{
     row<&NotificationPreferences::maxEventAge>("maxEventAge",
                                                "seconds after which an event is too old to tell"),
     row<&NotificationPreferences::playSound>("playSound", "with a sound"),
+    row<&HostPreferences::completionAfter>("completionAfter",
+                                           "seconds from which on a turn is told as finished"),
     row<&HostPreferences::reminderInterval>(
         "reminderInterval",
         "minutes of waiting after which you are reminded: off, 5, 10, 15 or 30"),

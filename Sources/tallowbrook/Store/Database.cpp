@@ -97,9 +97,10 @@ std::expected<Database, Sentence> Database::openToRead(const TallowbrookPaths& p
     // Without a log all is in the file itself. SQLite would want to make a log, unless it is told
     // that nobody writes.
     const bool hasLog = !error && logBytes > 0;
-    auto database = std::make_unique<SQLite::Database>(hasLog ? file.string() : immutable(file),
-                                                       SQLite::OPEN_READONLY | SQLite::OPEN_URI,
-                                                       static_cast<int>(busyTimeout.count()));
+    LockPatience::renew();
+    auto database = std::make_unique<SQLite::Database>(
+        hasLog ? file.string() : immutable(file), SQLite::OPEN_READONLY | SQLite::OPEN_URI,
+        static_cast<int>(LockPatience::whole.count()), LockPatience::vfsName());
     if (StoreSchema::version(*database) == StoreSchema::currentVersion())
         return Database{std::move(database)};
     return std::unexpected(

@@ -45,8 +45,8 @@ StoredNotification readNotification(SQLite::Statement& query) {
 
 }  // namespace
 
-void Outbox::add(const NotificationContent& content, Instant observedAt, Instant decidedAt,
-                 const std::vector<std::string>& channels) {
+std::int64_t Outbox::add(const NotificationContent& content, Instant observedAt, Instant decidedAt,
+                         const std::vector<std::string>& channels) {
     const auto insert = database_.prepared(
         "INSERT INTO notifications (event_id, session_storage_id, kind, title, body, dedupe_key,"
         " play_sound, observed_at, decided_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
@@ -70,6 +70,7 @@ void Outbox::add(const NotificationContent& content, Instant observedAt, Instant
         insertDelivery->bind(3, storedForm(decidedAt));
         insertDelivery->exec();
     }
+    return number;
 }
 
 std::vector<OpenDelivery> Outbox::pending(const std::string& channel) {
@@ -160,6 +161,27 @@ std::vector<StoredNotification> Outbox::dropOlderThan(Instant time) {
         return query->executeStep();
     });
     return dropped;
+}
+
+std::vector<StoredNotification> Outbox::notBegun() {
+    const auto query = database_.prepared(
+        "SELECT * FROM notifications WHERE number IN"
+        " (SELECT notification FROM deliveries WHERE state IN ('pending', 'begun')"
+        " AND state = 'pending') ORDER BY number");
+    std::vector<StoredNotification> open;
+    while (query->executeStep()) open.push_back(readNotification(*query));
+    return open;
+}
+
+bool Outbox::fold(std::int64_t notification) {
+    const auto update = database_.prepared(
+        "UPDATE deliveries SET state = 'folded' WHERE notification = ? AND state = 'pending'");
+    update->bind(1, notification);
+    update->exec();
+    const auto query = database_.prepared(
+        "SELECT 1 FROM deliveries WHERE notification = ? AND state IN ('begun', 'told')");
+    query->bind(1, notification);
+    return !query->executeStep();
 }
 
 std::optional<Instant> Outbox::lastDelivered(const std::string& dedupeKey) {

@@ -40,13 +40,14 @@ struct ToldNotification {
     std::int64_t place = 0;
 };
 
-enum class DeliveryState { pending, begun, told, refused, dropped };
+enum class DeliveryState { pending, begun, told, refused, dropped, folded };
 inline constexpr std::array deliveryStateNames{
     std::pair{DeliveryState::pending, std::string_view{"pending"}},
     std::pair{DeliveryState::begun, std::string_view{"begun"}},
     std::pair{DeliveryState::told, std::string_view{"told"}},
     std::pair{DeliveryState::refused, std::string_view{"refused"}},
     std::pair{DeliveryState::dropped, std::string_view{"dropped"}},
+    std::pair{DeliveryState::folded, std::string_view{"folded"}},
 };
 constexpr const auto& namesOf(DeliveryState) { return deliveryStateNames; }
 
@@ -76,9 +77,9 @@ class Outbox {
     explicit Outbox(Database& database) : database_{database} {}
 
     // To be told by each of these channels, at once. The rows of all are made or none where the
-    // caller has a transaction.
-    void add(const NotificationContent& content, Instant observedAt, Instant decidedAt,
-             const std::vector<std::string>& channels);
+    // caller has a transaction. Gives the notification's number.
+    std::int64_t add(const NotificationContent& content, Instant observedAt, Instant decidedAt,
+                     const std::vector<std::string>& channels);
 
     // What the channel has still to tell, in the order of the decisions, and has not begun.
     std::vector<OpenDelivery> pending(const std::string& channel);
@@ -98,6 +99,11 @@ class Outbox {
 
     // Gives up what no channel has told and whose event was observed before `time`; gives it once.
     std::vector<StoredNotification> dropOlderThan(Instant time);
+
+    // What some channel has still to tell and has not begun, in the order of the decisions.
+    std::vector<StoredNotification> notBegun();
+    // It is not told any more, by any channel that has not begun. False where one has.
+    bool fold(std::int64_t notification);
 
     // When the user was last told of this key by any channel, or when that was last decided if it
     // is still to come.

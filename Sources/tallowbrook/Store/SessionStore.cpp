@@ -72,11 +72,12 @@ std::vector<StoredEvent> SessionStore::latestEvents(const SessionKey& key, int a
 }
 
 std::optional<StoredSession> SessionStore::session(const SessionKey& key) {
-    const auto query =
-        database_.prepared("SELECT number, snapshot FROM sessions WHERE storage_id = ?");
+    const auto query = database_.prepared(
+        "SELECT number, snapshot, turn_began_at FROM sessions WHERE storage_id = ?");
     query->bind(1, key.storageID());
     if (!query->executeStep()) return std::nullopt;
-    StoredSession session{query->getColumn(0).getInt64(), std::nullopt};
+    StoredSession session{query->getColumn(0).getInt64(), std::nullopt, std::nullopt};
+    if (!query->getColumn(2).isNull()) session.turnBeganAt = instantOf(query->getColumn(2));
     if (auto decoded = SessionSnapshotCoding::decode(query->getColumn(1).getString()))
         session.snapshot = std::move(*decoded);
     return session;
@@ -144,11 +145,14 @@ std::int64_t SessionStore::addSession(const SessionSnapshot& snapshot) {
     return database_.lastInsertedRow();
 }
 
-void SessionStore::updateSession(std::int64_t number, const SessionSnapshot& snapshot) {
+void SessionStore::updateSession(std::int64_t number, const SessionSnapshot& snapshot,
+                                 std::optional<Instant> turnBeganAt) {
     const auto update = database_.prepared(
-        "UPDATE sessions SET snapshot = ?, last_seen_at = ?, status = ? WHERE number = ?");
+        "UPDATE sessions SET snapshot = ?, last_seen_at = ?, status = ?, turn_began_at = ?"
+        " WHERE number = ?");
     bindRecord(*update, snapshot);
-    update->bind(4, number);
+    if (turnBeganAt) update->bind(4, storedForm(*turnBeganAt));
+    update->bind(5, number);
     update->exec();
 }
 
@@ -162,6 +166,9 @@ void SessionStore::removeSession(const SessionKey& key) {
         remove->bind(1, stored->number);
         remove->exec();
     }
+    const auto removeMark = database_.prepared("DELETE FROM session_marks WHERE session = ?");
+    removeMark->bind(1, key.storageID());
+    removeMark->exec();
 }
 
 }  // namespace tallowbrook::host

@@ -39,6 +39,10 @@ class Settings {
     std::optional<LogPlace> toldOfHelperLog();
     void setToldOfHelperLog(const LogPlace& place);
 
+    // Of the newest live event that a hook of the agent has sent; absent until then.
+    std::optional<Instant> hookHeardAt(Provider provider);
+    void setHookHeardAt(Provider provider, Instant time);
+
     // Empty until something is stored.
     IntegrationHealthRecord integrationHealth(Provider provider);
     void setIntegrationHealth(Provider provider, const IntegrationHealthRecord& record);

@@ -120,6 +120,18 @@ constexpr std::array steps{
         CREATE INDEX untold_by_session ON untold (session_storage_id);
         CREATE INDEX untold_that_are_held_back ON untold (number) WHERE is_held_back = 1;
     )sql",
+    // What a turn's length and a session's name go by, which its snapshot does not have.
+    R"sql(
+        ALTER TABLE sessions ADD COLUMN turn_began_at INTEGER;
+        CREATE TABLE session_marks (
+            session TEXT PRIMARY KEY,
+            project TEXT NOT NULL,
+            directory TEXT NOT NULL,
+            number INTEGER NOT NULL,
+            branch TEXT
+        ) WITHOUT ROWID;
+        CREATE INDEX session_marks_by_project ON session_marks (project);
+    )sql",
 };
 
 }  // namespace

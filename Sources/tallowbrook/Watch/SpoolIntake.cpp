@@ -17,11 +17,12 @@ SpoolIntake takeInUnlessWatched(const TallowbrookPaths& paths, Database& databas
                 .troubles = {Sentence{"The lock of this home cannot be taken: " +
                                       lock.error().description()}}};
     if (!*lock) return {.isWatched = true, .troubles = {}};
-    auto preferences = Settings{database}.preferences().notifications;
+    auto [preferences, host] = Settings{database}.preferences();
     // What is too old to be told is for the next host to judge, which tells in one line what it
     // missed.
     preferences.maxEventAge = std::chrono::years{1};
-    const Ingest ingest{preferences, Calendar::current(), {std::string{linesChannelName}}};
+    const Ingest ingest{
+        preferences, Calendar::current(), {std::string{linesChannelName}}, host.completionAfter};
     const auto report = ingest.run(EventSource::spool({paths}), database, currentInstant());
     SpoolIntake intake;
     for (const auto& trouble : report.troubles) intake.troubles.emplace_back(trouble);

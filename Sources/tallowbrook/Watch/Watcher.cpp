@@ -7,6 +7,7 @@
 #include "Store/Settings.h"
 #include "Watch/Absence.h"
 #include "Watch/Deliveries.h"
+#include "Watch/Hold.h"
 #include "Watch/Ingest.h"
 #include "Watch/Reminders.h"
 
@@ -40,6 +41,7 @@ bool Watcher::pass() {
                 Outbox{database_}.recover(channel.name, !channel.state().toldTwiceHarms);
         ingest(preferences, now);
         if (const auto news = operations_.news()) troubles_.sayOnce(news->text());
+        lookAtHold(preferences, now);
         remind(preferences, now);
         tellWhatWasMissed(preferences, now);
         hasBegun_ = true;
@@ -50,17 +52,32 @@ bool Watcher::pass() {
 }
 
 void Watcher::ingest(const Preferences& preferences, Instant now) {
-    const Ingest ingest{preferences.notifications, operations_.calendar(), usableChannels()};
+    const Ingest ingest{preferences.notifications, operations_.calendar(), usableChannels(),
+                        preferences.host.completionAfter};
     for (const auto& source : sources_) {
         auto report = ingest.run(source, database_, now);
         for (auto& trouble : report.troubles) troubles_.add(std::move(trouble));
         if (const auto skipped = report.skippedLines()) troubles_.sayOnce(skipped->text());
-        missed_.merge(report.missedSessions);
+        if (isFirstAfterAbsence()) missed_.merge(report.missedSessions);
     }
     const auto oldest =
         now - std::chrono::duration_cast<Instant::duration>(preferences.notifications.maxEventAge);
     for (const auto& dropped : Outbox{database_}.dropOlderThan(oldest))
-        missed_.insert(dropped.content.sessionStorageID);
+        if (isFirstAfterAbsence()) missed_.insert(dropped.content.sessionStorageID);
+}
+
+// By what is stored, so that a host which comes after the pause tells of it all the same.
+void Watcher::lookAtHold(const Preferences& preferences, Instant now) {
+    const auto hold = holdAt(now, preferences, operations_.calendar());
+    const bool wasHeld = std::exchange(isHeld_, hold.has_value());
+    if (hold) {
+        passBy(hold->until);
+        return;
+    }
+    auto heldBack = Outbox{database_}.heldBack();
+    hasHeldBack_ = !heldBack.empty();
+    isBackFromHold_ = wasHeld || hasHeldBack_;
+    missed_.merge(heldBack);
 }
 
 void Watcher::remind(const Preferences& preferences, Instant now) {
@@ -73,7 +90,7 @@ void Watcher::remind(const Preferences& preferences, Instant now) {
     // Several at once can only have piled up: one line tells of all, and each counts as sent.
     std::set<std::string> sessions = missed_;
     for (const auto& reminder : outlook.due) sessions.insert(reminder.session.storageID());
-    const bool piledUp = !hasBegun_ && !missesNothing_ && sessions.size() > 1;
+    const bool piledUp = (isFirstAfterAbsence() || isBackFromHold_) && sessions.size() > 1;
     if (piledUp) missed_ = sessions;
     Outbox outbox{database_};
     auto transaction = database_.beginWriting();
@@ -90,14 +107,16 @@ void Watcher::remind(const Preferences& preferences, Instant now) {
 }
 
 void Watcher::tellWhatWasMissed(const Preferences& preferences, Instant now) {
+    if (isHeld_) return;
     const auto missed = std::exchange(missed_, {});
-    if (hasBegun_ || missesNothing_) return;
-    if (const auto content = awayNotification(missed, preferences.notifications, database_, now,
-                                              operations_.calendar())) {
-        auto transaction = database_.beginWriting();
-        Outbox{database_}.add(*content, now, now, usableChannels());
-        transaction.commit();
-    }
+    const auto content =
+        awayNotification(missed, preferences.notifications, database_, now, operations_.calendar());
+    if (!content && !hasHeldBack_) return;
+    Outbox outbox{database_};
+    auto transaction = database_.beginWriting();
+    if (content) outbox.add(*content, now, now, usableChannels());
+    if (hasHeldBack_) outbox.letGoOfHeldBack();
+    transaction.commit();
 }
 
 void Watcher::deliverAll() {

@@ -46,8 +46,10 @@ class Watcher {
 
  private:
     void ingest(const Preferences& preferences, Instant now);
+    void lookAtHold(const Preferences& preferences, Instant now);
     void remind(const Preferences& preferences, Instant now);
     void tellWhatWasMissed(const Preferences& preferences, Instant now);
+    bool isFirstAfterAbsence() const { return !hasBegun_ && !missesNothing_; }
     void deliverAll();
     std::vector<std::string> usableChannels() const;
     void passBy(std::optional<Instant> time);
@@ -60,7 +62,11 @@ class Watcher {
 
     bool hasBegun_ = false;  // the first pass is done
     bool missesNothing_ = false;
-    std::set<std::string> missed_;  // sessions, by storage id; until the first pass is done
+    // Sessions, by storage id, to be told of in one line as soon as nothing holds that back.
+    std::set<std::string> missed_;
+    bool isHeld_ = false;       // by a pause or quiet hours
+    bool hasHeldBack_ = false;  // the outbox has noted what they held back
+    bool isBackFromHold_ = false;
     std::optional<Instant> nextDue_;
 };
 

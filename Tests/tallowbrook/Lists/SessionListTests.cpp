@@ -216,7 +216,8 @@ TEST(SessionList, asJSONHoldsTheSnapshotAndHowItIsShown) {
               "reporting (for example after an interrupt).");
     EXPECT_EQ(SessionSnapshotCoding::decode(boost::json::serialize(first.at("snapshot"))),
               snapshot);
-    EXPECT_EQ(first.size(), 5U);
+    EXPECT_EQ(first.at("name"), "proj #1");
+    EXPECT_EQ(first.size(), 6U);
 }
 
 SessionList listOf(const Names& ids) {

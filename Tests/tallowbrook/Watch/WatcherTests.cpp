@@ -74,6 +74,19 @@ struct Watching : testing::Test {
         SessionStore{database}.addSession(session);
     }
 
+    void pause() {
+        Preferences preferences;
+        preferences.notifications.paused = true;
+        Settings{database}.setPreferences(preferences);
+    }
+
+    // Since three o'clock; it is 3:30:55.
+    void beQuietUntilFive() {
+        Preferences preferences;
+        preferences.notifications.quietHours = QuietHours{true, 3 * 60, 5 * 60};
+        Settings{database}.setPreferences(preferences);
+    }
+
     // What was told at last.
     std::string lastBody() const {
         return home.text("SELECT title || ': ' || body FROM notifications ORDER BY number DESC");
@@ -171,6 +184,106 @@ TEST_F(Watching, saysNothingOfAnAbsenceWhenItTakesOverOrTheUserWantsNone) {
     successor.takeOver();
     successor.pass();
     EXPECT_EQ(fake.takeHeard(), (Texts(2, "Claude Code is still waiting for permission")));
+}
+
+TEST_F(Watching, tellsInOneLineWhatAPauseHeldBackWhenItEnds) {
+    pause();
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now),
+               eventOf("S2", EventCategory::turnFailed, now),
+               eventOf("S3", EventCategory::attentionRequested, now),
+               eventOf("S4", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += minutes{30};
+    waiting = {eventOf("S4", EventCategory::activity, now)};
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+
+    Settings{database}.setPreferences({});
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"While you were away"});
+    EXPECT_EQ(lastBody(), "While you were away: 1 waits, 1 finished, 1 failed.");
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty()) << "it is told once, and no reminder beside it";
+}
+
+TEST_F(Watching, wakesWhenTheQuietHoursEndAndTellsWhatTheyHeldBack) {
+    beQuietUntilFive();
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now),
+               eventOf("S2", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    EXPECT_EQ(watcher.nextDue(), std::chrono::floor<minutes>(sampleTime) + minutes{90});
+    now = watcher.nextDue().value();
+    watcher.pass();
+    EXPECT_EQ(lastBody(), "While you were away: 2 finished.");
+    EXPECT_EQ(watcher.nextDue(), std::nullopt);
+}
+
+TEST_F(Watching, tellsWhatAPauseHeldBackAlsoByALaterHost) {
+    pause();
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
+    makeWatcher().pass();
+    Settings{database}.setPreferences({});
+    now += minutes{60};
+    makeWatcher().pass();
+    EXPECT_EQ(lastBody(), "While you were away: 1 finished.");
+}
+
+TEST_F(Watching, keepsWhatAnAbsencePiledUpUntilTheQuietHoursEnd) {
+    beQuietUntilFive();
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now - minutes{60})};
+    auto watcher = makeWatcher();
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+    now = watcher.nextDue().value();
+    watcher.pass();
+    EXPECT_EQ(lastBody(), "While you were away: 1 finished.");
+}
+
+TEST_F(Watching, remindsInTheSameLineOfWhatWaitedLongerThanAPause) {
+    pause();
+    for (const char* id : {"W1", "W2"}) storeWaiting(id, now - minutes{60});
+    auto watcher = makeWatcher();
+    watcher.pass();
+    Settings{database}.setPreferences({});
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"While you were away"});
+    EXPECT_EQ(lastBody(), "While you were away: 2 wait.");
+}
+
+TEST_F(Watching, forgetsWhatAPauseHeldBackOfAUserWhoWantsNothingAtAll) {
+    pause();
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    Preferences preferences;
+    preferences.notifications.enabled = false;
+    Settings{database}.setPreferences(preferences);
+    watcher.pass();
+    Settings{database}.setPreferences({});
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+}
+
+TEST_F(Watching, tellsNothingThatTheSessionHasLeftBehind) {
+    auto watcher = makeWatcher();
+    now += seconds{5};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now - seconds{4}),
+               eventOf("S1", EventCategory::activity, now - seconds{2}),
+               eventOf("S1", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code finished"});
+
+    // While its channel cannot tell.
+    fake.state->answers = {FakeChannel::Answer::fails};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += minutes{1};
+    waiting = {eventOf("S1", EventCategory::activity, now)};
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+    EXPECT_EQ(home.text("SELECT group_concat(reason) FROM untold"), "folded,folded");
 }
 
 TEST_F(Watching, countsWhatNoChannelCouldTellInTimeAsMissed) {
