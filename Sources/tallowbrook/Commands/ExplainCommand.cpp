@@ -11,8 +11,6 @@
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
-#include "Output/TimeText.h"
-#include "Preferences/HostSettings.h"
 #include "Store/SessionStore.h"
 
 namespace tallowbrook::host {
@@ -21,12 +19,12 @@ namespace {
 // What fits on a screen together with the explanation.
 constexpr int shownEvents = 10;
 
-std::string explanationOf(const SessionSnapshot& session, Database& database, Instant now) {
-    const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
+std::string explanationOf(const ListedSession& listed, Database& database, Instant now) {
+    const auto& session = listed.snapshot;
     auto text = fmt::format(
         "{}, {}, session {}\n{}\n", PrintableText::printable(session.projectLabel()),
         displayName(session.key.provider), PrintableText::printable(session.key.sessionID),
-        PrintableText::printable(session.explanation(now, staleAfter, formatTime)));
+        PrintableText::printable(listed.explanation(now)));
     const auto events = SessionStore{database}.latestEvents(session.key, shownEvents);
     text += fmt::format("\nThe last {} of {} events:\n", events.size(), session.eventCount);
     for (const auto& [event, effect] : events) text += timelineRow(event, effect, now);
@@ -40,7 +38,7 @@ int explain(const TallowbrookPaths& paths, const std::string& session) {
         const Instant now = currentInstant();
         const auto chosen = chooseSession(database, session, now);
         if (!chosen) return StandardStreams::fail(chosen.error(), ExitStatus::wrongUsage);
-        return StandardStreams::showAsResult(explanationOf(chosen->snapshot, database, now));
+        return StandardStreams::showAsResult(explanationOf(*chosen, database, now));
     });
 }
 

@@ -6,11 +6,13 @@
 
 #include <cstddef>
 #include <expected>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Output/Sentence.h"
+#include "SessionState/AgentPresence.h"
 #include "SessionState/SessionSnapshot.h"
 
 namespace tallowbrook::host {
@@ -18,6 +20,11 @@ namespace tallowbrook::host {
 struct ListedSession {
     SessionSnapshot snapshot;
     SessionStatus status = SessionStatus::unknown;  // as displayed, so `stale` too
+    // What is known of its agent, where that says more than the snapshot, which is as stored.
+    std::optional<AgentPresence> presence = std::nullopt;
+
+    // Why it has the status: `SessionSnapshot::explanation`, or what was found out beside events.
+    std::string explanation(Instant now) const;
 };
 
 enum class ListScope { recent, all };
@@ -29,7 +36,8 @@ struct SessionList {
     std::size_t olderCount = 0;  // left out of a `recent` list
 
     // Leaves out the setup's own sessions, always.
-    static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now);
+    static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now,
+                            const AgentPresences& presences = {});
 
     // The session that the user means by a number of the table, or by the beginning of an id that
     // no other session here shares.
@@ -42,7 +50,8 @@ struct SessionList {
     std::string table(Instant now) const;
 
     // A JSON array (RFC 8259), one object a session: "id", "status" (as displayed), "project",
-    // "explanation", and "snapshot" with the stored record.
+    // "explanation", "snapshot" with the stored record, and "agent" with what is known of its agent
+    // beside events, where that decides: "state", "since" and "evidence".
     std::string json(Instant now) const;
 };
 

@@ -162,6 +162,16 @@ std::vector<StoredNotification> Outbox::dropOlderThan(Instant time) {
     return dropped;
 }
 
+void Outbox::dropWaiting(const std::string& sessionStorageID) {
+    const auto update = database_.prepared(
+        "UPDATE deliveries SET state = 'dropped'"
+        " WHERE state IN ('pending', 'begun') AND state = 'pending' AND notification IN"
+        " (SELECT number FROM notifications"
+        " WHERE session_storage_id = ? AND kind IN ('attention', 'reminder'))");
+    update->bind(1, sessionStorageID);
+    update->exec();
+}
+
 std::optional<Instant> Outbox::lastDelivered(const std::string& dedupeKey) {
     const auto query = database_.prepared(
         "SELECT coalesce(max(d.told_at), n.decided_at) FROM notifications n"

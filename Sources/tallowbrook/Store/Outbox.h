@@ -71,6 +71,9 @@ class Outbox {
     // Gives up what no channel has told and whose event was observed before `time`; gives it once.
     std::vector<StoredNotification> dropOlderThan(Instant time);
 
+    // Gives up what was to be told of a session's waiting and was not begun.
+    void dropWaiting(const std::string& sessionStorageID);
+
     // When the user was last told of this key by any channel, or when that was last decided if it
     // is still to come.
     std::optional<Instant> lastDelivered(const std::string& dedupeKey);

@@ -80,7 +80,8 @@ class BatchIngest {
         }
         auto& session = sessions_.entry({event.provider, *event.sessionID});
         const auto meant = interpreted(timed, session.snapshot);
-        const AgentEvent& seen = meant ? *meant : timed;
+        const auto beside = besideTheWait(meant ? *meant : timed, session.snapshot);
+        const AgentEvent& seen = beside ? *beside : meant ? *meant : timed;
         auto result = reducer_.reduce(std::move(session.snapshot), seen);
         // Before it is known whether the event is new: its row refers to the session's. An event
         // that is there already has made its session when it first came.
@@ -94,6 +95,19 @@ class BatchIngest {
         if (isFarAhead(event, now_)) forgetOrder(*result.current);
         session.snapshot = std::move(result.current);
         return true;
+    }
+
+    // An activity while the agent still waits is another one's, which works beside it: it answers
+    // nothing. Absent where the event is none.
+    std::optional<AgentEvent> besideTheWait(const AgentEvent& event,
+                                            const std::optional<SessionSnapshot>& session) const {
+        if (event.category != EventCategory::activity || !session ||
+            session->status != SessionStatus::needsAttention ||
+            !settings_.hasWaitedSince(session->key, event.observedAt))
+            return std::nullopt;
+        AgentEvent seen = event;
+        seen.category = EventCategory::informational;
+        return seen;
     }
 
     void decide(const AgentEvent& event, const ReductionResult& result) {

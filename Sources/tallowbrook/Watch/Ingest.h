@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "Notifications/Calendar.h"
 #include "Notifications/NotificationPreferences.h"
+#include "SessionState/SessionSnapshot.h"
 #include "Store/Database.h"
 #include "Watch/EventSource.h"
 
@@ -27,6 +29,10 @@ struct Ingest {
     NotificationPreferences preferences;
     Calendar calendar;
     std::vector<std::string> channels;  // that are to tell what is due
+    // Whether the agent of the session has waited for the user from before this time until now.
+    std::function<bool(const SessionKey&, Instant)> hasWaitedSince = [](const auto&, auto) {
+        return false;
+    };
 
     // Claims what the source holds and stores it, oldest first: the events, the sessions as they
     // are then, and the notifications that are due at `now`. No session comes to lie after `now`,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "Preferences/HostSettings.h"
 #include "Store/Outbox.h"
 #include "Store/Settings.h"
 #include "Watch/Absence.h"
@@ -41,6 +42,8 @@ bool Watcher::pass() {
             for (const auto& channel : channels_)
                 Outbox{database_}.recover(channel.name, !channel.state().toldTwiceHarms);
         ingest(preferences, now);
+        followAgents(now);
+        takeBack(now);
         if (const auto news = operations_.news()) troubles_.sayOnce(news->text());
         remind(preferences, now);
         tellWhatWasMissed(preferences, now);
@@ -52,7 +55,8 @@ bool Watcher::pass() {
 }
 
 void Watcher::ingest(const Preferences& preferences, Instant now) {
-    const Ingest ingest{preferences.notifications, operations_.calendar(), usableChannels()};
+    const Ingest ingest{preferences.notifications, operations_.calendar(), usableChannels(),
+                        operations_.hasWaitedSince};
     for (const auto& source : sources_) {
         auto report = ingest.run(source, database_, now);
         for (auto& trouble : report.troubles) troubles_.add(std::move(trouble));
@@ -68,6 +72,28 @@ void Watcher::ingest(const Preferences& preferences, Instant now) {
         now - std::chrono::duration_cast<Instant::duration>(preferences.notifications.maxEventAge);
     for (const auto& dropped : Outbox{database_}.dropOlderThan(oldest))
         missed_.insert(dropped.content.sessionStorageID);
+}
+
+void Watcher::followAgents(Instant now) {
+    const auto outlook = operations_.followAgents(now);
+    passBy(outlook.next);
+    if (outlook.waitNoMore.empty()) return;
+    Outbox outbox{database_};
+    auto transaction = database_.beginWriting();
+    for (const auto& session : outlook.waitNoMore) outbox.dropWaiting(session);
+    transaction.commit();
+}
+
+// What was told of a session that waits no more, by what it was found to be at or by an event.
+void Watcher::takeBack(Instant now) {
+    std::set<std::string> waiting;
+    const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
+    for (const auto& session : sessionsShownWaiting(database_, since)) waiting.insert(session.id());
+    for (const auto& session : std::exchange(waiting_, waiting)) {
+        if (waiting.contains(session)) continue;
+        for (const auto& channel : channels_)
+            if (channel.state().withdraws) channel.withdraw(session);
+    }
 }
 
 void Watcher::remind(const Preferences& preferences, Instant now) {
