@@ -75,7 +75,7 @@ RecordEncoder agentRecord(const AgentPresence& presence) {
 
 std::string ListedSession::explanation(Instant now) const {
     const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
-    const auto byEvents = snapshot.explanation(now, staleAfter, formatTime);
+    auto byEvents = snapshot.explanation(now, staleAfter, formatTime);
     if (!presence) return byEvents;
     const auto known = presenceText(snapshot.key.provider, *presence, formatTime);
     // What the events say is true as well, and says more.
@@ -100,9 +100,9 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
             ++list.olderCount;
             continue;
         }
-        auto presence = presenceOf(snapshot, presences);
+        const auto presence = presenceOf(snapshot, presences);
         const auto status = displayStatus(snapshot, presence, now);
-        list.sessions.push_back({std::move(snapshot), status, std::move(presence)});
+        list.sessions.push_back({std::move(snapshot), status, presence});
     }
     // The id comes last, so that two lists in a row never differ in their order.
     std::ranges::sort(list.sessions, {}, [&](const ListedSession& session) {

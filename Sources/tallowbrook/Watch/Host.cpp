@@ -35,8 +35,8 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
                         return agents_.hasWaitedSince(session, since);
                     },
                 .followAgents =
-                    [this](Instant now) {
-                        agentsOutlook_ = agents_.follow(database_, now);
+                    [this](Instant now, const PresenceNews& news) {
+                        agentsOutlook_ = agents_.follow(database_, now, news);
                         return agentsOutlook_;
                     }}},
       onlooker_{database, channels_.front(), troubles_} {}

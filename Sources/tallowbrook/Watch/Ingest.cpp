@@ -1,6 +1,7 @@
 #include "Watch/Ingest.h"
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <unordered_map>
 
@@ -114,7 +115,7 @@ class BatchIngest {
         if (result.current->key.isSetupCheck()) return;
         const auto decision = NotificationPolicy::decide(
             event, result, settings_.preferences, now_, settings_.calendar,
-            [this](const std::string& key) { return lastDelivered(key); });
+            [&](const std::string& key) { return lastDelivered(key, event); });
         if (const auto* deliver = std::get_if<NotificationDecision::Deliver>(&decision.outcome)) {
             auto content = deliver->content;
             wordAsMeant(content, event, *result.current);
@@ -125,8 +126,15 @@ class BatchIngest {
             report.missedSessions.insert(held->content.sessionStorageID);
     }
 
-    std::optional<Instant> lastDelivered(const std::string& key) {
+    std::optional<Instant> lastDelivered(const std::string& key, const AgentEvent& event) {
+        // How far an event and what the agent notes with it come apart.
+        constexpr std::chrono::seconds timeToNote{1};
         const auto time = outbox_.lastDelivered(key);
+        // The agent waits since then: a reminder of the dialog that was told.
+        if (time && event.category == EventCategory::attentionRequested &&
+            event.observedAt > *time + timeToNote &&
+            settings_.hasWaitedSince({event.provider, *event.sessionID}, *time + timeToNote))
+            return now_;
         // By a clock that was set back since, which says nothing about how long ago that is.
         return time && *time > now_ ? std::nullopt : time;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "Domain/AgentProfile.h"
@@ -168,11 +169,11 @@ std::vector<SessionSnapshot> sessionsToLookAt(Database& database, Instant now) {
     return sessions;
 }
 
+}  // namespace
+
 bool waits(const SessionSnapshot& session) {
     return session.status == SessionStatus::needsAttention && !session.sessionEnded;
 }
-
-}  // namespace
 
 Judgement judge(const SessionSnapshot& session, const std::optional<SessionNotes>& notes,
                 const std::optional<AgentPresence>& known, Instant now) {
@@ -194,7 +195,7 @@ std::vector<Presence::Look> Presence::look(Database& database, Instant now) cons
             std::optional<SessionNotes> notes;
             if (const auto found = noted.find(session.key.sessionID); found != noted.end())
                 notes = found->second;
-            auto known = store.presence(session.key);
+            const auto known = store.presence(session.key);
             if (agent.ownsTerminal && !notes && (!known || !known->process))
                 if (const auto process = agentOnTerminal(session))
                     notes = SessionNotes{.process = process,
@@ -202,22 +203,25 @@ std::vector<Presence::Look> Presence::look(Database& database, Instant now) cons
                                          .state = std::nullopt,
                                          .lock = SessionLock::unknown};
             auto judgement = judge(session, notes, known, now);
-            looks.push_back({std::move(session), std::move(known), judgement});
+            looks.push_back({std::move(session), known, judgement});
         }
     }
     return looks;
 }
 
-void Presence::store(Database& database, const std::vector<const Look*>& changed) {
+void Presence::store(Database& database, const std::vector<const Look*>& changed,
+                     const PresenceNews& news) {
     // Most looks find what is known, and then nothing is written.
     if (changed.empty()) return;
     auto transaction = database.beginWriting();
-    for (const auto* looked : changed)
+    for (const auto* looked : changed) {
         PresenceStore{database}.set(looked->session.key, looked->judgement.presence);
+        news(looked->session, looked->judgement.presence);
+    }
     transaction.commit();
 }
 
-PresenceOutlook Presence::follow(Database& database, Instant now) const {
+PresenceOutlook Presence::follow(Database& database, Instant now, const PresenceNews& news) const {
     PresenceOutlook outlook;
     const auto looks = look(database, now);
     std::vector<const Look*> changed;
@@ -229,10 +233,8 @@ PresenceOutlook Presence::follow(Database& database, Instant now) const {
             outlook.next = judgement.next;
         if (presence.process && isAlive(*presence.process))
             outlook.processes.push_back(*presence.process);
-        if (presence != known && waits(session) && !waits(shownAs(session, presence)))
-            outlook.waitNoMore.insert(session.id());
     }
-    store(database, changed);
+    store(database, changed, news);
     for (const auto& agent : agents_)
         if (std::ranges::any_of(looks, [&](const Look& looked) {
                 return looked.session.key.provider == agent.provider;

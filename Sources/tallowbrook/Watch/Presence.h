@@ -5,8 +5,8 @@
 // together.
 #pragma once
 
+#include <functional>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -35,9 +35,10 @@ struct PresenceOutlook {
     // What to watch until then.
     std::vector<NotePlace> places;
     std::vector<ProcessIdentity> processes;
-    // The sessions, by storage id, of which it is known now that they do not wait any more.
-    std::set<std::string> waitNoMore;
 };
+
+// Takes a session as it is stored, and what is known of its agent from now on.
+using PresenceNews = std::function<void(const SessionSnapshot&, const AgentPresence&)>;
 
 // Used by one thread.
 class Presence {
@@ -45,9 +46,10 @@ class Presence {
     explicit Presence(std::vector<AgentNotes> agents = AgentNotes::live())
         : agents_{std::move(agents)} {}
 
-    // Looks at the agents of the sessions that work or wait, and stores what has changed. For the
-    // host that leads. Throws SQLite::Exception when the database fails.
-    PresenceOutlook follow(Database& database, Instant now) const;
+    // Looks at the agents of the sessions that work or wait, and stores what has changed, in one
+    // transaction with what `news` does. For the host that leads. Throws SQLite::Exception when the
+    // database fails.
+    PresenceOutlook follow(Database& database, Instant now, const PresenceNews& news) const;
 
     // What is known of the sessions heard of since then, with a fresh look at those that work or
     // wait; stores nothing. Throws SQLite::Exception when the database fails.
@@ -63,10 +65,14 @@ class Presence {
         Judgement judgement;
     };
     std::vector<Look> look(Database& database, Instant now) const;
-    static void store(Database& database, const std::vector<const Look*>& changed);
+    static void store(Database& database, const std::vector<const Look*>& changed,
+                      const PresenceNews& news);
 
     std::vector<AgentNotes> agents_;
 };
+
+// Whether the session waits for the user.
+bool waits(const SessionSnapshot& session);
 
 // The sessions that wait for the user and were heard of since then, as they are to be shown. Throws
 // SQLite::Exception when the database fails.

@@ -11,6 +11,7 @@
 #include "Watch/Absence.h"
 #include "Watch/Deliveries.h"
 #include "Watch/Ingest.h"
+#include "Watch/PresenceTelling.h"
 #include "Watch/Reminders.h"
 
 namespace tallowbrook::host {
@@ -42,7 +43,7 @@ bool Watcher::pass() {
             for (const auto& channel : channels_)
                 Outbox{database_}.recover(channel.name, !channel.state().toldTwiceHarms);
         ingest(preferences, now);
-        followAgents(now);
+        followAgents(preferences, now);
         takeBack(now);
         if (const auto news = operations_.news()) troubles_.sayOnce(news->text());
         remind(preferences, now);
@@ -74,14 +75,15 @@ void Watcher::ingest(const Preferences& preferences, Instant now) {
         missed_.insert(dropped.content.sessionStorageID);
 }
 
-void Watcher::followAgents(Instant now) {
-    const auto outlook = operations_.followAgents(now);
-    passBy(outlook.next);
-    if (outlook.waitNoMore.empty()) return;
+void Watcher::followAgents(const Preferences& preferences, Instant now) {
     Outbox outbox{database_};
-    auto transaction = database_.beginWriting();
-    for (const auto& session : outlook.waitNoMore) outbox.dropWaiting(session);
-    transaction.commit();
+    const PresenceTelling telling{preferences.notifications, operations_.calendar(),
+                                  usableChannels()};
+    const auto outlook = operations_.followAgents(
+        now, [&](const SessionSnapshot& session, const AgentPresence& presence) {
+            telling.tell(session, presence, outbox, now);
+        });
+    passBy(outlook.next);
 }
 
 // What was told of a session that waits no more, by what it was found to be at or by an event.

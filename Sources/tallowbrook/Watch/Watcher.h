@@ -28,9 +28,8 @@ struct WatcherOperations {
     std::function<bool(const SessionKey&, Instant)> hasWaitedSince = [](const auto&, auto) {
         return false;
     };
-    std::function<PresenceOutlook(Instant now)> followAgents = [](Instant) {
-        return PresenceOutlook{};
-    };
+    std::function<PresenceOutlook(Instant now, const PresenceNews& news)> followAgents =
+        [](Instant, const PresenceNews&) { return PresenceOutlook{}; };
 };
 
 // Used by one thread; of several processes on one home the holder of the host's lock alone.
@@ -55,7 +54,7 @@ class Watcher {
 
  private:
     void ingest(const Preferences& preferences, Instant now);
-    void followAgents(Instant now);
+    void followAgents(const Preferences& preferences, Instant now);
     void takeBack(Instant now);
     void remind(const Preferences& preferences, Instant now);
     void tellWhatWasMissed(const Preferences& preferences, Instant now);

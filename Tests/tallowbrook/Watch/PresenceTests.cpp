@@ -200,25 +200,36 @@ struct FollowedSession : testing::Test {
                                   .places = {{"/notes", "a"}}}}};
     Instant now = sampleTime + std::chrono::minutes{1};
 
+    // What is new with a look at the agents, by sessions.
+    std::vector<AgentState> news;
+    PresenceOutlook follow() {
+        news.clear();
+        return presence.follow(database, now, [this](const auto&, const AgentPresence& found) {
+            news.push_back(found.state);
+        });
+    }
+
     void store(const SessionSnapshot& session) { SessionStore{database}.addSession(session); }
 };
 
 TEST_F(FollowedSession, isWatchedWhileItWorksOrWaits) {
     notes = record(AgentState::waiting, 1);
-    EXPECT_EQ(presence.follow(database, now).places, std::vector<NotePlace>{});
+    EXPECT_EQ(follow().places, std::vector<NotePlace>{});
     store(waiting);
-    const auto outlook = presence.follow(database, now);
+    const auto outlook = follow();
     EXPECT_EQ(outlook.places, (std::vector<NotePlace>{{"/notes", "a"}}));
     EXPECT_EQ(outlook.processes, std::vector<ProcessIdentity>{ownProcess()});
-    EXPECT_TRUE(outlook.waitNoMore.empty());
+    EXPECT_EQ(news, std::vector<AgentState>{AgentState::waiting});
     EXPECT_EQ(sessionsShownWaiting(database, sampleTime).size(), 1U);
 }
 
 TEST_F(FollowedSession, thatIsIdleIsSaidOnceToWaitNoMore) {
     store(waiting);
     notes = record(AgentState::idle, 1);
-    EXPECT_EQ(presence.follow(database, now).waitNoMore, std::set<std::string>{waiting.id()});
-    EXPECT_TRUE(presence.follow(database, now).waitNoMore.empty());
+    follow();
+    EXPECT_EQ(news, std::vector<AgentState>{AgentState::idle});
+    follow();
+    EXPECT_TRUE(news.empty());
     EXPECT_TRUE(sessionsShownWaiting(database, sampleTime).empty());
     EXPECT_EQ(SessionStore{database}.session(waiting.key)->snapshot, waiting) << "as stored";
 }
@@ -226,7 +237,7 @@ TEST_F(FollowedSession, thatIsIdleIsSaidOnceToWaitNoMore) {
 TEST_F(FollowedSession, waitsWhileItsEventsSayThatItWorks) {
     store(working);
     notes = record(AgentState::waiting, -1);
-    presence.follow(database, now);
+    follow();
     const auto shown = sessionsShownWaiting(database, sampleTime);
     ASSERT_EQ(shown.size(), 1U);
     EXPECT_EQ(shown.front().status, SessionStatus::needsAttention);
@@ -242,7 +253,7 @@ TEST_F(FollowedSession, isKnownToThoseWhoOnlyLook) {
     EXPECT_EQ(presence.asOfNow(database, sampleTime, now).at(waiting.id()).state, AgentState::idle);
     EXPECT_EQ(home.rows("presence"), 0);
 
-    presence.follow(database, now);
+    follow();
     notes.reset();
     EXPECT_EQ(presence.asOfNow(database, sampleTime, now).at(waiting.id()).state, AgentState::idle);
 }

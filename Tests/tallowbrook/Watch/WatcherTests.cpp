@@ -37,7 +37,6 @@ struct Watching : testing::Test {
     std::vector<Channel> channels{fake.channel()};
     std::optional<Instant> waitsSince;  // the agent of any session
     std::optional<AgentPresence> judged;
-    std::set<std::string> waitNoMore;
     Texts said;
     Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); },
                       home.paths.databaseFile()};
@@ -71,13 +70,17 @@ struct Watching : testing::Test {
              .hasWaitedSince = [this](const SessionKey&,
                                       Instant since) { return waitsSince && *waitsSince <= since; },
              .followAgents =
-                 [this](Instant) {
-                     if (judged) PresenceStore{database}.set({{}, "S1"}, *judged);
-                     return PresenceOutlook{.next = std::nullopt,
-                                            .places = {},
-                                            .processes = {},
-                                            .waitNoMore = waitNoMore};
+                 [this](Instant, const PresenceNews& news) {
+                     tellNews(news);
+                     return PresenceOutlook{};
                  }}};
+    }
+
+    void tellNews(const PresenceNews& news) {
+        const SessionKey key{Provider::claudeCode, "S1"};
+        if (!judged || PresenceStore{database}.presence(key) == judged) return;
+        PresenceStore{database}.set(key, *judged);
+        news(*SessionStore{database}.session(key)->snapshot, *judged);
     }
 
     // What is known of the agent of S1 from the next pass on.
@@ -88,7 +91,6 @@ struct Watching : testing::Test {
                                .judgedAt = now,
                                .process = std::nullopt,
                                .lockWasHeld = false};
-        waitNoMore = {"claudeCode|S1"};
     }
 
     void storeWaiting(const std::string& id, Instant since) {
@@ -144,7 +146,6 @@ TEST_F(Watching, remindsOfNoSessionWhoseAgentIsIdleOrGone) {
         watcher.pass();
         EXPECT_EQ(fake.takeHeard(), Texts{});
         judged.reset();
-        waitNoMore.clear();
         now += minutes{1};
         waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
         watcher.pass();
@@ -160,7 +161,6 @@ TEST_F(Watching, tellsNothingOfAWaitThatIsOver) {
     watcher.pass();
     EXPECT_EQ(fake.takeHeard(), Texts{});
     judged.reset();
-    waitNoMore.clear();
     now += minutes{1};
     waiting = {eventOf("S1", EventCategory::promptSubmitted, now),
                eventOf("S1", EventCategory::attentionRequested, now + seconds{1})};
@@ -190,6 +190,52 @@ TEST_F(Watching, takesBackWhatItToldOfASessionThatWasAnswered) {
     waiting = {eventOf("S1", EventCategory::activity, now)};
     watcher.pass();
     EXPECT_EQ(fake.state->withdrawn, Texts{"claudeCode|S1"});
+}
+
+TEST_F(Watching, tellsOnceOfATurnThatFailedWithoutAnEvent) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::promptSubmitted, now)};
+    watcher.pass();
+    findAgent(AgentState::failed);
+    watcher.pass();
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code turn failed"});
+}
+
+TEST_F(Watching, tellsOfNoFailureThatTheUserDoesNotWantToHearOf) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::promptSubmitted, now)};
+    watcher.pass();
+    auto preferences = Settings{database}.preferences();
+    preferences.notifications.notifyOnFailure = false;
+    Settings{database}.setPreferences(preferences);
+    findAgent(AgentState::failed);
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{});
+}
+
+TEST_F(Watching, tellsOfADialogOnceThoughAnActivityCameBeforeItWasNoted) {
+    auto watcher = makeWatcher();
+    const auto asked = now;
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += std::chrono::milliseconds{50};
+    waiting = {eventOf("S1", EventCategory::activity, now)};
+    watcher.pass();
+    waitsSince = asked + std::chrono::milliseconds{80};
+    now += seconds{6};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"});
+
+    waitsSince.reset();
+    now += seconds{1};
+    waiting = {eventOf("S1", EventCategory::activity, now)};
+    watcher.pass();
+    now += seconds{20};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"}) << "another dialog";
 }
 
 TEST_F(Watching, tellsOfADialogOnceWhileAnotherAgentWorksBesideIt) {
