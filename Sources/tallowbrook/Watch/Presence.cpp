@@ -169,6 +169,16 @@ std::vector<SessionSnapshot> sessionsToLookAt(Database& database, Instant now) {
     return sessions;
 }
 
+// With every event a session is judged anew. Where that finds what is known, and what the events
+// say as well, storing it would be a write to the disk for nothing.
+bool isWorthStoring(const SessionSnapshot& session, const std::optional<AgentPresence>& known,
+                    const AgentPresence& presence) {
+    auto before = known.value_or(AgentPresence{});
+    if (before == presence) return false;
+    before.judgedAt = presence.judgedAt;
+    return before != presence || shownAs(session, presence) != session;
+}
+
 }  // namespace
 
 bool waits(const SessionSnapshot& session) {
@@ -228,7 +238,7 @@ PresenceOutlook Presence::follow(Database& database, Instant now, const Presence
     for (const auto& looked : looks) {
         const auto& [session, known, judgement] = looked;
         const auto& presence = judgement.presence;
-        if (presence != known) changed.push_back(&looked);
+        if (isWorthStoring(session, known, presence)) changed.push_back(&looked);
         if (judgement.next && (!outlook.next || *judgement.next < *outlook.next))
             outlook.next = judgement.next;
         if (presence.process && isAlive(*presence.process))

@@ -234,6 +234,20 @@ TEST_F(FollowedSession, thatIsIdleIsSaidOnceToWaitNoMore) {
     EXPECT_EQ(SessionStore{database}.session(waiting.key)->snapshot, waiting) << "as stored";
 }
 
+TEST_F(FollowedSession, thatIsAsItsEventsSayIsNotWrittenDownWithEachOfThem) {
+    store(working);
+    follow();
+    EXPECT_EQ(home.rows("presence"), 0) << "nothing is known";
+    notes = record(AgentState::working, -1);
+    follow();
+    EXPECT_EQ(news.size(), 1U);
+    auto session = working;
+    session.lastAppliedAt = after(5);
+    SessionStore{database}.updateSession(1, session);
+    follow();
+    EXPECT_TRUE(news.empty());
+}
+
 TEST_F(FollowedSession, waitsWhileItsEventsSayThatItWorks) {
     store(working);
     notes = record(AgentState::waiting, -1);
