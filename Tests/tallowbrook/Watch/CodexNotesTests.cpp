@@ -3,6 +3,7 @@
 #include "Watch/CodexNotes.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 
@@ -13,8 +14,6 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/WaitUntil.h"
 #include "System/FileDescriptor.h"
-
-#include <fcntl.h>
 
 namespace tallowbrook::host {
 namespace {
@@ -108,10 +107,6 @@ TEST_F(CodexHome, tellsWhetherAProcessKeepsTheSession) {
         return std::string{};
     }};
     waitUntil([&] { return read().lock == SessionLock::held; });
-#ifdef __linux__
-    EXPECT_EQ(read().process->pid, agent.pid);
-    EXPECT_TRUE(read().processLives);
-#endif
     agent.kill();
     agent.result();
     EXPECT_EQ(read().lock, SessionLock::isFree);
