@@ -44,6 +44,8 @@ TestHome::TestHome()
     : environment{{"HOME", directory.path / "user"},
                   {"XDG_DATA_HOME", std::nullopt},
                   {"XDG_RUNTIME_DIR", directory.path / "runtime"},
+                  {"CLAUDE_CONFIG_DIR", std::nullopt},
+                  {"CODEX_HOME", std::nullopt},
                   {"TZ", std::nullopt}} {
     for (const char* name : {"user", "runtime"})
         std::filesystem::create_directory(directory.path / name);

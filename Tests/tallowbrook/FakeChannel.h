@@ -21,6 +21,8 @@ struct FakeChannel {
         std::vector<ChannelEvent> events;
         bool isUsable = true;
         bool toldTwiceHarms = false;
+        bool withdraws = false;
+        std::vector<std::string> withdrawn;  // sessions
     };
     std::shared_ptr<State> state = std::make_shared<State>();
 
@@ -33,10 +35,11 @@ struct FakeChannel {
                 [kept] {
                     return ChannelState{.isUsable = kept->isUsable,
                                         .reason = "as the test wants it",
+                                        .withdraws = kept->withdraws,
                                         .toldTwiceHarms = kept->toldTwiceHarms};
                 },
             .begin = [kept](const Delivery& delivery) { begin(*kept, delivery); },
-            .withdraw = [](const std::string&) {},
+            .withdraw = [kept](const std::string& session) { kept->withdrawn.push_back(session); },
             .takeEvents = [kept] { return std::exchange(kept->events, {}); },
             .source = std::nullopt,
         };

@@ -40,11 +40,8 @@ std::string headline(const ListedSession& listed, Database& database, const std:
 
 std::string explanationOf(const ListedSession& listed, Database& database, Instant now) {
     const auto& session = listed.snapshot;
-    const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
-    auto text = headline(listed, database, formatTime(session.firstSeenAt)) +
-                PrintableText::wrapped(
-                    PrintableText::printable(explanationText(session, now, formatTime))) +
-                "\n";
+    auto text = headline(listed, database, TimeText::shortTime(session.firstSeenAt, now)) +
+                PrintableText::wrapped(PrintableText::printable(listed.explanation(now))) + "\n";
     const auto events = SessionStore{database}.latestEvents(session.key, shownEvents);
     text += fmt::format("\nThe last {} of {} events:\n", events.size(), session.eventCount);
     for (const auto& [event, effect] : events) text += timelineRow(event, effect, now);

@@ -44,7 +44,10 @@ std::string statusText(const ListedSession& session) {
     if (session.status == SessionStatus::needsAttention) return waitingText(session.snapshot);
     if (endedWithoutFinishing(session.snapshot)) return "ended unfinished";
     // One may go on after a completed turn, but not after the end of the session.
-    if (session.status == SessionStatus::completed && session.snapshot.sessionEnded) return "ended";
+    const bool isGone = session.presence && session.presence->state == AgentState::gone;
+    const bool hasEnded = session.snapshot.sessionEnded || isGone;
+    if (session.status == SessionStatus::completed && hasEnded) return "ended";
+    if (session.presence && session.presence->state == AgentState::idle) return "idle";
     const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);
     return std::string{label->text};
 }
@@ -77,10 +80,47 @@ SessionNames namesOf(std::vector<const SessionSnapshot*> sessions,
     return names;
 }
 
+std::optional<AgentPresence> presenceOf(const SessionSnapshot& session,
+                                        const AgentPresences& presences) {
+    const auto found = presences.find(session.id());
+    if (found == presences.end() || !found->second.holdsFor(session)) return std::nullopt;
+    return found->second;
+}
+
+SessionStatus displayStatus(const SessionSnapshot& session,
+                            const std::optional<AgentPresence>& presence, Instant now) {
+    // An agent that says itself that it works is not silent.
+    if (presence && presence->state == AgentState::working) return SessionStatus::working;
+    return shownAs(session, presence).displayStatus(now, staleAfter);
+}
+
+RecordEncoder agentRecord(const AgentPresence& presence) {
+    RecordEncoder encoder;
+    encoder.encode("state", presence.state);
+    encoder.encode("since", presence.since);
+    encoder.encode("evidence", presence.evidence);
+    return encoder;
+}
+
 }  // namespace
 
+std::string ListedSession::explanation(Instant now) const {
+    const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
+    auto byEvents = explanationText(snapshot, now, formatTime);
+    if (!presence) return byEvents;
+    const auto known = presenceText(snapshot.key.provider, *presence, formatTime);
+    // What the events say is true as well, and says more.
+    const auto shown = shownAs(snapshot, presence);
+    if (shown.status == snapshot.status && shown.sessionEnded == snapshot.sessionEnded &&
+        snapshot.displayStatus(now, staleAfter) == status)
+        return byEvents + " " + known;
+    return known + " The last event that counted is " + snapshot.lastEventType + " of " +
+           formatTime(snapshot.lastAppliedAt) + ".";
+}
+
 SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now,
-                              const std::vector<SessionMark>& marks) {
+                              const std::vector<SessionMark>& marks,
+                              const AgentPresences& presences) {
     const auto isOlder = [now](const SessionSnapshot& snapshot) {
         return now - snapshot.lastSeenAt > listedFor;
     };
@@ -92,9 +132,10 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
             ++list.olderCount;
             continue;
         }
-        const auto status = snapshot.displayStatus(now, staleAfter);
+        const auto presence = presenceOf(snapshot, presences);
+        const auto status = displayStatus(snapshot, presence, now);
         auto label = snapshot.projectLabel();
-        list.sessions.push_back({std::move(snapshot), status, std::move(label)});
+        list.sessions.push_back({std::move(snapshot), status, std::move(label), presence});
     }
     std::vector<const SessionSnapshot*> recent;
     for (const auto& session : list.sessions)
@@ -176,15 +217,16 @@ std::string SessionList::table(Instant now) const {
 }
 
 std::string SessionList::json(Instant now) const {
-    const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
     std::string text{"["};
-    for (const auto& [snapshot, status, name] : sessions) {
+    for (const auto& session : sessions) {
+        const auto& snapshot = session.snapshot;
         RecordEncoder encoder = EventCoding::makeEncoder();
         encoder.encode("id", snapshot.id());
-        encoder.encode("status", status);
+        encoder.encode("status", session.status);
         encoder.encode("project", snapshot.projectLabel());
-        encoder.encode("name", name);
-        encoder.encode("explanation", explanationText(snapshot, now, formatTime));
+        encoder.encode("name", session.name);
+        encoder.encode("explanation", session.explanation(now));
+        if (session.presence) encoder.encode("agent", agentRecord(*session.presence));
         encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
         // A session a line, for tools that work by lines.
         text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();

@@ -6,12 +6,14 @@
 
 #include <cstddef>
 #include <expected>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Output/Sentence.h"
 #include "Output/SessionName.h"
+#include "SessionState/AgentPresence.h"
 #include "SessionState/SessionSnapshot.h"
 
 namespace tallowbrook::host {
@@ -20,6 +22,11 @@ struct ListedSession {
     SessionSnapshot snapshot;
     SessionStatus status = SessionStatus::unknown;  // as displayed, so `stale` too
     std::string name;  // its project's, and what tells it from others of that
+    // What is known of its agent, where that says more than the snapshot, which is as stored.
+    std::optional<AgentPresence> presence = std::nullopt;
+
+    // Why it has the status: `SessionSnapshot::explanation`, or what was found out beside events.
+    std::string explanation(Instant now) const;
 };
 
 enum class ListScope { recent, all };
@@ -33,7 +40,8 @@ struct SessionList {
     // Leaves out the setup's own sessions, always. Those without a mark are told apart in the order
     // in which they began; those that a `recent` list leaves out bear their project's name.
     static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now,
-                            const std::vector<SessionMark>& marks = {});
+                            const std::vector<SessionMark>& marks = {},
+                            const AgentPresences& presences = {});
 
     // The session that the user means by a number of the table, or by the beginning of an id that
     // no other session here shares.
@@ -46,7 +54,8 @@ struct SessionList {
     std::string table(Instant now) const;
 
     // A JSON array (RFC 8259), one object a session: "id", "status" (as displayed), "project",
-    // "name", "explanation", and "snapshot" with the stored record.
+    // "name", "explanation", "snapshot" with the stored record, and "agent" with what is known of
+    // its agent beside events, where that decides: "state", "since" and "evidence".
     std::string json(Instant now) const;
 };
 

@@ -184,6 +184,16 @@ bool Outbox::fold(std::int64_t notification) {
     return !query->executeStep();
 }
 
+void Outbox::dropWaiting(const std::string& sessionStorageID) {
+    const auto update = database_.prepared(
+        "UPDATE deliveries SET state = 'folded'"
+        " WHERE state IN ('pending', 'begun') AND state = 'pending' AND notification IN"
+        " (SELECT number FROM notifications"
+        " WHERE session_storage_id = ? AND kind IN ('attention', 'reminder'))");
+    update->bind(1, sessionStorageID);
+    update->exec();
+}
+
 std::optional<Instant> Outbox::lastDelivered(const std::string& dedupeKey) {
     const auto query = database_.prepared(
         "SELECT coalesce(max(d.told_at), n.decided_at) FROM notifications n"

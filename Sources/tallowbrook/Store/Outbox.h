@@ -104,6 +104,8 @@ class Outbox {
     std::vector<StoredNotification> notBegun();
     // It is not told any more, by any channel that has not begun. False where one has.
     bool fold(std::int64_t notification);
+    // Gives up what was to be told of a session's waiting and was not begun.
+    void dropWaiting(const std::string& sessionStorageID);
 
     // When the user was last told of this key by any channel, or when that was last decided if it
     // is still to come.

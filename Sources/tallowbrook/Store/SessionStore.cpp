@@ -4,6 +4,7 @@
 
 #include "Domain/EventCoding.h"
 #include "SessionState/SessionSnapshotCoding.h"
+#include "Store/PresenceStore.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -114,6 +115,22 @@ std::vector<SessionSnapshot> SessionStore::sessionsThatWait(Instant seenSince) {
     return readSnapshots(query);
 }
 
+std::vector<SessionSnapshot> SessionStore::sessionsAtWork(Instant seenSince) {
+    const auto query = database_.prepared(
+        "SELECT snapshot FROM sessions WHERE status = 'working' AND last_seen_at >= ?"
+        " ORDER BY +number");
+    query->bind(1, storedForm(seenSince));
+    return readSnapshots(query);
+}
+
+std::vector<SessionSnapshot> SessionStore::completedSessions(Instant seenSince) {
+    const auto query = database_.prepared(
+        "SELECT snapshot FROM sessions WHERE last_seen_at >= ? AND +status = 'completed'"
+        " ORDER BY +number");
+    query->bind(1, storedForm(seenSince));
+    return readSnapshots(query);
+}
+
 std::int64_t SessionStore::countOfSessionsSeenBefore(Instant time) {
     const auto countAll =
         database_.prepared("SELECT count(*) FROM sessions WHERE last_seen_at < ?");
@@ -159,6 +176,7 @@ void SessionStore::updateSession(std::int64_t number, const SessionSnapshot& sna
 void SessionStore::removeSession(const SessionKey& key) {
     const auto stored = session(key);
     if (!stored) return;
+    PresenceStore{database_}.remove(key);
     // The events first: they refer to the session.
     for (const char* sql :
          {"DELETE FROM events WHERE session = ?", "DELETE FROM sessions WHERE number = ?"}) {

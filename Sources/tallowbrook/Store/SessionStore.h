@@ -49,6 +49,8 @@ class SessionStore {
     std::vector<SessionSnapshot> sessions(const std::set<std::string>& storageIDs);
     std::vector<SessionSnapshot> sessionsSeenSince(Instant time);
     std::vector<SessionSnapshot> sessionsThatWait(Instant seenSince);
+    std::vector<SessionSnapshot> sessionsAtWork(Instant seenSince);
+    std::vector<SessionSnapshot> completedSessions(Instant seenSince);
     // Without the setup's own.
     std::int64_t countOfSessionsSeenBefore(Instant time);
 

@@ -132,6 +132,21 @@ constexpr std::array steps{
         ) WITHOUT ROWID;
         CREATE INDEX session_marks_by_project ON session_marks (project);
     )sql",
+    // What is known of a session's agent beside its events outlives the agent's own notes.
+    R"sql(
+        CREATE TABLE presence (
+            session TEXT PRIMARY KEY,
+            state TEXT NOT NULL,
+            evidence TEXT NOT NULL,
+            since INTEGER NOT NULL,
+            judged_at INTEGER NOT NULL,
+            pid INTEGER,
+            process_start INTEGER,
+            lock_was_held INTEGER NOT NULL
+        ) WITHOUT ROWID;
+        CREATE INDEX presence_of_waiting ON presence (session) WHERE state = 'waiting';
+        CREATE INDEX sessions_at_work ON sessions (last_seen_at) WHERE status = 'working';
+    )sql",
 };
 
 }  // namespace

@@ -29,7 +29,16 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
                troubles_,
                {.now = currentInstant,
                 .calendar = Calendar::current,
-                .news = [this] { return refused_.takeNews(database_, currentInstant()); }}},
+                .news = [this] { return refused_.takeNews(database_, currentInstant()); },
+                .hasWaitedSince =
+                    [this](const SessionKey& session, Instant since) {
+                        return agents_.hasWaitedSince(session, since);
+                    },
+                .followAgents =
+                    [this](Instant now, const PresenceNews& news) {
+                        agentsOutlook_ = agents_.follow(database_, now, news);
+                        return agentsOutlook_;
+                    }}},
       onlooker_{database, channels_.front(), troubles_,
                 [this] { return refused_.newsOfAnotherHost(database_, currentInstant()); }} {}
 
@@ -78,7 +87,13 @@ bool Host::pass() {
     }
     // Before the pass: what is written meanwhile must look like news afterwards.
     seenSpool_ = SpoolState::of(paths_);
-    return watcher_.pass();
+    return lead();
+}
+
+bool Host::lead() {
+    const bool done = watcher_.pass();
+    alarm_.watch(agentsOutlook_.places, agentsOutlook_.processes);
+    return done;
 }
 
 void Host::attachTo(PollLoop& loop) {
@@ -99,6 +114,9 @@ void Host::attachTo(PollLoop& loop) {
         .interest = [this] { return clockInterest(); },
         .proceed = [this](short) { lookAround(); },
     }));
+    attachments_.push_back(loop.attach(alarm_.source([this] {
+        if (leads()) pass();
+    })));
     for (const auto& channel : channels_)
         if (channel.source)
             attachments_.push_back(loop.attach({

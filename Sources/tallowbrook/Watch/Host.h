@@ -8,6 +8,7 @@
 
 #include "EventBridge/SpoolSignal.h"
 #include "Loop/PollLoop.h"
+#include "Watch/EvidenceAlarm.h"
 #include "Watch/HostLock.h"
 #include "Watch/Onlooker.h"
 #include "Watch/RefusedEvents.h"
@@ -34,12 +35,14 @@ class Host {
     // the whole home, was removed or replaced meanwhile, says so and goes on with a new one.
     bool pass();
 
-    // Makes a pass whenever there is reason for one: the spool's signal, what is due, and a look at
-    // the spool every 2 s for signals that do not arrive. The loop must outlive the host.
+    // Makes a pass whenever there is reason for one: the spool's signal, what is due, what the
+    // agents of sessions that work or wait note about themselves, their end, and a look at the
+    // spool every 2 s for signals that do not arrive. The loop must outlive the host.
     void attachTo(PollLoop& loop);
 
  private:
     bool keepHome();
+    bool lead();
     PollInterest clockInterest() const;
     void lookAround();
 
@@ -48,6 +51,9 @@ class Host {
     std::vector<Channel> channels_;
     Troubles troubles_;
     RefusedEvents refused_;
+    Presence agents_;
+    PresenceOutlook agentsOutlook_;
+    EvidenceAlarm alarm_;
     Watcher watcher_;
     Onlooker onlooker_;
     std::optional<HostLock> lock_;

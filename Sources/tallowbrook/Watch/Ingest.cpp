@@ -98,7 +98,8 @@ class BatchIngest {
             return store_.addEvent(event, line, std::nullopt, EventEffect::noSession);
         }
         const auto meant = interpreted(timed, session.snapshot);
-        const AgentEvent& seen = meant ? *meant : timed;
+        const auto beside = besideTheWait(meant ? *meant : timed, session.snapshot);
+        const AgentEvent& seen = beside ? *beside : meant ? *meant : timed;
         auto result = reducer_.reduce(std::move(session.snapshot), seen);
         // Before it is known whether the event is new: its row refers to the session's. An event
         // that is there already has made its session when it first came.
@@ -145,6 +146,19 @@ class BatchIngest {
         return took;
     }
 
+    // An activity while the agent still waits is another one's, which works beside it: it answers
+    // nothing. Absent where the event is none.
+    std::optional<AgentEvent> besideTheWait(const AgentEvent& event,
+                                            const std::optional<SessionSnapshot>& session) const {
+        if (event.category != EventCategory::activity || !session ||
+            session->status != SessionStatus::needsAttention ||
+            !settings_.hasWaitedSince(session->key, event.observedAt))
+            return std::nullopt;
+        AgentEvent seen = event;
+        seen.category = EventCategory::informational;
+        return seen;
+    }
+
     void decide(const AgentEvent& event, const ReductionResult& result,
                 std::optional<Instant> turnBeganAt) {
         if (result.current->key.isSetupCheck()) return;
@@ -152,7 +166,7 @@ class BatchIngest {
             open_.followStatus(*result.current);
         const auto decision = NotificationPolicy::decide(
             event, result, settings_.preferences, now_, settings_.calendar,
-            [this](const std::string& key) { return lastDelivered(key); });
+            [&](const std::string& key) { return lastDelivered(key, event); });
         const auto took = shortTurn(event, turnBeganAt);
         if (const auto* held = std::get_if<NotificationDecision::Suppressed>(&decision.outcome)) {
             const bool isUnwanted = held->reason == NotificationSuppression::disabled ||
@@ -203,8 +217,15 @@ class BatchIngest {
         return found->second;
     }
 
-    std::optional<Instant> lastDelivered(const std::string& key) {
+    std::optional<Instant> lastDelivered(const std::string& key, const AgentEvent& event) {
+        // How far an event and what the agent notes with it come apart.
+        constexpr std::chrono::seconds timeToNote{1};
         const auto time = outbox_.lastDelivered(key);
+        // The agent waits since then: a reminder of the dialog that was told.
+        if (time && event.category == EventCategory::attentionRequested &&
+            event.observedAt > *time + timeToNote &&
+            settings_.hasWaitedSince({event.provider, *event.sessionID}, *time + timeToNote))
+            return now_;
         // By a clock that was set back since, which says nothing about how long ago that is.
         return time && *time > now_ ? std::nullopt : time;
     }

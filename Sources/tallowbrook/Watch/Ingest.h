@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -11,6 +12,7 @@
 #include "Notifications/NotificationPreferences.h"
 #include "Output/Sentence.h"
 #include "Preferences/HostSettings.h"
+#include "SessionState/SessionSnapshot.h"
 #include "Store/Database.h"
 #include "Watch/EventSource.h"
 
@@ -35,6 +37,10 @@ struct Ingest {
     std::vector<std::string> channels;  // that are to tell what is due
     // A turn that took less is not told as finished; one whose prompt is not known is.
     Seconds completionAfter = defaultCompletionAfter;
+    // Whether the agent of the session has waited for the user from before this time until now.
+    std::function<bool(const SessionKey&, Instant)> hasWaitedSince = [](const auto&, auto) {
+        return false;
+    };
 
     // Claims what the source holds and stores it, oldest first: the events, the sessions as they
     // are then, and the notifications that are due at `now`. No session comes to lie after `now`,

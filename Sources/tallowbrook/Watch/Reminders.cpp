@@ -4,9 +4,9 @@
 
 #include "Notifications/ReminderPolicy.h"
 #include "Preferences/HostSettings.h"
-#include "Store/SessionStore.h"
 #include "Watch/Hold.h"
 #include "Watch/Interpretation.h"
+#include "Watch/Presence.h"
 #include "Watch/SessionMarking.h"
 
 namespace tallowbrook::host {
@@ -30,7 +30,7 @@ Reminders::Outlook Reminders::look(Database& database, Instant now) const {
     if (interval <= Seconds{0}) return outlook;
     Outbox outbox{database};
     const auto shownSince = now - std::chrono::duration_cast<Instant::duration>(listedFor);
-    for (const auto& session : SessionStore{database}.sessionsThatWait(shownSince)) {
+    for (const auto& session : sessionsShownWaiting(database, shownSince)) {
         if (session.key.isSetupCheck()) continue;
         auto count = countOf(session, outbox);
         // By a clock that was set back since.

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <chrono>
 
+#include "Preferences/HostSettings.h"
 #include "Store/Outbox.h"
 #include "Store/Settings.h"
 #include "Watch/Absence.h"
 #include "Watch/Deliveries.h"
 #include "Watch/Hold.h"
 #include "Watch/Ingest.h"
+#include "Watch/PresenceTelling.h"
 #include "Watch/Reminders.h"
 
 namespace tallowbrook::host {
@@ -40,6 +42,8 @@ bool Watcher::pass() {
             for (const auto& channel : channels_)
                 Outbox{database_}.recover(channel.name, !channel.state().toldTwiceHarms);
         ingest(preferences, now);
+        followAgents(preferences, now);
+        takeBack(now);
         if (const auto news = operations_.news()) troubles_.sayOnce(news->text());
         lookAtHold(preferences, now);
         remind(preferences, now);
@@ -53,7 +57,7 @@ bool Watcher::pass() {
 
 void Watcher::ingest(const Preferences& preferences, Instant now) {
     const Ingest ingest{preferences.notifications, operations_.calendar(), usableChannels(),
-                        preferences.host.completionAfter};
+                        preferences.host.completionAfter, operations_.hasWaitedSince};
     for (const auto& source : sources_) {
         auto report = ingest.run(source, database_, now);
         for (auto& trouble : report.troubles) troubles_.add(std::move(trouble));
@@ -78,6 +82,28 @@ void Watcher::lookAtHold(const Preferences& preferences, Instant now) {
     hasHeldBack_ = !heldBack.empty();
     isBackFromHold_ = wasHeld || hasHeldBack_;
     missed_.merge(heldBack);
+}
+
+void Watcher::followAgents(const Preferences& preferences, Instant now) {
+    const PresenceTelling telling{preferences.notifications, operations_.calendar(),
+                                  usableChannels()};
+    const auto outlook = operations_.followAgents(
+        now, [&](const SessionSnapshot& session, const AgentPresence& presence) {
+            telling.tell(session, presence, database_, now);
+        });
+    passBy(outlook.next);
+}
+
+// What was told of a session that waits no more, by what it was found to be at or by an event.
+void Watcher::takeBack(Instant now) {
+    std::set<std::string> waiting;
+    const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
+    for (const auto& session : sessionsShownWaiting(database_, since)) waiting.insert(session.id());
+    for (const auto& session : std::exchange(waiting_, waiting)) {
+        if (waiting.contains(session)) continue;
+        for (const auto& channel : channels_)
+            if (channel.state().withdraws) channel.withdraw(session);
+    }
 }
 
 void Watcher::remind(const Preferences& preferences, Instant now) {

@@ -12,6 +12,7 @@
 #include "Preferences/HostPreferences.h"
 #include "Store/Database.h"
 #include "Watch/EventSource.h"
+#include "Watch/Presence.h"
 #include "Watch/Troubles.h"
 
 namespace tallowbrook::host {
@@ -22,6 +23,13 @@ struct WatcherOperations {
     std::function<Calendar()> calendar = Calendar::current;
     // What is to be said once beside the events; asked in each pass. May throw SQLite::Exception.
     std::function<std::optional<Sentence>()> news = [] { return std::nullopt; };
+    // `Presence::hasWaitedSince`, and the looking of `Presence::follow`; without them the events
+    // alone say what a session is at. The second may throw SQLite::Exception.
+    std::function<bool(const SessionKey&, Instant)> hasWaitedSince = [](const auto&, auto) {
+        return false;
+    };
+    std::function<PresenceOutlook(Instant now, const PresenceNews& news)> followAgents =
+        [](Instant, const PresenceNews&) { return PresenceOutlook{}; };
 };
 
 // Used by one thread; of several processes on one home the holder of the host's lock alone.
@@ -46,6 +54,8 @@ class Watcher {
 
  private:
     void ingest(const Preferences& preferences, Instant now);
+    void followAgents(const Preferences& preferences, Instant now);
+    void takeBack(Instant now);
     void lookAtHold(const Preferences& preferences, Instant now);
     void remind(const Preferences& preferences, Instant now);
     void tellWhatWasMissed(const Preferences& preferences, Instant now);
@@ -62,6 +72,7 @@ class Watcher {
 
     bool hasBegun_ = false;  // the first pass is done
     bool missesNothing_ = false;
+    std::set<std::string> waiting_;  // the sessions, by storage id, that waited after the last pass
     // Sessions, by storage id, to be told of in one line as soon as nothing holds that back.
     std::set<std::string> missed_;
     bool isHeld_ = false;       // by a pause or quiet hours

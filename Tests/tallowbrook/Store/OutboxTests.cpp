@@ -118,6 +118,24 @@ TEST_F(StoredNotifications, areDroppedByEveryChannelOnceTheyAreOld) {
     EXPECT_TRUE(outbox.dropOlderThan(sampleTime).empty());
 }
 
+TEST_F(StoredNotifications, ofAWaitThatIsOverAreGivenUp) {
+    for (const auto kind : {NotificationKind::attention, NotificationKind::reminder,
+                            NotificationKind::completion, NotificationKind::attention}) {
+        auto content = numberedContent(1);
+        content.kind = kind;
+        outbox.add(content, sampleTime, sampleTime, lines);
+    }
+    outbox.markBegun(4, "lines");
+    outbox.dropWaiting("claudeCode|S2");
+    EXPECT_EQ(outbox.pending("lines").size(), 3U);
+    outbox.dropWaiting("claudeCode|S1");
+    const auto pending = outbox.pending("lines");
+    ASSERT_EQ(pending.size(), 1U);
+    EXPECT_EQ(pending.front().notification.content.kind, NotificationKind::completion);
+    outbox.recover("lines", true);
+    EXPECT_EQ(outbox.pending("lines").size(), 2U) << "what was begun is the channel's";
+}
+
 TEST_F(StoredNotifications, areShownOnceByAnotherHostInTheOrderOfTelling) {
     for (std::uint8_t i = 1; i <= 3; ++i) add(i, twoChannels);
     outbox.markTold(2, "lines", sampleTime);

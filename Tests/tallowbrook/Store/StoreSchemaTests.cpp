@@ -117,9 +117,9 @@ TEST(StoreSchema, isMadeFromNothing) {
     EXPECT_EQ(StoreSchema::version(database), 0);
     StoreSchema::migrate(database);
     EXPECT_EQ(StoreSchema::version(database), StoreSchema::currentVersion());
-    EXPECT_EQ(tables(database),
-              (std::set<std::string>{"deliveries", "events", "notifications", "reminders",
-                                     "session_marks", "sessions", "settings", "untold"}));
+    EXPECT_EQ(tables(database), (std::set<std::string>{"deliveries", "events", "notifications",
+                                                       "presence", "reminders", "session_marks",
+                                                       "sessions", "settings", "untold"}));
 }
 
 TEST(StoreSchema, thatIsCurrentIsLeftAlone) {

@@ -4,6 +4,7 @@
 
 #include "DatabaseAtHome.h"
 #include "FakeChannel.h"
+#include "Store/PresenceStore.h"
 #include "Support/SampleSnapshots.h"
 
 namespace tallowbrook::host {
@@ -34,6 +35,8 @@ struct Watching : testing::Test {
     std::expected<void, Sentence> source;
     FakeChannel fake;
     std::vector<Channel> channels{fake.channel()};
+    std::optional<Instant> waitsSince;  // the agent of any session
+    std::optional<AgentPresence> judged;
     Texts said;
     Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); },
                       home.paths.databaseFile()};
@@ -56,13 +59,38 @@ struct Watching : testing::Test {
     }
 
     Watcher makeWatcher() {
-        return Watcher{database,
-                       {events()},
-                       channels,
-                       troubles,
-                       {.now = [this] { return now; },
-                        .calendar = [] { return Calendar::fixed(minutes{0}); },
-                        .news = [] { return std::nullopt; }}};
+        return Watcher{
+            database,
+            {events()},
+            channels,
+            troubles,
+            {.now = [this] { return now; },
+             .calendar = [] { return Calendar::fixed(minutes{0}); },
+             .news = [] { return std::nullopt; },
+             .hasWaitedSince = [this](const SessionKey&,
+                                      Instant since) { return waitsSince && *waitsSince <= since; },
+             .followAgents =
+                 [this](Instant, const PresenceNews& news) {
+                     tellNews(news);
+                     return PresenceOutlook{};
+                 }}};
+    }
+
+    void tellNews(const PresenceNews& news) {
+        const SessionKey key{Provider::claudeCode, "S1"};
+        if (!judged || PresenceStore{database}.presence(key) == judged) return;
+        PresenceStore{database}.set(key, *judged);
+        news(*SessionStore{database}.session(key)->snapshot, *judged);
+    }
+
+    // What is known of the agent of S1 from the next pass on.
+    void findAgent(AgentState state) {
+        judged = AgentPresence{.state = state,
+                               .evidence = AgentEvidence::record,
+                               .since = now,
+                               .judgedAt = now,
+                               .process = std::nullopt,
+                               .lockWasHeld = false};
     }
 
     void storeWaiting(const std::string& id, Instant since) {
@@ -116,6 +144,131 @@ TEST_F(Watching, wakesForAReminderByItsOwnTime) {
     watcher.pass();
     EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code is still waiting for permission"});
     EXPECT_EQ(watcher.nextDue(), sampleTime + minutes{20});
+}
+
+TEST_F(Watching, remindsOfNoSessionWhoseAgentIsIdleOrGone) {
+    for (const auto state : {AgentState::idle, AgentState::gone}) {
+        auto watcher = makeWatcher();
+        waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+        watcher.pass();
+        EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"});
+        findAgent(state);
+        watcher.pass();
+        EXPECT_EQ(watcher.nextDue(), std::nullopt);
+        now += minutes{10};
+        watcher.pass();
+        EXPECT_EQ(fake.takeHeard(), Texts{});
+        judged.reset();
+        now += minutes{1};
+        waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
+        watcher.pass();
+        fake.takeHeard();
+        now += minutes{1};
+    }
+}
+
+TEST_F(Watching, tellsNothingOfAWaitThatIsOver) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    findAgent(AgentState::idle);
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{});
+    judged.reset();
+    now += minutes{1};
+    waiting = {eventOf("S1", EventCategory::promptSubmitted, now),
+               eventOf("S1", EventCategory::attentionRequested, now + seconds{1})};
+    now += seconds{2};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"}) << "it waits again";
+}
+
+TEST_F(Watching, takesBackWhatItToldOfASessionThatWaitsNoMore) {
+    auto watcher = makeWatcher();
+    fake.state->withdraws = true;
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.state->withdrawn, Texts{});
+    findAgent(AgentState::idle);
+    watcher.pass();
+    watcher.pass();
+    EXPECT_EQ(fake.state->withdrawn, Texts{"claudeCode|S1"});
+}
+
+TEST_F(Watching, takesBackWhatItToldOfASessionThatWasAnswered) {
+    auto watcher = makeWatcher();
+    fake.state->withdraws = true;
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += seconds{1};
+    waiting = {eventOf("S1", EventCategory::activity, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.state->withdrawn, Texts{"claudeCode|S1"});
+}
+
+TEST_F(Watching, tellsOnceOfATurnThatFailedWithoutAnEvent) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::promptSubmitted, now)};
+    watcher.pass();
+    findAgent(AgentState::failed);
+    watcher.pass();
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code turn failed"});
+}
+
+TEST_F(Watching, tellsOfNoFailureThatTheUserDoesNotWantToHearOf) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::promptSubmitted, now)};
+    watcher.pass();
+    auto preferences = Settings{database}.preferences();
+    preferences.notifications.notifyOnFailure = false;
+    Settings{database}.setPreferences(preferences);
+    findAgent(AgentState::failed);
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{});
+}
+
+TEST_F(Watching, tellsOfADialogOnceThoughAnActivityCameBeforeItWasNoted) {
+    auto watcher = makeWatcher();
+    const auto asked = now;
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += std::chrono::milliseconds{50};
+    waiting = {eventOf("S1", EventCategory::activity, now)};
+    watcher.pass();
+    waitsSince = asked + std::chrono::milliseconds{80};
+    now += seconds{6};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"});
+
+    waitsSince.reset();
+    now += seconds{1};
+    waiting = {eventOf("S1", EventCategory::activity, now)};
+    watcher.pass();
+    now += seconds{20};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"}) << "another dialog";
+}
+
+TEST_F(Watching, tellsOfADialogOnceWhileAnotherAgentWorksBesideIt) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    waitsSince = now;
+    for (int i = 1; i <= 3; ++i) {
+        now += seconds{3};
+        waiting = {eventOf("S1", EventCategory::activity, now),
+                   eventOf("S1", EventCategory::attentionRequested, now)};
+        watcher.pass();
+    }
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"});
+
+    waitsSince.reset();
+    now += seconds{3};
+    waiting = {eventOf("S1", EventCategory::activity, now)};
+    watcher.pass();
+    EXPECT_EQ(home.text("SELECT status FROM sessions"), "working") << "it was answered";
 }
 
 TEST_F(Watching, remindsAnIntervalAfterTheClockWasSetBack) {
