@@ -192,6 +192,55 @@ std::int64_t Outbox::newestPlace() {
     return query->executeStep() ? query->getColumn(0).getInt64() : 0;
 }
 
+void Outbox::noteUntold(const Untold& untold) {
+    const auto insert = database_.prepared(
+        "INSERT INTO untold (event_id, session_storage_id, reason, at, turn, is_held_back)"
+        " VALUES (?, ?, ?, ?, ?, ?)");
+    bindID(*insert, 1, untold.eventID);
+    insert->bind(2, untold.session);
+    insert->bind(3, std::string{rawValue(untold.reason)});
+    insert->bind(4, storedForm(untold.at));
+    if (untold.turn)
+        insert->bind(5, std::chrono::floor<std::chrono::microseconds>(*untold.turn).count());
+    const bool isHeldBack =
+        untold.reason == UntoldReason::paused || untold.reason == UntoldReason::quietHours;
+    insert->bind(6, isHeldBack ? 1 : 0);
+    insert->exec();
+}
+
+std::vector<Untold> Outbox::untold(const std::string& session) {
+    const auto query = database_.prepared(
+        "SELECT event_id, reason, at, turn FROM untold WHERE session_storage_id = ?"
+        " ORDER BY number");
+    query->bind(1, session);
+    std::vector<Untold> all;
+    while (query->executeStep()) {
+        // One of a newer program has a reason that this one has no words for.
+        const auto reason = fromRawValue<UntoldReason>(query->getColumn(1).getString());
+        if (!reason) continue;
+        Untold& untold = all.emplace_back();
+        untold.eventID = idOf(query->getColumn(0));
+        untold.session = session;
+        untold.reason = *reason;
+        untold.at = instantOf(query->getColumn(2));
+        if (!query->getColumn(3).isNull())
+            untold.turn = std::chrono::microseconds{query->getColumn(3).getInt64()};
+    }
+    return all;
+}
+
+std::set<std::string> Outbox::heldBack() {
+    const auto query =
+        database_.prepared("SELECT session_storage_id FROM untold WHERE is_held_back = 1");
+    std::set<std::string> sessions;
+    while (query->executeStep()) sessions.insert(query->getColumn(0).getString());
+    return sessions;
+}
+
+void Outbox::letGoOfHeldBack() {
+    database_.prepared("UPDATE untold SET is_held_back = 0 WHERE is_held_back = 1")->exec();
+}
+
 std::optional<ReminderCount> Outbox::reminderCount(const SessionKey& key) {
     const auto query = database_.prepared(
         "SELECT waiting_since, sent, last_sent_at FROM reminders WHERE session = ?");

@@ -1,5 +1,5 @@
-// What is to be told to the user, and what was: a notification is stored once, with one row for
-// each channel that is to tell it, so that one dead channel stops no other.
+// What is to be told to the user, what was, and what was not: a notification is stored once, with
+// one row for each channel that is to tell it, so that one dead channel stops no other.
 //
 // A view of a `Database`, which must outlive it; made where it is needed. Throws SQLite::Exception
 // when the database fails.
@@ -7,12 +7,14 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Notifications/NotificationPolicy.h"
 #include "Store/Database.h"
+#include "Store/Untold.h"
 
 namespace tallowbrook::host {
 
@@ -79,6 +81,14 @@ class Outbox {
     // in the order of telling, behind this place.
     std::vector<ToldNotification> toldSince(std::int64_t place);
     std::int64_t newestPlace();  // 0 for none
+
+    // That the user is not told of this event.
+    void noteUntold(const Untold& untold);
+    // Of a session, by its storage id, in the order of the decisions.
+    std::vector<Untold> untold(const std::string& session);
+    // The sessions, by storage id, of what a pause or quiet hours hold back, until it is let go of.
+    std::set<std::string> heldBack();
+    void letGoOfHeldBack();
 
     std::optional<ReminderCount> reminderCount(const SessionKey& key);
     void setReminderCount(const SessionKey& key, const ReminderCount& count);

@@ -106,6 +106,20 @@ constexpr std::array steps{
         ALTER TABLE notifications DROP COLUMN state;
         ALTER TABLE notifications DROP COLUMN told_at;
     )sql",
+    // What was held back in a pause is looked for when that ends, and few rows of many are such.
+    R"sql(
+        CREATE TABLE untold (
+            number INTEGER PRIMARY KEY,
+            event_id BLOB NOT NULL,
+            session_storage_id TEXT NOT NULL,
+            reason TEXT NOT NULL,
+            at INTEGER NOT NULL,
+            turn INTEGER,
+            is_held_back INTEGER NOT NULL
+        );
+        CREATE INDEX untold_by_session ON untold (session_storage_id);
+        CREATE INDEX untold_that_are_held_back ON untold (number) WHERE is_held_back = 1;
+    )sql",
 };
 
 }  // namespace

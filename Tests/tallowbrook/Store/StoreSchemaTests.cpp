@@ -117,8 +117,9 @@ TEST(StoreSchema, isMadeFromNothing) {
     EXPECT_EQ(StoreSchema::version(database), 0);
     StoreSchema::migrate(database);
     EXPECT_EQ(StoreSchema::version(database), StoreSchema::currentVersion());
-    EXPECT_EQ(tables(database), (std::set<std::string>{"deliveries", "events", "notifications",
-                                                       "reminders", "sessions", "settings"}));
+    EXPECT_EQ(tables(database),
+              (std::set<std::string>{"deliveries", "events", "notifications", "reminders",
+                                     "sessions", "settings", "untold"}));
 }
 
 TEST(StoreSchema, thatIsCurrentIsLeftAlone) {
