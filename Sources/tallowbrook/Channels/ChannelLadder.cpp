@@ -1,16 +1,9 @@
 #include "Channels/ChannelLadder.h"
 
 #include <algorithm>
-#include <array>
-
-#include "Channels/DesktopChannel.h"
 
 namespace tallowbrook::host {
 namespace {
-
-constexpr std::array ladder{
-    ChannelRow{desktopChannelName, makeDesktopChannel},
-};
 
 bool isRuledOut(const ChannelChoice& choice, const Channel& channel) {
     return channel.isRung && !choice.allows(channel.name);
@@ -18,11 +11,9 @@ bool isRuledOut(const ChannelChoice& choice, const Channel& channel) {
 
 }  // namespace
 
-std::span<const ChannelRow> channelLadder() { return ladder; }
-
-std::vector<Channel> makeLadder() {
+std::vector<Channel> makeLadder(const ChannelTools& tools) {
     std::vector<Channel> channels;
-    for (const auto& row : channelLadder()) channels.push_back(row.make());
+    for (const auto& row : channelLadder()) channels.push_back(row.make(tools));
     return channels;
 }
 

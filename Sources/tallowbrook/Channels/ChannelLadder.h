@@ -9,21 +9,29 @@
 #include <vector>
 
 #include "Channels/Channel.h"
+#include "Channels/ProgramTeller.h"
+#include "Channels/TerminalNotifierChannel.h"
 #include "Preferences/ChannelChoice.h"
 
 namespace tallowbrook::host {
 
+// What channels need of their host.
+struct ChannelTools {
+    SayWhy say = [](const auto&) {};
+    FocusCommand focusCommand = [](const auto&) { return std::string{}; };
+};
+
 struct ChannelRow {
     std::string_view name;  // of `channelNames`
-    Channel (*make)();
+    Channel (*make)(const ChannelTools& tools);
 };
 
 // The rungs, from the best to the last resort. A channel that a machine cannot have is there too,
-// and says why.
+// and says why. One implementation per system.
 std::span<const ChannelRow> channelLadder();
 
 // One of each. None does anything before it is prepared.
-std::vector<Channel> makeLadder();
+std::vector<Channel> makeLadder(const ChannelTools& tools = {});
 
 // The names of those that are to tell what is decided now: every channel that is no rung; of the
 // rungs the first that is usable, or all usable ones that the user names.

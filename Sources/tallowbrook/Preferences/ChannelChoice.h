@@ -12,7 +12,8 @@
 namespace tallowbrook::host {
 
 // Every channel that can be chosen, by the name under which the outbox keeps its deliveries.
-inline constexpr std::array<std::string_view, 3> channelNames{"desktop", "terminal", "lines"};
+inline constexpr std::array<std::string_view, 6> channelNames{
+    "desktop", "terminal", "lines", "alerter", "terminal-notifier", "osascript"};
 
 struct ChannelChoice {
     std::vector<std::string> names;  // none: by what is there

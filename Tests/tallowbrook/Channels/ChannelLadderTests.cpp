@@ -74,7 +74,7 @@ TEST_F(Choosing, saysWhyAChannelIsUsedOrNot) {
 TEST(ChannelLadder, hasChannelsOfTheNamesThatCanBeChosen) {
     for (const auto& [name, make] : channelLadder()) {
         EXPECT_NE(std::ranges::find(channelNames, name), channelNames.end()) << name;
-        const auto channel = make();
+        const auto channel = make({});
         EXPECT_EQ(channel.name, name);
         EXPECT_TRUE(channel.isRung) << name;
     }
