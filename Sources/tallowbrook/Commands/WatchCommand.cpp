@@ -4,7 +4,9 @@
 #include <memory>
 
 #include "Channels/ChannelLadder.h"
+#include "Channels/ExecChannel.h"
 #include "Channels/LinesChannel.h"
+#include "Channels/ProgramText.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
@@ -12,6 +14,8 @@
 #include "Loop/EndRequest.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
+#include "Setup/ProgramLocation.h"
+#include "Store/Settings.h"
 #include "Watch/Host.h"
 
 namespace tallowbrook::host {
@@ -36,13 +40,38 @@ std::string sessionTable(Database& database) {
     return recentSessions(database, now).table(now);
 }
 
-int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
+// How a program that is no host brings a session to the front.
+std::string focusCommand(const TallowbrookPaths& paths, const std::string& sessionStorageID) {
+    const auto program = runningProgram();
+    if (!program) return {};
+    const auto id = sessionStorageID.substr(sessionStorageID.find('|') + 1);
+    return ProgramText::quoted(program->string()) + " --home " +
+           ProgramText::quoted(paths.home.string()) + " focus -- " + ProgramText::quoted(id);
+}
+
+// All but the lines, which every host has.
+std::vector<Channel> otherChannels(const TallowbrookPaths& paths, Database& database,
+                                   const std::optional<std::string>& exec,
+                                   const Troubles::Say& say) {
+    const SayWhy sayWhy = [say](const Sentence& sentence) { say(sentence.text()); };
+    auto channels = makeLadder({.say = sayWhy, .focusCommand = [paths](const std::string& session) {
+                                    return focusCommand(paths, session);
+                                }});
+    channels.push_back(makeExecChannel(
+        {.command = [&database,
+                     exec] { return exec ? *exec : Settings{database}.preferences().host.exec; },
+         .say = sayWhy}));
+    return channels;
+}
+
+int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode,
+            const std::optional<std::string>& exec) {
     PollLoop loop;
     const bool stays = mode == WatchMode::stay;
     const auto output = std::make_shared<PatientOutput>();
     const auto say = toUserAndLog(paths, mode);
     // Who looks once sees the lines, and is gone before another channel could answer.
-    auto channels = stays ? makeLadder() : std::vector<Channel>{};
+    auto channels = stays ? otherChannels(paths, database, exec, say) : std::vector<Channel>{};
     channels.insert(channels.begin(), stays ? makeLinesChannel(output) : makeLinesChannel());
     Host host{paths, database, std::move(channels), say};
     if (auto tried = host.tryToLead(); !tried)
@@ -58,7 +87,7 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
             "Signals cannot be received: " + endRequest.error().description() + ".");
     // First, so that a request to end comes before all else.
     const auto ending = loop.attach(endRequest->source(loop));
-    host.attachTo(loop);
+    if (stays) host.attachTo(loop);
 
     const bool passed = host.pass();
     const auto table = sessionTable(database);
@@ -77,18 +106,25 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
 
 }  // namespace
 
-int watch(const TallowbrookPaths& paths, WatchMode mode) {
+int watch(const TallowbrookPaths& paths, WatchMode mode, const std::optional<std::string>& exec) {
+    if (exec && mode == WatchMode::once)
+        return StandardStreams::fail("A host that looks once runs no program (--exec).",
+                                     ExitStatus::wrongUsage);
     // A reader that has gone is then an ordinary write error, which can be said.
     std::signal(SIGPIPE, SIG_IGN);
-    return withDatabase(paths, [&](Database& database) { return watchOn(paths, database, mode); });
+    return withDatabase(paths,
+                        [&](Database& database) { return watchOn(paths, database, mode, exec); });
 }
 
 void addWatchCommand(CommandLine& line) {
     const auto once = std::make_shared<bool>(false);
+    const auto exec = std::make_shared<std::optional<std::string>>();
     auto words = line.add("watch", "Read what the agents report and tell the user",
-                          [once](const TallowbrookPaths& paths) {
-                              return watch(paths, *once ? WatchMode::once : WatchMode::stay);
+                          [once, exec](const TallowbrookPaths& paths) {
+                              return watch(paths, *once ? WatchMode::once : WatchMode::stay, *exec);
                           });
+    words.addOption("--exec", "COMMAND", *exec,
+                    "Run this for each notification, which it reads as JSON");
     words.addFlag("--once", *once, "Read what is there, list the sessions, and end");
 }
 

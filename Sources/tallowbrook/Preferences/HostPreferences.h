@@ -2,7 +2,10 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
+#include <string>
 
+#include "Domain/Instant.h"
 #include "Notifications/NotificationPreferences.h"
 #include "Preferences/ChannelChoice.h"
 #include "Preferences/HostSettings.h"
@@ -14,6 +17,12 @@ struct HostPreferences {
     // `ReminderPolicy::intervalChoices`.
     std::chrono::minutes reminderInterval = defaultReminderInterval;
     ChannelChoice channels = {};
+    // The program of the user's that is run for each notification, for /bin/sh; empty: none.
+    std::string exec = {};
+    // Also of a session whose terminal the user looks at.
+    bool tellWhileLooking = false;
+    // When a pause is over by itself; absent: when the user says so.
+    std::optional<Instant> pausedUntil = {};
     bool operator==(const HostPreferences&) const = default;
 };
 
@@ -22,6 +31,10 @@ struct Preferences {
     NotificationPreferences notifications = defaultPreferences();
     HostPreferences host = {};
     bool operator==(const Preferences&) const = default;
+
+    // Not paused any more where the pause has ended by `now`; its end is there only while it is to
+    // come.
+    Preferences asOf(Instant now) const;
 };
 
 }  // namespace tallowbrook::host

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Notifications/ReminderPolicy.h"
+#include "Preferences/TimeOfDay.h"
 #include "Text/Digits.h"
 
 namespace tallowbrook::host {
@@ -27,16 +28,6 @@ bool parse(std::string_view value, Seconds& target) {
     if (!seconds || *seconds < 0 || *seconds > aYear) return false;
     target = Seconds{*seconds};
     return true;
-}
-
-// Minutes after midnight of "22:00". Both digits of the hour are asked for, so that what is shown
-// and what is typed look alike.
-std::optional<int> parseTimeOfDay(std::string_view text) {
-    if (text.size() != 5 || text[2] != ':') return std::nullopt;
-    const auto hour = parseNumber<unsigned>(text.substr(0, 2));
-    const auto minute = parseNumber<unsigned>(text.substr(3));
-    if (!hour || !minute || *hour > 23 || *minute > 59) return std::nullopt;
-    return static_cast<int>(*hour * 60 + *minute);
 }
 
 // A switch keeps the hours, so that they need not be typed again.
@@ -67,6 +58,16 @@ bool parse(std::string_view value, std::chrono::minutes& target) {
     return true;
 }
 
+// A command may hold anything but what would break the list of preferences.
+bool parse(std::string_view value, std::string& target) {
+    constexpr std::size_t longest = 4096;
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; };
+    if (value.empty() || value.size() > longest || std::ranges::any_of(value, isControl))
+        return false;
+    target = value == "off" ? "" : value;
+    return true;
+}
+
 bool parse(std::string_view value, ChannelChoice& target) {
     auto choice = ChannelChoice::parse(value);
     if (choice) target = std::move(*choice);
@@ -88,6 +89,8 @@ std::string text(std::chrono::minutes value) {
 }
 
 std::string text(const ChannelChoice& choice) { return choice.text(); }
+
+std::string text(const std::string& command) { return command.empty() ? "off" : command; }
 
 // A field of either record.
 template <typename Value>
@@ -126,6 +129,9 @@ constexpr std::array rows{
         "minutes of waiting after which you are reminded: off, 5, 10, 15 or 30"),
     row<&HostPreferences::channels>("channels",
                                     "where you are told: auto, or such as desktop,lines"),
+    row<&HostPreferences::exec>("exec", "run this command too, with the notification as JSON"),
+    row<&HostPreferences::tellWhileLooking>("tellWhileLooking",
+                                            "also of a session that you look at"),
 };
 
 }  // namespace

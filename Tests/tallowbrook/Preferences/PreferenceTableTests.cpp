@@ -46,6 +46,9 @@ TEST(PreferenceTable, changesTheNamedFieldAloneAndShowsItAsItIsSet) {
                  [](auto& to) { to.host.reminderInterval = minutes{30}; }},
              Row{"channels", "lines,desktop",
                  [](auto& to) { to.host.channels = {{"lines", "desktop"}}; }},
+             Row{"exec", "~/bin/push --to 'my phone' | cat",
+                 [](auto& to) { to.host.exec = "~/bin/push --to 'my phone' | cat"; }},
+             Row{"tellWhileLooking", "on", [](auto& to) { to.host.tellWhileLooking = true; }},
          }) {
         Preferences expected;
         change(expected);
