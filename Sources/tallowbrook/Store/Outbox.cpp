@@ -119,6 +119,14 @@ void Outbox::markRefused(std::int64_t notification, const std::string& channel) 
     execOn(update, 1, notification, channel);
 }
 
+void Outbox::holdBack(std::int64_t notification) {
+    const auto update = database_.prepared(
+        "UPDATE deliveries SET state = 'dropped' WHERE notification = ?"
+        " AND state IN ('pending', 'begun') AND state = 'pending'");
+    update->bind(1, notification);
+    update->exec();
+}
+
 bool Outbox::handOn(const std::string& channel, const std::vector<std::string>& others) {
     const auto open = pending(channel);
     for (const auto& delivery : open) {

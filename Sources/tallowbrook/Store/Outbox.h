@@ -65,6 +65,9 @@ class Outbox {
     // It will not be told by this channel.
     void markRefused(std::int64_t notification, const std::string& channel);
 
+    // No channel is to tell it any more, of those that have not begun.
+    void holdBack(std::int64_t notification);
+
     // What a channel has still to tell, and has not begun, is to be told by these instead, at once.
     // Tells whether there was anything.
     bool handOn(const std::string& channel, const std::vector<std::string>& others);

@@ -23,14 +23,22 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
       channels_{std::move(channels)},
       troubles_{std::move(say), paths_.databaseFile()},
       refused_{paths_},
-      watcher_{database,
-               {EventSource::spool({paths_})},
-               channels_,
-               troubles_,
-               {.now = currentInstant,
-                .calendar = Calendar::current,
-                .news = [this] { return refused_.takeNews(database_, currentInstant()); },
-                .clicked = std::move(clicked)}},
+      watcher_{
+          database,
+          {EventSource::spool({paths_})},
+          channels_,
+          troubles_,
+          {.now = currentInstant,
+           .calendar = Calendar::current,
+           .news = [this] { return refused_.takeNews(database_, currentInstant()); },
+           .clicked = std::move(clicked),
+           .looking = {
+               .ask =
+                   [this] {
+                       if (isAttached_) gaze_.ask();
+                   },
+               .isAwaited = [this] { return gaze_.isAwaited(); },
+               .isOn = [this](const SessionSnapshot& session) { return gaze_.isOn(session); }}}},
       onlooker_{database, channels_.front(), troubles_} {}
 
 std::expected<void, FileError> Host::tryToLead() {
@@ -81,6 +89,7 @@ bool Host::pass() {
 }
 
 void Host::attachTo(PollLoop& loop) {
+    isAttached_ = true;
     // Without a working signal the clock alone wakes.
     if (auto observer = SpoolSignal::Observer::start()) {
         signal_ = std::move(*observer);
@@ -98,17 +107,18 @@ void Host::attachTo(PollLoop& loop) {
         .interest = [this] { return clockInterest(); },
         .proceed = [this](short) { lookAround(); },
     }));
+    // What has come of a delivery is to be written down, and what waited for an answer is to be
+    // told.
+    const auto attach = [&](const PollSource& source) {
+        attachments_.push_back(loop.attach(
+            {.interest = source.interest, .proceed = [this, proceed = source.proceed](short ready) {
+                 proceed(ready);
+                 pass();
+             }}));
+    };
     for (const auto& channel : channels_)
-        if (channel.source)
-            attachments_.push_back(loop.attach({
-                .interest = channel.source->interest,
-                .proceed =
-                    [this, proceed = channel.source->proceed](short ready) {
-                        proceed(ready);
-                        // What has come of a delivery is to be written down.
-                        pass();
-                    },
-            }));
+        if (channel.source) attach(*channel.source);
+    attach(gaze_.source());
 }
 
 PollInterest Host::clockInterest() const {

@@ -9,6 +9,7 @@
 
 #include "EventBridge/SpoolSignal.h"
 #include "Loop/PollLoop.h"
+#include "Watch/Gaze.h"
 #include "Watch/HostLock.h"
 #include "Watch/Onlooker.h"
 #include "Watch/RefusedEvents.h"
@@ -52,10 +53,12 @@ class Host {
     std::vector<Channel> channels_;
     Troubles troubles_;
     RefusedEvents refused_;
+    Gaze gaze_;
     Watcher watcher_;
     Onlooker onlooker_;
     std::optional<HostLock> lock_;
 
+    bool isAttached_ = false;  // to a loop, without which no answer comes
     SpoolState seenSpool_;
     MonotonicTime nextLook_{};
     Instant seenClock_{};  // the time of day at the last look

@@ -39,14 +39,16 @@ Watcher::Watcher(Database& database, std::vector<EventSource> sources,
       sources_{std::move(sources)},
       channels_{channels},
       troubles_{troubles},
-      operations_{std::move(operations)} {}
+      operations_{std::move(operations)},
+      withholding_{operations_.looking} {}
 
 bool Watcher::pass() {
     nextDue_.reset();
     const bool done = troubles_.during([this] {
         // Read anew each time: another process may have changed them.
-        const auto preferences = Settings{database_}.preferences();
         const Instant now = operations_.now();
+        const auto preferences = Settings{database_}.preferences().asOf(now);
+        passBy(preferences.host.pausedUntil);
         prepareChannels(preferences.host.channels, channels_);
         chosen_ = chosenChannels(preferences.host.channels, channels_);
         if (!hasBegun_)
@@ -57,7 +59,7 @@ bool Watcher::pass() {
         remind(preferences, now);
         tellWhatWasMissed(preferences, now);
         hasBegun_ = true;
-        deliverAll(preferences.host.channels);
+        deliverAll(preferences, now);
     });
     if (!done) passBy(operations_.now() + timeToNextTry);
     return done;
@@ -119,14 +121,18 @@ void Watcher::tellWhatWasMissed(const Preferences& preferences, Instant now) {
     }
 }
 
-void Watcher::deliverAll(const ChannelChoice& choice) {
+void Watcher::deliverAll(const Preferences& preferences, Instant now) {
+    const auto& choice = preferences.host.channels;
     Outbox outbox{database_};
+    const bool mayTell = withholding_.run(database_, chosen_, Settings{database_}.mutes().asOf(now),
+                                          preferences.host.tellWhileLooking, now);
     const auto isChosen = [this](const Channel& channel) {
         return std::ranges::find(chosen_, channel.name) != chosen_.end();
     };
     for (const auto& channel : channels_) {
-        const auto outlook = isChosen(channel) ? deliver(channel, outbox, operations_.now)
-                                               : settle(channel, outbox, operations_.now());
+        const auto outlook = mayTell && isChosen(channel)
+                                 ? deliver(channel, outbox, operations_.now)
+                                 : settle(channel, outbox, operations_.now());
         for (const auto notification : outlook.clicked)
             if (const auto session = outbox.sessionOf(notification)) operations_.clicked(*session);
         if (outlook.failed) troubles_.add(notTold(channel));

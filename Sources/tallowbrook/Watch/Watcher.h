@@ -13,6 +13,7 @@
 #include "Store/Database.h"
 #include "Watch/EventSource.h"
 #include "Watch/Troubles.h"
+#include "Watch/Withholding.h"
 
 namespace tallowbrook::host {
 
@@ -25,6 +26,8 @@ struct WatcherOperations {
     // The user has clicked on what was told of a session, which is given by its storage id; empty
     // where it was told of several.
     std::function<void(const std::string& sessionStorageID)> clicked = [](const auto&) {};
+    // What the user looks at is not told.
+    Looking looking = {};
 };
 
 // Used by one thread; of several processes on one home the holder of the host's lock alone.
@@ -51,7 +54,7 @@ class Watcher {
     void ingest(const Preferences& preferences, Instant now);
     void remind(const Preferences& preferences, Instant now);
     void tellWhatWasMissed(const Preferences& preferences, Instant now);
-    void deliverAll(const ChannelChoice& choice);
+    void deliverAll(const Preferences& preferences, Instant now);
     void passBy(std::optional<Instant> time);
 
     Database& database_;
@@ -59,6 +62,7 @@ class Watcher {
     const std::vector<Channel>& channels_;
     Troubles& troubles_;
     WatcherOperations operations_;
+    Withholding withholding_;
 
     bool hasBegun_ = false;  // the first pass is done
     bool missesNothing_ = false;
