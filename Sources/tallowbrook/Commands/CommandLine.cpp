@@ -9,6 +9,8 @@
 #include "Commands/ExplainCommand.h"
 #include "Commands/FocusCommand.h"
 #include "Commands/HealthCommand.h"
+#include "Commands/MuteCommand.h"
+#include "Commands/PauseCommand.h"
 #include "Commands/PreferencesCommand.h"
 #include "Commands/SessionsCommand.h"
 #include "Commands/SetupCommand.h"
@@ -76,6 +78,8 @@ CommandLine::CommandLine()
     addSessionsCommand(*this);
     addExplainCommand(*this);
     addFocusCommands(*this);
+    addPauseCommands(*this);
+    addMuteCommands(*this);
     addPreferencesCommand(*this);
     addSetupCommands(*this);
     addBackupsCommands(*this);
