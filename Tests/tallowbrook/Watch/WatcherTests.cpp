@@ -108,6 +108,24 @@ TEST_F(Watching, wakesForAReminderByItsOwnTime) {
     EXPECT_EQ(watcher.nextDue(), sampleTime + minutes{20});
 }
 
+TEST_F(Watching, wakesAtTheEndOfAPauseAndTellsFromThereOn) {
+    Preferences paused;
+    paused.notifications.paused = true;
+    paused.host.pausedUntil = now + minutes{30};
+    Settings{database}.setPreferences(paused);
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+    ASSERT_EQ(watcher.nextDue(), now + minutes{30});
+    now = *watcher.nextDue();
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code is still waiting for permission"});
+    waiting = {eventOf("S2", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code finished"});
+}
+
 TEST_F(Watching, remindsAnIntervalAfterTheClockWasSetBack) {
     auto watcher = makeWatcher();
     waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
