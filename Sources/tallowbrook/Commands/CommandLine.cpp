@@ -10,6 +10,7 @@
 #include "Commands/FocusCommand.h"
 #include "Commands/HealthCommand.h"
 #include "Commands/MuteCommand.h"
+#include "Commands/NotifyCommand.h"
 #include "Commands/PauseCommand.h"
 #include "Commands/PreferencesCommand.h"
 #include "Commands/SessionsCommand.h"
@@ -81,6 +82,7 @@ CommandLine::CommandLine()
     addPauseCommands(*this);
     addMuteCommands(*this);
     addPreferencesCommand(*this);
+    addNotifyCommand(*this);
     addSetupCommands(*this);
     addBackupsCommands(*this);
     addHealthCommand(*this);
