@@ -159,6 +159,7 @@ TEST_F(OnADesktop, aTestNotificationSaysWhatIsInTheWay) {
     EXPECT_EQ(home.host({"notify", "--test"}),
               (ProgramResult{.status = 3,
                              .output = "desktop: no notification service on the session bus\n"
+                                       "terminal: the host runs on no terminal\n"
                                        "Nothing can be shown but the lines of \"tallowbrook "
                                        "watch\".\n"}));
     home.environment["DBUS_SESSION_BUS_ADDRESS"] = std::nullopt;

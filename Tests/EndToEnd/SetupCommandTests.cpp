@@ -145,7 +145,7 @@ TEST(Setup, offersATestNotificationAtItsEnd) {
     EXPECT_EQ(tried.status, 0) << tried.errors;
     const auto place = tried.output.find(question);
     ASSERT_NE(place, std::string::npos) << tried.output;
-    EXPECT_THAT(tried.output.substr(place + question.size()), testing::StartsWith("desktop: "));
+    EXPECT_THAT(tried.output.substr(place + question.size()), testing::StartsWith("terminal: "));
 
     const auto refused = home.hostWithAnswers({"setup", "claude-code"}, {""});
     EXPECT_EQ(refused.status, 0);

@@ -118,7 +118,9 @@ int testEach(const ChannelChoice& choice, seconds patience) {
             "Signals cannot be received: " + endRequest.error().description() + ".");
     const auto ending = loop.attach(endRequest->source(loop));
 
-    const auto channels = makeLadder();
+    const auto channels =
+        makeLadder({.say = [](const Sentence& sentence) { StandardStreams::complain(sentence); },
+                    .focusCommand = [](const std::string&) { return std::string{}; }});
     findOut(choice, channels);
     const auto chosen = chosenChannels(choice, channels);
     if (chosen.empty()) {
