@@ -24,7 +24,8 @@ TEST(Preferences, areShownAndChanged) {
         "maxEventAge          600          seconds after which an event is too old to tell\n"
         "playSound            on           with a sound\n"
         "reminderInterval     10           minutes of waiting after which you are reminded: off, "
-        "5, 10, 15 or 30\n";
+        "5, 10, 15 or 30\n"
+        "channels             auto         where you are told: auto, or such as desktop,lines\n";
     EXPECT_EQ(home.host({"preferences"}), (ProgramResult{.status = 0, .output = before}));
 
     auto after = before;

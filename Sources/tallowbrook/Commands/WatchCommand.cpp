@@ -3,6 +3,7 @@
 #include <csignal>
 #include <memory>
 
+#include "Channels/ChannelLadder.h"
 #include "Channels/LinesChannel.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
@@ -40,7 +41,10 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
     const bool stays = mode == WatchMode::stay;
     const auto output = std::make_shared<PatientOutput>();
     const auto say = toUserAndLog(paths, mode);
-    Host host{paths, database, {stays ? makeLinesChannel(output) : makeLinesChannel()}, say};
+    // Who looks once sees the lines, and is gone before another channel could answer.
+    auto channels = stays ? makeLadder() : std::vector<Channel>{};
+    channels.insert(channels.begin(), stays ? makeLinesChannel(output) : makeLinesChannel());
+    Host host{paths, database, std::move(channels), say};
     if (auto tried = host.tryToLead(); !tried)
         return StandardStreams::fail(
             "The lock of this home cannot be taken: " + tried.error().description() + ".");

@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "Notifications/NotificationPreferences.h"
+#include "Preferences/ChannelChoice.h"
 #include "Preferences/HostSettings.h"
 
 namespace tallowbrook::host {
@@ -12,6 +13,7 @@ struct HostPreferences {
     // How long a session waits before each reminder of it: zero for no reminders, else one of
     // `ReminderPolicy::intervalChoices`.
     std::chrono::minutes reminderInterval = defaultReminderInterval;
+    ChannelChoice channels = {};
     bool operator==(const HostPreferences&) const = default;
 };
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "Notifications/ReminderPolicy.h"
 #include "Text/Digits.h"
@@ -66,6 +67,12 @@ bool parse(std::string_view value, std::chrono::minutes& target) {
     return true;
 }
 
+bool parse(std::string_view value, ChannelChoice& target) {
+    auto choice = ChannelChoice::parse(value);
+    if (choice) target = std::move(*choice);
+    return choice.has_value();
+}
+
 std::string text(bool value) { return value ? "on" : "off"; }
 
 std::string text(Seconds value) { return fmt::format("{}", value.count()); }
@@ -79,6 +86,8 @@ std::string text(const QuietHours& hours) {
 std::string text(std::chrono::minutes value) {
     return value.count() > 0 ? std::to_string(value.count()) : "off";
 }
+
+std::string text(const ChannelChoice& choice) { return choice.text(); }
 
 // A field of either record.
 template <typename Value>
@@ -115,6 +124,8 @@ constexpr std::array rows{
     row<&HostPreferences::reminderInterval>(
         "reminderInterval",
         "minutes of waiting after which you are reminded: off, 5, 10, 15 or 30"),
+    row<&HostPreferences::channels>("channels",
+                                    "where you are told: auto, or such as desktop,lines"),
 };
 
 }  // namespace

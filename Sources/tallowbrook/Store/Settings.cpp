@@ -9,6 +9,7 @@ namespace {
 
 constexpr const char* preferencesKey = "notificationPreferences";
 constexpr const char* reminderIntervalKey = "reminderIntervalMinutes";
+constexpr const char* channelsKey = "channels";
 constexpr const char* helperLogKey = "toldOfHelperLog";
 constexpr const char* waitingCycleKey = "waitingCycle";
 
@@ -41,12 +42,15 @@ Preferences Settings::preferences() {
     if (const auto stored = value(reminderIntervalKey))
         if (const auto minutes = parseNumber<int>(*stored))
             preferences.host.reminderInterval = std::chrono::minutes{*minutes};
+    if (const auto stored = value(channelsKey))
+        preferences.host.channels = ChannelChoice::parse(*stored).value_or(ChannelChoice{});
     return preferences;
 }
 
 void Settings::setPreferences(const Preferences& preferences) {
     setValue(preferencesKey, NotificationPreferencesCoding::encode(preferences.notifications));
     setValue(reminderIntervalKey, std::to_string(preferences.host.reminderInterval.count()));
+    setValue(channelsKey, preferences.host.channels.text());
 }
 
 WaitingCycle Settings::waitingCycle() {

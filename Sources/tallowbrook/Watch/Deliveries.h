@@ -1,8 +1,10 @@
 // Hands what is in the outbox over to the channels, and writes down what came of it.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "Channels/Channel.h"
 #include "Store/Outbox.h"
@@ -10,9 +12,13 @@
 namespace tallowbrook::host {
 
 struct DeliveryOutlook {
-    bool failed = false;          // an attempt that was made now
-    std::optional<Instant> next;  // when the next attempt is due
+    bool failed = false;                // an attempt that was made now
+    std::optional<Instant> next;        // when the next attempt is due
+    std::vector<std::int64_t> clicked;  // notifications
 };
+
+// Writes down what has become of the channel's deliveries, and begins none. Otherwise as `deliver`.
+DeliveryOutlook settle(const Channel& channel, Outbox& outbox, Instant now);
 
 // Writes down what has become of the channel's deliveries, then makes one attempt at each that is
 // pending and due, in the order of the decisions. Stops at the first that fails or is not due, so

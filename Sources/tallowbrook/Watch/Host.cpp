@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds onlookersLook{500};
 }  // namespace
 
 Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
-           Troubles::Say say)
+           Troubles::Say say, std::function<void(const std::string&)> clicked)
     : paths_{std::move(paths)},
       database_{database},
       channels_{std::move(channels)},
@@ -29,7 +29,8 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
                troubles_,
                {.now = currentInstant,
                 .calendar = Calendar::current,
-                .news = [this] { return refused_.takeNews(database_, currentInstant()); }}},
+                .news = [this] { return refused_.takeNews(database_, currentInstant()); },
+                .clicked = std::move(clicked)}},
       onlooker_{database, channels_.front(), troubles_} {}
 
 std::expected<void, FileError> Host::tryToLead() {

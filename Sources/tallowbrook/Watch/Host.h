@@ -3,6 +3,7 @@
 #pragma once
 
 #include <expected>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -21,8 +22,11 @@ class Host {
  public:
     // The database must outlive the host. The first channel shows what another host tells. Throws
     // SQLite::Exception when the database fails.
-    Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
-         Troubles::Say say);
+    // `clicked` is told of the user's clicks as a watcher's is.
+    Host(
+        TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
+        Troubles::Say say,
+        std::function<void(const std::string& sessionStorageID)> clicked = [](const auto&) {});
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 

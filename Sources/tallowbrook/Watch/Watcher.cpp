@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include "Channels/ChannelLadder.h"
+#include "Channels/LinesChannel.h"
 #include "Store/Outbox.h"
 #include "Store/Settings.h"
 #include "Watch/Absence.h"
@@ -17,8 +19,16 @@ namespace {
 
 // What could not be done is tried again: a lock is free by then, a disk has room.
 constexpr std::chrono::seconds timeToNextTry{2};
-constexpr const char* notTold =
-    "Standard output cannot be written. What is to be told is kept for the next try.";
+
+std::string notTold(const Channel& channel) {
+    constexpr const char* keeping = "What is to be told is kept for the next try.";
+    if (channel.name == linesChannelName)
+        return Sentence{"Standard output cannot be written"}.followedBy(keeping).text();
+    return Sentence{
+        fmt::format("The channel \"{}\" failed: {}", channel.name, channel.state().reason)}
+        .followedBy(keeping)
+        .text();
+}
 
 }  // namespace
 
@@ -37,6 +47,8 @@ bool Watcher::pass() {
         // Read anew each time: another process may have changed them.
         const auto preferences = Settings{database_}.preferences();
         const Instant now = operations_.now();
+        prepareChannels(preferences.host.channels, channels_);
+        chosen_ = chosenChannels(preferences.host.channels, channels_);
         if (!hasBegun_)
             for (const auto& channel : channels_)
                 Outbox{database_}.recover(channel.name, !channel.state().toldTwiceHarms);
@@ -45,14 +57,14 @@ bool Watcher::pass() {
         remind(preferences, now);
         tellWhatWasMissed(preferences, now);
         hasBegun_ = true;
-        deliverAll();
+        deliverAll(preferences.host.channels);
     });
     if (!done) passBy(operations_.now() + timeToNextTry);
     return done;
 }
 
 void Watcher::ingest(const Preferences& preferences, Instant now) {
-    const Ingest ingest{preferences.notifications, operations_.calendar(), usableChannels()};
+    const Ingest ingest{preferences.notifications, operations_.calendar(), chosen_};
     for (const auto& source : sources_) {
         auto report = ingest.run(source, database_, now);
         for (auto& trouble : report.troubles) troubles_.add(std::move(trouble));
@@ -88,7 +100,7 @@ void Watcher::remind(const Preferences& preferences, Instant now) {
         if (piledUp) {
             outbox.setReminderCount(reminder.session, reminder.count);
         } else {
-            Reminders::tell(reminder, outbox, now, usableChannels());
+            Reminders::tell(reminder, outbox, now, chosen_);
             // Its reminder says more of one session than a count.
             missed_.erase(reminder.session.storageID());
         }
@@ -102,25 +114,33 @@ void Watcher::tellWhatWasMissed(const Preferences& preferences, Instant now) {
     if (const auto content = awayNotification(missed, preferences.notifications, database_, now,
                                               operations_.calendar())) {
         auto transaction = database_.beginWriting();
-        Outbox{database_}.add(*content, now, now, usableChannels());
+        Outbox{database_}.add(*content, now, now, chosen_);
         transaction.commit();
     }
 }
 
-void Watcher::deliverAll() {
+void Watcher::deliverAll(const ChannelChoice& choice) {
     Outbox outbox{database_};
+    const auto isChosen = [this](const Channel& channel) {
+        return std::ranges::find(chosen_, channel.name) != chosen_.end();
+    };
     for (const auto& channel : channels_) {
-        const auto outlook = deliver(channel, outbox, operations_.now);
-        if (outlook.failed) troubles_.add(notTold);
+        const auto outlook = isChosen(channel) ? deliver(channel, outbox, operations_.now)
+                                               : settle(channel, outbox, operations_.now());
+        for (const auto notification : outlook.clicked)
+            if (const auto session = outbox.sessionOf(notification)) operations_.clicked(*session);
+        if (outlook.failed) troubles_.add(notTold(channel));
         passBy(outlook.next);
     }
-}
-
-std::vector<std::string> Watcher::usableChannels() const {
-    std::vector<std::string> names;
+    // Only now: a delivery may have shown that a channel is not usable.
+    chosen_ = chosenChannels(choice, channels_);
+    std::vector<std::string> standIns;
     for (const auto& channel : channels_)
-        if (channel.state().isUsable) names.push_back(channel.name);
-    return names;
+        if (channel.isRung && isChosen(channel)) standIns.push_back(channel.name);
+    if (standIns.empty()) return;
+    for (const auto& channel : channels_)
+        if (channel.isRung && !isChosen(channel) && outbox.handOn(channel.name, standIns))
+            passBy(operations_.now());
 }
 
 void Watcher::passBy(std::optional<Instant> time) {

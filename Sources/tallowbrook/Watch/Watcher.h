@@ -22,6 +22,9 @@ struct WatcherOperations {
     std::function<Calendar()> calendar = Calendar::current;
     // What is to be said once beside the events; asked in each pass. May throw SQLite::Exception.
     std::function<std::optional<Sentence>()> news = [] { return std::nullopt; };
+    // The user has clicked on what was told of a session, which is given by its storage id; empty
+    // where it was told of several.
+    std::function<void(const std::string& sessionStorageID)> clicked = [](const auto&) {};
 };
 
 // Used by one thread; of several processes on one home the holder of the host's lock alone.
@@ -48,8 +51,7 @@ class Watcher {
     void ingest(const Preferences& preferences, Instant now);
     void remind(const Preferences& preferences, Instant now);
     void tellWhatWasMissed(const Preferences& preferences, Instant now);
-    void deliverAll();
-    std::vector<std::string> usableChannels() const;
+    void deliverAll(const ChannelChoice& choice);
     void passBy(std::optional<Instant> time);
 
     Database& database_;
@@ -62,6 +64,7 @@ class Watcher {
     bool missesNothing_ = false;
     std::set<std::string> missed_;  // sessions, by storage id; until the first pass is done
     std::optional<Instant> nextDue_;
+    std::vector<std::string> chosen_;  // channels, as of this pass
 };
 
 }  // namespace tallowbrook::host

@@ -19,6 +19,7 @@ Preferences someChosen() {
     preferences.notifications.quietHours = QuietHours{true, 1320, 420};
     preferences.notifications.dedupeInterval = Seconds{2.5};
     preferences.host.reminderInterval = std::chrono::minutes{0};
+    preferences.host.channels = {{"desktop", "lines"}};
     return preferences;
 }
 

@@ -35,6 +35,7 @@ struct Watching : testing::Test {
     FakeChannel fake;
     std::vector<Channel> channels{fake.channel()};
     Texts said;
+    Texts clicked;  // sessions
     Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); },
                       home.paths.databaseFile()};
 
@@ -56,13 +57,15 @@ struct Watching : testing::Test {
     }
 
     Watcher makeWatcher() {
-        return Watcher{database,
-                       {events()},
-                       channels,
-                       troubles,
-                       {.now = [this] { return now; },
-                        .calendar = [] { return Calendar::fixed(minutes{0}); },
-                        .news = [] { return std::nullopt; }}};
+        return Watcher{
+            database,
+            {events()},
+            channels,
+            troubles,
+            {.now = [this] { return now; },
+             .calendar = [] { return Calendar::fixed(minutes{0}); },
+             .news = [] { return std::nullopt; },
+             .clicked = [this](const std::string& session) { clicked.push_back(session); }}};
     }
 
     void storeWaiting(const std::string& id, Instant since) {
@@ -226,6 +229,83 @@ TEST_F(Watching, tellsByEveryChannelThatIsUsable) {
     EXPECT_TRUE(watcher.pass());
     EXPECT_EQ(fake.takeHeard().size(), 1U);
     EXPECT_TRUE(other.takeHeard().empty());
+}
+
+// A watcher with a ladder of two rungs beside its lines.
+struct WatchingALadder : Watching {
+    FakeChannel desktop;
+    FakeChannel terminal;
+
+    WatchingALadder() {
+        desktop.state->isRung = terminal.state->isRung = true;
+        channels = {fake.channel(), desktop.channel("desktop"), terminal.channel("terminal")};
+    }
+
+    std::string deliveries() const {
+        return home.text("SELECT group_concat(channel || ' ' || state) FROM deliveries");
+    }
+};
+
+TEST_F(WatchingALadder, tellsByTheFirstRungAlone) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(deliveries(), "desktop told,lines told");
+}
+
+TEST_F(WatchingALadder, letsTheNextRungStandInForOneThatTurnsOutNotToBeUsable) {
+    auto watcher = makeWatcher();
+    desktop.state->answers = {FakeChannel::Answer::later};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(deliveries(), "desktop begun,lines told");
+
+    desktop.state->isUsable = false;
+    desktop.state->events = {{ChannelEvent::Kind::failed, desktop.state->begun.front()}};
+    EXPECT_FALSE(watcher.pass());
+    EXPECT_EQ(said, Texts{"The channel \"desktop\" failed: as the test wants it. What is to be "
+                          "told is kept for the next try."});
+    EXPECT_EQ(watcher.nextDue(), now);
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(deliveries(), "desktop refused,lines told,terminal told");
+    EXPECT_EQ(terminal.takeHeard(), Texts{"Claude Code needs permission"});
+}
+
+TEST_F(WatchingALadder, keepsWhatNoRungCanTellUntilOneCan) {
+    auto watcher = makeWatcher();
+    terminal.state->isUsable = false;
+    desktop.state->answers = {FakeChannel::Answer::fails};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    EXPECT_FALSE(watcher.pass());
+    desktop.state->isUsable = false;
+    now = *watcher.nextDue();
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(desktop.state->begun.size(), 1U) << "no attempt without a chance";
+    EXPECT_EQ(deliveries(), "desktop pending,lines told");
+
+    desktop.state->isUsable = true;
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(deliveries(), "desktop told,lines told");
+}
+
+TEST_F(WatchingALadder, tellsWhichSessionWasClicked) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    desktop.state->events = {{ChannelEvent::Kind::clicked, desktop.state->begun.front()},
+                             {ChannelEvent::Kind::clicked, 999}};
+    watcher.pass();
+    EXPECT_EQ(clicked, Texts{"claudeCode|S1"});
+}
+
+TEST_F(WatchingALadder, asksNothingOfAChannelThatTheUserHasRuledOut) {
+    Settings{database}.setPreferences(
+        {.notifications = defaultPreferences(), .host = {.channels = {{"terminal"}}}});
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_EQ(desktop.state->prepared, 0);
+    EXPECT_EQ(deliveries(), "lines told,terminal told");
 }
 
 }  // namespace

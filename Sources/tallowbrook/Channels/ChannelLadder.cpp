@@ -1,0 +1,64 @@
+#include "Channels/ChannelLadder.h"
+
+#include <algorithm>
+#include <array>
+
+#include "Channels/DesktopChannel.h"
+
+namespace tallowbrook::host {
+namespace {
+
+constexpr std::array ladder{
+    ChannelRow{desktopChannelName, makeDesktopChannel},
+};
+
+bool isRuledOut(const ChannelChoice& choice, const Channel& channel) {
+    return channel.isRung && !choice.allows(channel.name);
+}
+
+}  // namespace
+
+std::span<const ChannelRow> channelLadder() { return ladder; }
+
+std::vector<Channel> makeLadder() {
+    std::vector<Channel> channels;
+    for (const auto& row : channelLadder()) channels.push_back(row.make());
+    return channels;
+}
+
+std::vector<std::string> chosenChannels(const ChannelChoice& choice,
+                                        const std::vector<Channel>& channels) {
+    std::vector<std::string> names;
+    bool hasRung = false;
+    for (const auto& channel : channels) {
+        if (isRuledOut(choice, channel) || !channel.state().isUsable) continue;
+        if (channel.isRung && hasRung && choice.isAutomatic()) continue;
+        hasRung = hasRung || channel.isRung;
+        names.push_back(channel.name);
+    }
+    return names;
+}
+
+void prepareChannels(const ChannelChoice& choice, const std::vector<Channel>& channels) {
+    for (const auto& channel : channels)
+        if (!isRuledOut(choice, channel)) channel.prepare();
+}
+
+std::vector<ChannelReport> channelReports(const ChannelChoice& choice,
+                                          const std::vector<Channel>& channels) {
+    const auto chosen = chosenChannels(choice, channels);
+    std::vector<ChannelReport> reports;
+    for (const auto& channel : channels) {
+        const bool isChosen = std::ranges::find(chosen, channel.name) != chosen.end();
+        const auto state = channel.state();
+        auto reason = state.reason;
+        if (isRuledOut(choice, channel))
+            reason = "not among the channels that you chose";
+        else if (state.isUsable && !isChosen)
+            reason = "a better channel is used";
+        reports.push_back({channel.name, isChosen, std::move(reason)});
+    }
+    return reports;
+}
+
+}  // namespace tallowbrook::host
