@@ -39,7 +39,8 @@ struct FakeChannel {
                 [kept] {
                     return ChannelState{.isUsable = kept->isUsable,
                                         .reason = "as the test wants it",
-                                        .withdraws = true,
+                                        .replaces = kept->isRung,
+                                        .withdraws = kept->isRung,
                                         .toldTwiceHarms = kept->toldTwiceHarms};
                 },
             .prepare = [kept] { ++kept->prepared; },

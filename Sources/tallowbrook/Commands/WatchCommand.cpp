@@ -9,15 +9,19 @@
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticLog.h"
+#include "Loop/ChildPrograms.h"
 #include "Loop/EndRequest.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
+#include "Setup/ProgramLocation.h"
 #include "Watch/Host.h"
 
 namespace tallowbrook::host {
 namespace {
 
 constexpr std::int64_t maxLogBytes = 262144;
+// Each of the programs that it asks is bounded by less.
+constexpr std::chrono::seconds timeToFocus{60};
 
 Troubles::Say toUserAndLog(const TallowbrookPaths& paths, WatchMode mode) {
     return
@@ -29,6 +33,26 @@ Troubles::Say toUserAndLog(const TallowbrookPaths& paths, WatchMode mode) {
                 StandardStreams::complainUnlessStalled(sentence);
             log.append("watch: " + sentence, currentInstant());
         };
+}
+
+// In a program of its own, since finding a window may take seconds.
+void showClicked(const std::string& session, const TallowbrookPaths& paths, ChildPrograms& programs,
+                 const Troubles::Say& say) {
+    std::vector<std::string> words{"--home", paths.home.string()};
+    // What tells of several sessions leads to the first that waits.
+    if (session.empty())
+        words.emplace_back("next");
+    else
+        words.insert(words.end(), {"focus", session});
+    const auto ended = [say](int status, const std::string& output) {
+        if (status == ExitStatus::done) return;
+        say("The window behind the clicked notification was not found. " +
+            (status == ExitStatus::notInOrder ? output.substr(0, output.find_last_not_of('\n') + 1)
+                                              : std::string{"\"tallowbrook focus\" says why."}));
+    };
+    const auto program = runningProgram();
+    if (!program || !programs.run(program->string(), words, timeToFocus, ended))
+        say("A click on a notification could not be followed: no program can be started.");
 }
 
 std::string sessionTable(Database& database) {
@@ -44,7 +68,9 @@ int watchOn(const TallowbrookPaths& paths, Database& database, WatchMode mode) {
     // Who looks once sees the lines, and is gone before another channel could answer.
     auto channels = stays ? makeLadder() : std::vector<Channel>{};
     channels.insert(channels.begin(), stays ? makeLinesChannel(output) : makeLinesChannel());
-    Host host{paths, database, std::move(channels), say};
+    ChildPrograms programs{loop};
+    Host host{paths, database, std::move(channels), say,
+              [&](const std::string& session) { showClicked(session, paths, programs, say); }};
     if (auto tried = host.tryToLead(); !tried)
         return StandardStreams::fail(
             "The lock of this home cannot be taken: " + tried.error().description() + ".");

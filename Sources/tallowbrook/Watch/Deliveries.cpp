@@ -46,8 +46,8 @@ DeliveryOutlook settle(const Channel& channel, Outbox& outbox, Instant now) {
     return outlook;
 }
 
-DeliveryOutlook deliver(const Channel& channel, Outbox& outbox,
-                        const std::function<Instant()>& now) {
+DeliveryOutlook deliver(const Channel& channel, Outbox& outbox, const std::function<Instant()>& now,
+                        const std::function<bool(const NotificationContent&)>& isOver) {
     auto outlook = settle(channel, outbox, now());
     if (outlook.failed) return outlook;
     for (const auto& delivery : outbox.pending(channel.name)) {
@@ -56,13 +56,19 @@ DeliveryOutlook deliver(const Channel& channel, Outbox& outbox,
             break;
         }
         const auto number = delivery.notification.number;
-        const bool recordsFirst = channel.state().toldTwiceHarms;
-        if (recordsFirst) outbox.markBegun(number, channel.name);
-        channel.begin({number, delivery.notification.content});
+        const auto& content = delivery.notification.content;
+        const auto state = channel.state();
+        if (state.withdraws && isOver(content)) {
+            outbox.markRefused(number, channel.name);
+            continue;
+        }
+        if (state.toldTwiceHarms) outbox.markBegun(number, channel.name);
+        channel.begin({number, content});
+        outlook.begun.push_back(content);
         const bool hasCome = settleInto(outlook, channel, outbox, now(), number);
         if (outlook.failed) break;
         // Its answer will come later; until then it must not be begun again.
-        if (!hasCome && !recordsFirst) outbox.markBegun(number, channel.name);
+        if (!hasCome && !state.toldTwiceHarms) outbox.markBegun(number, channel.name);
     }
     return outlook;
 }

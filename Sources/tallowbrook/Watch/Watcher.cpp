@@ -78,8 +78,14 @@ void Watcher::ingest(const Preferences& preferences, Instant now) {
     }
     const auto oldest =
         now - std::chrono::duration_cast<Instant::duration>(preferences.notifications.maxEventAge);
-    for (const auto& dropped : Outbox{database_}.dropOlderThan(oldest))
-        missed_.insert(dropped.content.sessionStorageID);
+    const auto dropped = Outbox{database_}.dropOlderThan(oldest);
+    for (const auto& notification : dropped) missed_.insert(notification.content.sessionStorageID);
+    // A host that starts tells of these in one line.
+    if (hasBegun_ && !dropped.empty())
+        troubles_.sayOnce(fmt::format("{} could be told by no channel until too old.",
+                                      dropped.size() == 1
+                                          ? "One notification"
+                                          : fmt::format("{} notifications", dropped.size())));
 }
 
 void Watcher::remind(const Preferences& preferences, Instant now) {
@@ -124,14 +130,19 @@ void Watcher::deliverAll(const ChannelChoice& choice) {
     const auto isChosen = [this](const Channel& channel) {
         return std::ranges::find(chosen_, channel.name) != chosen_.end();
     };
+    const auto isOver = [this](const NotificationContent& content) {
+        return Withdrawals::isOver(content, database_);
+    };
     for (const auto& channel : channels_) {
-        const auto outlook = isChosen(channel) ? deliver(channel, outbox, operations_.now)
+        const auto outlook = isChosen(channel) ? deliver(channel, outbox, operations_.now, isOver)
                                                : settle(channel, outbox, operations_.now());
+        for (const auto& content : outlook.begun) withdrawals_.note(channel, content);
         for (const auto notification : outlook.clicked)
             if (const auto session = outbox.sessionOf(notification)) operations_.clicked(*session);
         if (outlook.failed) troubles_.add(notTold(channel));
         passBy(outlook.next);
     }
+    withdrawals_.look(channels_, database_);
     // Only now: a delivery may have shown that a channel is not usable.
     chosen_ = chosenChannels(choice, channels_);
     std::vector<std::string> standIns;

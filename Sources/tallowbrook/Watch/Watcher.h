@@ -13,6 +13,7 @@
 #include "Store/Database.h"
 #include "Watch/EventSource.h"
 #include "Watch/Troubles.h"
+#include "Watch/Withdrawals.h"
 
 namespace tallowbrook::host {
 
@@ -64,6 +65,7 @@ class Watcher {
     bool missesNothing_ = false;
     std::set<std::string> missed_;  // sessions, by storage id; until the first pass is done
     std::optional<Instant> nextDue_;
+    Withdrawals withdrawals_;
     std::vector<std::string> chosen_;  // channels, as of this pass
 };
 

@@ -298,6 +298,56 @@ TEST_F(WatchingALadder, tellsWhichSessionWasClicked) {
     EXPECT_EQ(clicked, Texts{"claudeCode|S1"});
 }
 
+TEST_F(WatchingALadder, takesBackWhatAskedForTheUserOnceTheSessionGoesOn) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now),
+               eventOf("S2", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    watcher.pass();
+    EXPECT_EQ(desktop.state->withdrawn, Texts{}) << "both still wait";
+
+    waiting = {eventOf("S1", EventCategory::activity, now + seconds{5})};
+    now += seconds{5};
+    watcher.pass();
+    watcher.pass();
+    EXPECT_EQ(desktop.state->withdrawn, Texts{"claudeCode|S1"});
+    EXPECT_EQ(terminal.state->withdrawn, Texts{});
+}
+
+TEST_F(WatchingALadder, leavesWhatTookThePlaceOfARequest) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += seconds{5};
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    EXPECT_EQ(desktop.takeHeard(), (Texts{"Claude Code needs permission", "Claude Code finished"}));
+    EXPECT_EQ(desktop.state->withdrawn, Texts{});
+}
+
+TEST_F(WatchingALadder, sparesTheUserARequestThatIsOverAlready) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now),
+               eventOf("S1", EventCategory::activity, now + seconds{1})};
+    now += seconds{1};
+    watcher.pass();
+    EXPECT_EQ(desktop.takeHeard(), Texts{});
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"}) << "lines are a record";
+    EXPECT_EQ(deliveries(), "desktop refused,lines told");
+}
+
+TEST_F(WatchingALadder, saysWhatNoChannelCouldTellInTime) {
+    auto watcher = makeWatcher();
+    watcher.pass();
+    fake.state->isUsable = terminal.state->isUsable = false;
+    desktop.state->answers = {FakeChannel::Answer::later};
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    now += minutes{30};
+    watcher.pass();
+    EXPECT_EQ(said, Texts{"One notification could be told by no channel until too old."});
+}
+
 TEST_F(WatchingALadder, asksNothingOfAChannelThatTheUserHasRuledOut) {
     Settings{database}.setPreferences(
         {.notifications = defaultPreferences(), .host = {.channels = {{"terminal"}}}});
