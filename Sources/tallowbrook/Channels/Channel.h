@@ -22,7 +22,9 @@ struct ChannelState {
     bool withdraws = false;  // takes a notification back
     bool clicks = false;     // tells when the user clicked one
     bool toldTwiceHarms = false;  // a delivery that was cut off must not be begun again
-    bool isFindingOut = false;    // an answer is still to come that may change all of this
+    // An answer is still to come that may change all of this. It comes by way of the source, or the
+    // channel gives it up, within seconds.
+    bool isFindingOut = false;
 };
 
 struct Delivery {

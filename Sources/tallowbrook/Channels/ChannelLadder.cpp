@@ -44,6 +44,17 @@ void prepareChannels(const ChannelChoice& choice, const std::vector<Channel>& ch
         if (!isRuledOut(choice, channel)) channel.prepare();
 }
 
+void findOut(const ChannelChoice& choice, const std::vector<Channel>& channels) {
+    prepareChannels(choice, channels);
+    PollLoop loop;
+    std::vector<PollLoop::Attachment> attachments;
+    for (const auto& channel : channels)
+        if (channel.source) attachments.push_back(loop.attach(*channel.source));
+    while (std::ranges::any_of(channels,
+                               [](const auto& channel) { return channel.state().isFindingOut; }))
+        loop.runOnce();
+}
+
 std::vector<ChannelReport> channelReports(const ChannelChoice& choice,
                                           const std::vector<Channel>& channels) {
     const auto chosen = chosenChannels(choice, channels);

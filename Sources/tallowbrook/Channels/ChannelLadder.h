@@ -33,6 +33,10 @@ std::vector<std::string> chosenChannels(const ChannelChoice& choice,
 // Lets the rungs that the user has not ruled out find out what they can do.
 void prepareChannels(const ChannelChoice& choice, const std::vector<Channel>& channels);
 
+// The same for a caller with time: returns when all that can be known is known, which is at once,
+// or after a few seconds where somebody does not answer.
+void findOut(const ChannelChoice& choice, const std::vector<Channel>& channels);
+
 // Why a channel is used or is not, for its row in a list.
 struct ChannelReport {
     std::string name;

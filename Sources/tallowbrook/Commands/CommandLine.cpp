@@ -9,6 +9,7 @@
 #include "Commands/ExplainCommand.h"
 #include "Commands/FocusCommand.h"
 #include "Commands/HealthCommand.h"
+#include "Commands/NotifyCommand.h"
 #include "Commands/PreferencesCommand.h"
 #include "Commands/SessionsCommand.h"
 #include "Commands/SetupCommand.h"
@@ -77,6 +78,7 @@ CommandLine::CommandLine()
     addExplainCommand(*this);
     addFocusCommands(*this);
     addPreferencesCommand(*this);
+    addNotifyCommand(*this);
     addSetupCommands(*this);
     addBackupsCommands(*this);
     addHealthCommand(*this);

@@ -3,10 +3,12 @@
 #include <memory>
 
 #include <fmt/core.h>
+#include <unistd.h>
 
 #include "Commands/AgentWords.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
+#include "Commands/NotifyCommand.h"
 #include "Domain/AgentProfile.h"
 #include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
@@ -16,6 +18,7 @@
 #include "Setup/LayoutPreservingEdit.h"
 #include "Setup/ProgramLocation.h"
 #include "Setup/ReportingHome.h"
+#include "Setup/YesNoQuestion.h"
 #include "Store/Settings.h"
 
 namespace tallowbrook::host {
@@ -132,6 +135,13 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
     return status;
 }
 
+// Whether the user would see one is better known now than when it counts. What comes of it says
+// nothing about the setup.
+void offerTestNotification(const TallowbrookPaths& paths) {
+    if (isatty(STDIN_FILENO) == 1 && agreesTo("Show a test notification?").value_or(false))
+        testNotification(paths);
+}
+
 }  // namespace
 
 int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const ReviewOptions& options) {
@@ -162,8 +172,10 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     if (helper != HelperStatus::current)
         if (auto installed = IntegrationSetup::installHelper(*source, paths); !installed)
             return StandardStreams::fail(Sentence{installed.error().description()});
-    return withDatabase(
+    const int status = withDatabase(
         paths, [&](Database& database) { return setUpEach(paths, *changes, options, database); });
+    if (status == ExitStatus::done && !options.assumeYes) offerTestNotification(paths);
+    return status;
 }
 
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,

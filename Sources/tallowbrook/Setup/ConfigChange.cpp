@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iostream>
 #include <optional>
 
 #include "Output/ExitStatus.h"
@@ -12,21 +11,13 @@
 #include "Output/StandardStreams.h"
 #include "Setup/BackupPruning.h"
 #include "Setup/DiffView.h"
+#include "Setup/YesNoQuestion.h"
 
 namespace tallowbrook::host {
 namespace {
 
-// Anything but a yes is a no, the end of the input too. Absent when the question cannot be shown.
 std::optional<bool> agrees(const std::filesystem::path& file) {
-    const auto question = fmt::format("Change {}? [y/N] ", PrintableText::printable(file.string()));
-    if (StandardStreams::showAsResult(question) != ExitStatus::done) return std::nullopt;
-    std::string answer;
-    if (!std::getline(std::cin, answer)) {
-        // The line of the question is still open.
-        StandardStreams::mention("\n");
-        return false;
-    }
-    return answer == "y" || answer == "Y" || answer == "yes";
+    return agreesTo(fmt::format("Change {}?", PrintableText::printable(file.string())));
 }
 
 // The user may mean the other names to follow, as with a file that is linked into a repository.
