@@ -1,11 +1,9 @@
 #include "Channels/NotificationServiceLinux.h"
 
 #include <fmt/core.h>
-#include <poll.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <cstdlib>
 #include <system_error>
 #include <utility>
 
@@ -39,13 +37,16 @@ constexpr seconds longestPause{5 * 60};
 
 std::string systemText(int error) { return std::generic_category().message(error); }
 
-std::string whyUnreachable(int error) {
-    if (error == ENOMEDIUM) return "no session bus: DBUS_SESSION_BUS_ADDRESS is not set";
-    return "the session bus cannot be reached: " + systemText(error);
-}
-
 std::string_view textOf(const char* text) {
     return text == nullptr ? std::string_view{} : std::string_view{text};
+}
+
+std::string whyUnreachable(int error) {
+    const char* address = getenv("DBUS_SESSION_BUS_ADDRESS");
+    // Without it sd-bus has looked below $XDG_RUNTIME_DIR, where that is set.
+    if (textOf(address).empty() && (error == ENOMEDIUM || error == ENOENT))
+        return "no session bus: DBUS_SESSION_BUS_ADDRESS is not set";
+    return "the session bus cannot be reached: " + systemText(error);
 }
 
 std::string whyTroubled(std::string_view error) {

@@ -151,7 +151,7 @@ void addNotifyCommand(CommandLine& line) {
     };
     const auto given = std::make_shared<Words>();
     auto words = line.add(
-        "notify", "Try whether you see a notification, and what becomes of a click",
+        "notify", "Try whether notifications reach you",
         [given](const TallowbrookPaths& paths) {
             if (!given->test)
                 return StandardStreams::fail("Say what to do: notify --test.",

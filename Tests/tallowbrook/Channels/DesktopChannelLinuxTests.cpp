@@ -260,7 +260,7 @@ TEST_F(OnTheDesktop, isNotUsableWithoutABus) {
           std::pair{std::optional<std::string>{"unix:path=/no/such/bus"},
                     "the session bus cannot be reached: No such file or directory"}}) {
         const EnvironmentVariable variable{"DBUS_SESSION_BUS_ADDRESS", address};
-        const EnvironmentVariable directory{"XDG_RUNTIME_DIR", std::nullopt};
+        const EnvironmentVariable directory{"XDG_RUNTIME_DIR", "/no/such/directory"};
         channel = makeDesktopChannel();
         channel->prepare();
         EXPECT_FALSE(channel->state().isUsable);
