@@ -268,7 +268,7 @@ bool NotificationService::readCapabilities(sd_bus_message* message) {
     hasBody_ = hasMarkup_ = hasActions_ = hasSound_ = false;
     if (sd_bus_message_enter_container(message, 'a', "s") < 0) return false;
     const char* text = nullptr;
-    while (sd_bus_message_read_basic(message, 's', &text) > 0) {
+    while (sd_bus_message_read(message, "s", &text) > 0) {
         const std::string_view capability{text};
         if (capability == "body") hasBody_ = true;
         if (capability == "body-markup") hasMarkup_ = true;
