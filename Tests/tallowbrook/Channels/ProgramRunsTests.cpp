@@ -120,7 +120,8 @@ TEST_F(Running, waitForNothingThatAProgramLeavesBehind) {
     EXPECT_EQ(end(), (ProgramEnd{1, Way::exited, 0, "done\n"}));
     const auto child = static_cast<pid_t>(std::stoi(contentsOf(file("child"))));
     EXPECT_EQ(kill(child, 0), 0) << "it was left alone";
-    kill(child, SIGKILL);
+    // With the program that it may have started by then.
+    kill(-getpgid(child), SIGKILL);
 }
 
 TEST_F(Running, endAProgramOnRequest) {
