@@ -20,6 +20,15 @@ target_include_directories(dependency_utf8proc SYSTEM INTERFACE ${UTF8PROC_INCLU
 target_compile_definitions(dependency_utf8proc INTERFACE UTF8PROC_STATIC)
 target_link_libraries(dependency_utf8proc INTERFACE ${UTF8PROC_LIBRARY})
 
+# For notifications on a Linux desktop. A system without it gets a host without them.
+find_path(SDBUS_INCLUDE_DIRECTORY systemd/sd-bus.h)
+find_library(SDBUS_LIBRARY NAMES systemd)
+if(SDBUS_INCLUDE_DIRECTORY AND SDBUS_LIBRARY AND NOT APPLE)
+    add_library(dependency_sdbus INTERFACE IMPORTED)
+    target_include_directories(dependency_sdbus SYSTEM INTERFACE ${SDBUS_INCLUDE_DIRECTORY})
+    target_link_libraries(dependency_sdbus INTERFACE ${SDBUS_LIBRARY})
+endif()
+
 # As a library: compiled into each source by its headers alone, it doubles the time of a build.
 find_package(fmt REQUIRED)
 find_package(SQLiteCpp REQUIRED)

@@ -25,7 +25,10 @@ TEST(Preferences, areShownAndChanged) {
         "playSound            on           with a sound\n"
         "completionAfter      20           seconds from which on a turn is told as finished\n"
         "reminderInterval     10           minutes of waiting after which you are reminded: off, "
-        "5, 10, 15 or 30\n";
+        "5, 10, 15 or 30\n"
+        "channels             auto         where you are told: auto, or such as desktop,lines\n"
+        "exec                 off          run this command too, with the notification as JSON\n"
+        "tellWhileLooking     off          also of a session that you look at\n";
     EXPECT_EQ(home.host({"preferences"}), (ProgramResult{.status = 0, .output = before}));
 
     auto after = before;

@@ -142,6 +142,22 @@ TEST(Setup, takesAnythingButAYesForANo) {
     }
 }
 
+TEST(Setup, offersATestNotificationAtItsEnd) {
+    const std::string question = "Show a test notification? [y/N] ";
+    const SetupHome home;
+    writeContents(home.claudeFile, settings);
+    const auto tried = home.hostWithAnswers({"setup", "claude-code"}, {"y", "y"});
+    EXPECT_EQ(tried.status, 0) << tried.errors;
+    const auto place = tried.output.find(question);
+    ASSERT_NE(place, std::string::npos) << tried.output;
+    EXPECT_THAT(tried.output.substr(place + question.size()), testing::StartsWith("terminal: "));
+
+    const auto refused = home.hostWithAnswers({"setup", "claude-code"}, {""});
+    EXPECT_EQ(refused.status, 0);
+    EXPECT_THAT(refused.output, testing::EndsWith(question));
+    EXPECT_THAT(home.host({"setup", "claude-code", "--yes"}).output, Not(HasSubstr(question)));
+}
+
 TEST(Setup, asksForEachFileByItself) {
     const SetupHome home;
     writeContents(home.claudeFile, settings);

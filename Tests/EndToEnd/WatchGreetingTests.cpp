@@ -51,7 +51,7 @@ TEST(WatchGreeting, isNotForAScriptThatTakesOnePass) {
     const FileDescriptor screen{open(terminal.path.c_str(), O_RDWR | O_NOCTTY)};
     call.prepare = [&] { dup2(screen.number(), STDOUT_FILENO); };
     EXPECT_EQ(run(call).status, 0);
-    EXPECT_THAT(terminal.shown(), StartsWith("Watching Claude Code since "));
+    EXPECT_THAT(terminal.read(), StartsWith("Watching Claude Code since "));
 }
 
 }  // namespace

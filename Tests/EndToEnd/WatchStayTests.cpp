@@ -30,6 +30,7 @@ TEST(WatchStay, tellsWhatHelpersReportAsItComes) {
     home.claude("PermissionRequest", "before");
     RunningProgram host{home.hostCall({"watch"})};
     ASSERT_TRUE(host.waitForOutput("before"));
+    ASSERT_TRUE(host.waitForOutput(permission));
     EXPECT_EQ(count(host.output(), permission), 1);
 
     for (int i = 1; i <= 5; ++i) {

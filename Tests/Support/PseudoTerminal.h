@@ -2,11 +2,13 @@
 #pragma once
 
 #include <fcntl.h>
+#include <poll.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -41,11 +43,16 @@ class PseudoTerminal {
         return write(primary, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     }
 
-    // What programs have written to it since the last call, as far as it has come.
-    std::string shown() const {
-        std::string text(4096, '\0');
-        const ssize_t count = read(primary, text.data(), text.size());
-        text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    // What programs have written and was not read yet; does not wait.
+    std::string read() const {
+        std::string text;
+        std::array<char, 4096> buffer;
+        pollfd reader{primary, POLLIN, 0};
+        while (poll(&reader, 1, 0) > 0) {
+            const ssize_t count = ::read(primary, buffer.data(), buffer.size());
+            if (count <= 0) break;
+            text.append(buffer.data(), static_cast<std::size_t>(count));
+        }
         return text;
     }
 

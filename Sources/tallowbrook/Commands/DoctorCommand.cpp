@@ -1,8 +1,12 @@
 #include "Commands/DoctorCommand.h"
 
+#include <fmt/core.h>
+
 #include <map>
 #include <optional>
 
+#include "Channels/ChannelLadder.h"
+#include "Channels/LinesChannel.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/HostRow.h"
@@ -84,6 +88,21 @@ void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
     }
 }
 
+std::string channelRows(const TallowbrookPaths& paths) {
+    ChannelChoice choice;
+    // A database that fails was complained of before.
+    [[maybe_unused]] const auto read = tryDatabaseIfAny(paths, [&](Database* database) {
+        if (database != nullptr) choice = Settings{*database}.preferences().host.channels;
+    });
+    auto channels = makeLadder();
+    channels.insert(channels.begin(), makeLinesChannel());
+    findOut(choice, channels);
+    auto text = fmt::format("You are told by ({}):\n", choice.text());
+    for (const auto& [name, isChosen, reason] : channelReports(choice, channels))
+        text += fmt::format("  {}: {} · {}\n", name, isChosen ? "used" : "not used", reason);
+    return text;
+}
+
 }  // namespace
 
 int doctor(const TallowbrookPaths& paths) {
@@ -92,14 +111,15 @@ int doctor(const TallowbrookPaths& paths) {
     report.appVersion = PayloadNormalizer::adapterVersion;
     report.helperVersion = PayloadNormalizer::adapterVersion;
     report.paths = paths;
-    // No permission is asked of the system for text in a terminal.
-    report.notificationAuthorization = "not needed, printed in the terminal";
+    // None of the channels asks the system for one.
+    report.notificationAuthorization = "not needed";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
     addAgents(report, addStored(report, paths, now), now);
     const auto host = HostLock::holder(paths);
-    const int shown = StandardStreams::showAsResult(PrintableText::printableLines(report.render()) +
-                                                    "\n" + hostRow(host, now));
+    const int shown = StandardStreams::showAsResult(
+        PrintableText::printableLines(report.render() + "\n" + channelRows(paths)) + "\n" +
+        hostRow(host, now));
     return shown == ExitStatus::done && !host ? ExitStatus::noHost : shown;
 }
 

@@ -20,8 +20,10 @@ std::expected<void, Sentence> make(const PreferenceChange& change, Database& dat
     // Two changes made at once must not undo each other.
     auto transaction = database.beginWriting();
     Settings settings{database};
-    const auto changed = setPreference(settings.preferences(), change.name, change.value);
+    auto changed = setPreference(settings.preferences(), change.name, change.value);
     if (!changed) return std::unexpected(changed.error());
+    // A switch that was thrown by hand stays so.
+    if (change.name == "paused") changed->host.pausedUntil.reset();
     settings.setPreferences(*changed);
     transaction.commit();
     // A host that sleeps until a reminder is due must learn that it is due earlier.
@@ -48,7 +50,8 @@ int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceCha
             if (const auto made = make(*change, database); !made)
                 return StandardStreams::fail(made.error().followedBy("Nothing was changed."),
                                              ExitStatus::wrongUsage);
-        return StandardStreams::showAsResult(table(Settings{database}.preferences()));
+        return StandardStreams::showAsResult(
+            table(Settings{database}.preferences().asOf(currentInstant())));
     });
 }
 

@@ -3,10 +3,12 @@
 #include <memory>
 
 #include <fmt/core.h>
+#include <unistd.h>
 
 #include "Commands/AgentWords.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
+#include "Commands/NotifyCommand.h"
 #include "Domain/AgentProfile.h"
 #include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
@@ -20,6 +22,7 @@
 #include "Setup/Refusal.h"
 #include "Setup/ReportingHome.h"
 #include "Setup/SetupReversal.h"
+#include "Setup/YesNoQuestion.h"
 #include "Store/Settings.h"
 #include "Watch/HostLock.h"
 
@@ -165,6 +168,13 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
     return status;
 }
 
+// Whether the user would see one is better known now than when it counts. What comes of it says
+// nothing about the setup.
+void offerTestNotification(const TallowbrookPaths& paths) {
+    if (isatty(STDIN_FILENO) == 1 && agreesTo("Show a test notification?").value_or(false))
+        testNotification(paths);
+}
+
 }  // namespace
 
 int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const ReviewOptions& options) {
@@ -199,7 +209,9 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
             return StandardStreams::fail(Sentence{installed.error().description()});
     const int status = withDatabase(
         paths, [&](Database& database) { return setUpEach(paths, *changes, options, database); });
-    if (status == ExitStatus::done) StandardStreams::mention(whatIsNext(paths));
+    if (status != ExitStatus::done) return status;
+    if (!options.assumeYes) offerTestNotification(paths);
+    StandardStreams::mention(whatIsNext(paths));
     return status;
 }
 

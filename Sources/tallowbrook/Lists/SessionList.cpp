@@ -177,7 +177,7 @@ std::expected<ListedSession, Sentence> SessionList::find(std::string_view word) 
     for (const auto& session : sessions) {
         const auto& id = session.snapshot.key.sessionID;
         // A whole id is meant as such, though another one may begin with it.
-        if (id == word) return session;
+        if (id == word || session.snapshot.id() == word) return session;
         if (!word.empty() && id.starts_with(word)) found.push_back(&session);
     }
     if (found.size() == 1) return *found.front();

@@ -44,7 +44,7 @@ struct SessionList {
                             const AgentPresences& presences = {});
 
     // The session that the user means by a number of the table, or by the beginning of an id that
-    // no other session here shares.
+    // no other session here shares; programs name one by its storage id.
     [[nodiscard]] std::expected<ListedSession, Sentence> find(std::string_view word) const;
 
     // How much of each id, at least 8 characters, tells it from all others here.

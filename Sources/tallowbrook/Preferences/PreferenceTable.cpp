@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "Notifications/ReminderPolicy.h"
 #include "Output/TimeText.h"
 #include "Preferences/Muting.h"
+#include "Preferences/TimeOfDay.h"
 #include "Text/Digits.h"
 
 namespace tallowbrook::host {
@@ -28,16 +30,6 @@ bool parse(std::string_view value, Seconds& target) {
     if (!seconds || *seconds < 0 || *seconds > aYear) return false;
     target = Seconds{*seconds};
     return true;
-}
-
-// Minutes after midnight of "22:00". Both digits of the hour are asked for, so that what is shown
-// and what is typed look alike.
-std::optional<int> parseTimeOfDay(std::string_view text) {
-    if (text.size() != 5 || text[2] != ':') return std::nullopt;
-    const auto hour = parseNumber<unsigned>(text.substr(0, 2));
-    const auto minute = parseNumber<unsigned>(text.substr(3));
-    if (!hour || !minute || *hour > 23 || *minute > 59) return std::nullopt;
-    return static_cast<int>(*hour * 60 + *minute);
 }
 
 // A switch keeps the hours, so that they need not be typed again.
@@ -68,6 +60,22 @@ bool parse(std::string_view value, std::chrono::minutes& target) {
     return true;
 }
 
+// A command may hold anything but what would break the list of preferences.
+bool parse(std::string_view value, std::string& target) {
+    constexpr std::size_t longest = 4096;
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; };
+    if (value.empty() || value.size() > longest || std::ranges::any_of(value, isControl))
+        return false;
+    target = value == "off" ? "" : value;
+    return true;
+}
+
+bool parse(std::string_view value, ChannelChoice& target) {
+    auto choice = ChannelChoice::parse(value);
+    if (choice) target = std::move(*choice);
+    return choice.has_value();
+}
+
 std::string text(bool value) { return value ? "on" : "off"; }
 
 std::string text(Seconds value) { return fmt::format("{}", value.count()); }
@@ -80,6 +88,10 @@ std::string text(const QuietHours& hours) {
 std::string text(std::chrono::minutes value) {
     return value.count() > 0 ? std::to_string(value.count()) : "off";
 }
+
+std::string text(const ChannelChoice& choice) { return choice.text(); }
+
+std::string text(const std::string& command) { return command.empty() ? "off" : command; }
 
 // A field of either record.
 template <typename Value>
@@ -118,6 +130,11 @@ constexpr std::array rows{
     row<&HostPreferences::reminderInterval>(
         "reminderInterval",
         "minutes of waiting after which you are reminded: off, 5, 10, 15 or 30"),
+    row<&HostPreferences::channels>("channels",
+                                    "where you are told: auto, or such as desktop,lines"),
+    row<&HostPreferences::exec>("exec", "run this command too, with the notification as JSON"),
+    row<&HostPreferences::tellWhileLooking>("tellWhileLooking",
+                                            "also of a session that you look at"),
 };
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iostream>
 #include <optional>
 
 #include "Output/ExitStatus.h"
@@ -13,6 +12,7 @@
 #include "Setup/BackupPruning.h"
 #include "Setup/ChangeSummary.h"
 #include "Setup/DiffView.h"
+#include "Setup/YesNoQuestion.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -27,23 +27,13 @@ bool isReadOnly(const std::filesystem::path& file) {
                std::filesystem::perms::none;
 }
 
-// Says what the yes is for, since the whole difference may have scrolled away. Anything but a yes
-// is a no, the end of the input too. Absent when the question cannot be shown.
+// Says what the yes is for, since the whole difference may have scrolled away. Absent when the
+// question cannot be shown.
 std::optional<bool> agrees(const ConfigChangePlan& plan) {
-    const auto file = PrintableText::printable(plan.fileURL.string());
-    const auto question =
-        isReadOnly(plan.fileURL)
-            ? fmt::format("{}: {}.\nThe file is read-only. Change it all the same? [y/N] ", file,
-                          summaryOf(plan))
-            : fmt::format("{}: {}.\nChange it? [y/N] ", file, summaryOf(plan));
-    if (StandardStreams::showAsResult(question) != ExitStatus::done) return std::nullopt;
-    std::string answer;
-    if (!std::getline(std::cin, answer)) {
-        // The line of the question is still open.
-        StandardStreams::mention("\n");
-        return false;
-    }
-    return answer == "y" || answer == "Y" || answer == "yes";
+    return agreesTo(
+        fmt::format("{}: {}.\n{}", PrintableText::printable(plan.fileURL.string()), summaryOf(plan),
+                    isReadOnly(plan.fileURL) ? "The file is read-only. Change it all the same?"
+                                             : "Change it?"));
 }
 
 // The user may mean the other names to follow, as with a file that is linked into a repository.

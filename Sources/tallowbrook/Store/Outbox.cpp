@@ -120,6 +120,29 @@ void Outbox::markRefused(std::int64_t notification, const std::string& channel) 
     execOn(update, 1, notification, channel);
 }
 
+void Outbox::holdBack(std::int64_t notification) {
+    const auto update = database_.prepared(
+        "UPDATE deliveries SET state = 'dropped' WHERE notification = ?"
+        " AND state IN ('pending', 'begun') AND state = 'pending'");
+    update->bind(1, notification);
+    update->exec();
+}
+
+bool Outbox::handOn(const std::string& channel, const std::vector<std::string>& others) {
+    const auto open = pending(channel);
+    for (const auto& delivery : open) {
+        const auto number = delivery.notification.number;
+        for (const auto& other : others) {
+            const auto insert = database_.prepared(
+                "INSERT OR IGNORE INTO deliveries (notification, channel, state, attempts, due_at)"
+                " VALUES (?, ?, 'pending', 0, 0)");
+            execOn(insert, 1, number, other);
+        }
+        markRefused(number, channel);
+    }
+    return !open.empty();
+}
+
 void Outbox::recover(const std::string& channel, bool mayRepeat) {
     const auto update = database_.prepared(
         "UPDATE deliveries SET state = ?"
@@ -301,6 +324,14 @@ std::set<std::string> Outbox::heldBack() {
 
 void Outbox::letGoOfHeldBack() {
     database_.prepared("UPDATE untold SET is_held_back = 0 WHERE is_held_back = 1")->exec();
+}
+
+std::optional<std::string> Outbox::sessionOf(std::int64_t notification) {
+    const auto query =
+        database_.prepared("SELECT session_storage_id FROM notifications WHERE number = ?");
+    query->bind(1, notification);
+    if (!query->executeStep()) return std::nullopt;
+    return query->getColumn(0).getString();
 }
 
 std::optional<ReminderCount> Outbox::reminderCount(const SessionKey& key) {

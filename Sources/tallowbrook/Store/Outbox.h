@@ -92,6 +92,13 @@ class Outbox {
     // It will not be told by this channel.
     void markRefused(std::int64_t notification, const std::string& channel);
 
+    // No channel is to tell it any more, of those that have not begun.
+    void holdBack(std::int64_t notification);
+
+    // What a channel has still to tell, and has not begun, is to be told by these instead, at once.
+    // Tells whether there was anything.
+    bool handOn(const std::string& channel, const std::vector<std::string>& others);
+
     // At the start of a host. What the end of the last one has cut off is pending again, or refused
     // where telling it twice would do harm. What was postponed is due at once: the new host may
     // well have what the old one lacked.
@@ -126,6 +133,9 @@ class Outbox {
     // The sessions, by storage id, of what a pause or quiet hours hold back, until it is let go of.
     std::set<std::string> heldBack();
     void letGoOfHeldBack();
+
+    // The session of a notification, by storage id; absent for one that is not there.
+    std::optional<std::string> sessionOf(std::int64_t notification);
 
     std::optional<ReminderCount> reminderCount(const SessionKey& key);
     void setReminderCount(const SessionKey& key, const ReminderCount& count);

@@ -10,6 +10,11 @@ namespace {
 constexpr const char* preferencesKey = "notificationPreferences";
 constexpr const char* reminderIntervalKey = "reminderIntervalMinutes";
 constexpr const char* completionAfterKey = "completionAfterSeconds";
+constexpr const char* channelsKey = "channels";
+constexpr const char* execKey = "exec";
+constexpr const char* tellWhileLookingKey = "tellWhileLooking";
+constexpr const char* pausedUntilKey = "pausedUntil";
+constexpr const char* mutesKey = "mutes";
 constexpr const char* helperLogKey = "toldOfHelperLog";
 constexpr const char* waitingCycleKey = "waitingCycle";
 
@@ -47,6 +52,14 @@ Preferences Settings::preferences() {
     if (const auto stored = value(completionAfterKey))
         if (const auto seconds = parseNumber<int>(*stored))
             preferences.host.completionAfter = Seconds{*seconds};
+    if (const auto stored = value(channelsKey))
+        preferences.host.channels = ChannelChoice::parse(*stored).value_or(ChannelChoice{});
+    if (const auto stored = value(execKey))
+        if (auto decoder = RecordDecoder::parse(*stored))
+            preferences.host.exec = decoder->text("command");
+    preferences.host.tellWhileLooking = value(tellWhileLookingKey) == "on";
+    if (const auto stored = value(pausedUntilKey))
+        preferences.host.pausedUntil = EventDate::parse(*stored);
     return preferences;
 }
 
@@ -56,7 +69,22 @@ void Settings::setPreferences(const Preferences& preferences) {
     // Whole seconds, as the table of preferences takes them.
     setValue(completionAfterKey,
              std::to_string(static_cast<int>(preferences.host.completionAfter.count())));
+    setValue(channelsKey, preferences.host.channels.text());
+    RecordEncoder exec;
+    exec.encode("command", preferences.host.exec);
+    setValue(execKey, exec.text());
+    setValue(tellWhileLookingKey, preferences.host.tellWhileLooking ? "on" : "off");
+    const auto& until = preferences.host.pausedUntil;
+    setValue(pausedUntilKey, until ? EventDate::text(*until) : "");
 }
+
+Mutes Settings::mutes() {
+    const auto stored = value(mutesKey);
+    if (!stored) return {};
+    return MutesCoding::decode(*stored).value_or(Mutes{});
+}
+
+void Settings::setMutes(const Mutes& mutes) { setValue(mutesKey, MutesCoding::encode(mutes)); }
 
 WaitingCycle Settings::waitingCycle() {
     const auto stored = value(waitingCycleKey);

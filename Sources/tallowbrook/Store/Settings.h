@@ -11,6 +11,7 @@
 #include "Domain/AgentEvent.h"
 #include "Integrations/IntegrationHealth.h"
 #include "Preferences/HostPreferences.h"
+#include "Preferences/Mutes.h"
 #include "SessionState/WaitingCycle.h"
 #include "Store/Database.h"
 
@@ -23,6 +24,10 @@ class Settings {
     // The defaults of what the user has never chosen.
     Preferences preferences();
     void setPreferences(const Preferences& preferences);
+
+    // What the user has muted, also what has ended since.
+    Mutes mutes();
+    void setMutes(const Mutes& mutes);
 
     // Where stepping through the waiting sessions has come to.
     WaitingCycle waitingCycle();

@@ -42,6 +42,10 @@ std::string Untold::words() const {
             // Cut, not rounded: a turn must not look as long as one that is told.
             return turn ? fmt::format("the turn took {} s", std::floor(turn->count()))
                         : "the turn was short";
+        case UntoldReason::lookedAt:
+            return "you were there";
+        case UntoldReason::muted:
+            return "it was muted";
         case UntoldReason::folded:
             break;
     }

@@ -27,6 +27,8 @@ enum class UntoldReason {
     // The host's own:
     shortTurn,  // it finished so soon that its user still looks at it
     folded,     // the session had moved on before it could be told
+    lookedAt,   // the user was there
+    muted,
 };
 inline constexpr std::array untoldReasonNames{
     std::pair{UntoldReason::disabled, std::string_view{"disabled"}},
@@ -37,6 +39,8 @@ inline constexpr std::array untoldReasonNames{
     std::pair{UntoldReason::duplicate, std::string_view{"duplicate"}},
     std::pair{UntoldReason::shortTurn, std::string_view{"shortTurn"}},
     std::pair{UntoldReason::folded, std::string_view{"folded"}},
+    std::pair{UntoldReason::lookedAt, std::string_view{"lookedAt"}},
+    std::pair{UntoldReason::muted, std::string_view{"muted"}},
 };
 constexpr const auto& namesOf(UntoldReason) { return untoldReasonNames; }
 

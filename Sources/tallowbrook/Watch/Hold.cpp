@@ -6,7 +6,7 @@ namespace tallowbrook::host {
 
 std::optional<Hold> holdAt(Instant now, const Preferences& preferences, const Calendar& calendar) {
     const auto& wanted = preferences.notifications;
-    if (wanted.paused) return Hold{};
+    if (wanted.paused) return Hold{preferences.host.pausedUntil};
     if (wanted.quietHours.contains(now, calendar))
         return Hold{endOf(wanted.quietHours, now, calendar)};
     return std::nullopt;

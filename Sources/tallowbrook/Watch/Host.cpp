@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds onlookersLook{500};
 }  // namespace
 
 Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
-           Troubles::Say say, int asksForSpool)
+           Troubles::Say say, std::function<void(const std::string&)> clicked, int asksForSpool)
     : paths_{std::move(paths)},
       database_{database},
       channels_{std::move(channels)},
@@ -38,7 +38,17 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
                     [this](Instant now, const PresenceNews& news) {
                         agentsOutlook_ = agents_.follow(database_, now, news);
                         return agentsOutlook_;
-                    }}},
+                    },
+                .clicked = std::move(clicked),
+                .looking = {.ask =
+                                [this] {
+                                    if (isAttached_) gaze_.ask();
+                                },
+                            .isAwaited = [this] { return gaze_.isAwaited(); },
+                            .isOn =
+                                [this](const SessionSnapshot& session) {
+                                    return gaze_.isOn(session);
+                                }}}},
       onlooker_{database, channels_.front(), troubles_,
                 [this] { return refused_.newsOfAnotherHost(database_, currentInstant()); }} {}
 
@@ -97,6 +107,7 @@ bool Host::lead() {
 }
 
 void Host::attachTo(PollLoop& loop) {
+    isAttached_ = true;
     // Without a working signal the clock alone wakes.
     if (auto observer = SpoolSignal::Observer::start()) {
         signal_ = std::move(*observer);
@@ -117,17 +128,18 @@ void Host::attachTo(PollLoop& loop) {
     attachments_.push_back(loop.attach(alarm_.source([this] {
         if (leads()) pass();
     })));
+    // What has come of a delivery is to be written down, and what waited for an answer is to be
+    // told.
+    const auto attach = [&](const PollSource& source) {
+        attachments_.push_back(loop.attach(
+            {.interest = source.interest, .proceed = [this, proceed = source.proceed](short ready) {
+                 proceed(ready);
+                 pass();
+             }}));
+    };
     for (const auto& channel : channels_)
-        if (channel.source)
-            attachments_.push_back(loop.attach({
-                .interest = channel.source->interest,
-                .proceed =
-                    [this, proceed = channel.source->proceed](short ready) {
-                        proceed(ready);
-                        // What has come of a delivery is to be written down.
-                        pass();
-                    },
-            }));
+        if (channel.source) attach(*channel.source);
+    attach(gaze_.source());
 }
 
 PollInterest Host::clockInterest() const {

@@ -3,12 +3,14 @@
 #pragma once
 
 #include <expected>
+#include <functional>
 #include <optional>
 #include <vector>
 
 #include "EventBridge/SpoolSignal.h"
 #include "Loop/PollLoop.h"
 #include "Watch/EvidenceAlarm.h"
+#include "Watch/Gaze.h"
 #include "Watch/HostLock.h"
 #include "Watch/Onlooker.h"
 #include "Watch/RefusedEvents.h"
@@ -21,9 +23,13 @@ namespace tallowbrook::host {
 class Host {
  public:
     // The database must outlive the host. The first channel shows what another host tells.
-    // `asksForSpool` as in `EventSource::spool`. Throws SQLite::Exception when the database fails.
-    Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
-         Troubles::Say say, int asksForSpool = EventSource::asksAgainLater);
+    // `clicked` is told of the user's clicks as a watcher's is; `asksForSpool` as in
+    // `EventSource::spool`. Throws SQLite::Exception when the database fails.
+    Host(
+        TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
+        Troubles::Say say,
+        std::function<void(const std::string& sessionStorageID)> clicked = [](const auto&) {},
+        int asksForSpool = EventSource::asksAgainLater);
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
@@ -54,10 +60,12 @@ class Host {
     Presence agents_;
     PresenceOutlook agentsOutlook_;
     EvidenceAlarm alarm_;
+    Gaze gaze_;
     Watcher watcher_;
     Onlooker onlooker_;
     std::optional<HostLock> lock_;
 
+    bool isAttached_ = false;  // to a loop, without which no answer comes
     SpoolState seenSpool_;
     MonotonicTime nextLook_{};
     Instant seenClock_{};  // the time of day at the last look

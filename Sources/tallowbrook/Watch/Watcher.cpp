@@ -1,8 +1,12 @@
 #include "Watch/Watcher.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <chrono>
 
+#include "Channels/ChannelLadder.h"
+#include "Channels/LinesChannel.h"
 #include "Preferences/HostSettings.h"
 #include "Store/Outbox.h"
 #include "Store/Settings.h"
@@ -18,8 +22,16 @@ namespace {
 
 // What could not be done is tried again: a lock is free by then, a disk has room.
 constexpr std::chrono::seconds timeToNextTry{2};
-constexpr const char* notTold =
-    "Standard output cannot be written. What is to be told is kept for the next try.";
+
+std::string notTold(const Channel& channel) {
+    constexpr const char* keeping = "What is to be told is kept for the next try.";
+    if (channel.name == linesChannelName)
+        return Sentence{"Standard output cannot be written"}.followedBy(keeping).text();
+    return Sentence{
+        fmt::format("The channel \"{}\" failed: {}", channel.name, channel.state().reason)}
+        .followedBy(keeping)
+        .text();
+}
 
 }  // namespace
 
@@ -30,33 +42,36 @@ Watcher::Watcher(Database& database, std::vector<EventSource> sources,
       sources_{std::move(sources)},
       channels_{channels},
       troubles_{troubles},
-      operations_{std::move(operations)} {}
+      operations_{std::move(operations)},
+      withholding_{operations_.looking} {}
 
 bool Watcher::pass() {
     nextDue_.reset();
     const bool done = troubles_.during([this] {
         // Read anew each time: another process may have changed them.
-        const auto preferences = Settings{database_}.preferences();
         const Instant now = operations_.now();
+        const auto preferences = Settings{database_}.preferences().asOf(now);
+        passBy(preferences.host.pausedUntil);
+        prepareChannels(preferences.host.channels, channels_);
+        chosen_ = chosenChannels(preferences.host.channels, channels_);
         if (!hasBegun_)
             for (const auto& channel : channels_)
                 Outbox{database_}.recover(channel.name, !channel.state().toldTwiceHarms);
         ingest(preferences, now);
         followAgents(preferences, now);
-        takeBack(now);
         if (const auto news = operations_.news()) troubles_.sayOnce(news->text());
         lookAtHold(preferences, now);
         remind(preferences, now);
         tellWhatWasMissed(preferences, now);
         hasBegun_ = true;
-        deliverAll();
+        deliverAll(preferences, now);
     });
     if (!done) passBy(operations_.now() + timeToNextTry);
     return done;
 }
 
 void Watcher::ingest(const Preferences& preferences, Instant now) {
-    const Ingest ingest{preferences.notifications, operations_.calendar(), usableChannels(),
+    const Ingest ingest{preferences.notifications, operations_.calendar(), chosen_,
                         preferences.host.completionAfter, operations_.hasWaitedSince};
     for (const auto& source : sources_) {
         auto report = ingest.run(source, database_, now);
@@ -66,8 +81,16 @@ void Watcher::ingest(const Preferences& preferences, Instant now) {
     }
     const auto oldest =
         now - std::chrono::duration_cast<Instant::duration>(preferences.notifications.maxEventAge);
-    for (const auto& dropped : Outbox{database_}.dropOlderThan(oldest))
-        if (isFirstAfterAbsence()) missed_.insert(dropped.content.sessionStorageID);
+    const auto dropped = Outbox{database_}.dropOlderThan(oldest);
+    if (isFirstAfterAbsence()) {
+        for (const auto& notification : dropped)
+            missed_.insert(notification.content.sessionStorageID);
+    } else if (!dropped.empty()) {
+        troubles_.sayOnce(fmt::format("{} could be told by no channel until too old.",
+                                      dropped.size() == 1
+                                          ? "One notification"
+                                          : fmt::format("{} notifications", dropped.size())));
+    }
 }
 
 // By what is stored, so that a host which comes after the pause tells of it all the same.
@@ -85,25 +108,12 @@ void Watcher::lookAtHold(const Preferences& preferences, Instant now) {
 }
 
 void Watcher::followAgents(const Preferences& preferences, Instant now) {
-    const PresenceTelling telling{preferences.notifications, operations_.calendar(),
-                                  usableChannels()};
+    const PresenceTelling telling{preferences.notifications, operations_.calendar(), chosen_};
     const auto outlook = operations_.followAgents(
         now, [&](const SessionSnapshot& session, const AgentPresence& presence) {
             telling.tell(session, presence, database_, now);
         });
     passBy(outlook.next);
-}
-
-// What was told of a session that waits no more, by what it was found to be at or by an event.
-void Watcher::takeBack(Instant now) {
-    std::set<std::string> waiting;
-    const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
-    for (const auto& session : sessionsShownWaiting(database_, since)) waiting.insert(session.id());
-    for (const auto& session : std::exchange(waiting_, waiting)) {
-        if (waiting.contains(session)) continue;
-        for (const auto& channel : channels_)
-            if (channel.state().withdraws) channel.withdraw(session);
-    }
 }
 
 void Watcher::remind(const Preferences& preferences, Instant now) {
@@ -124,7 +134,7 @@ void Watcher::remind(const Preferences& preferences, Instant now) {
         if (piledUp) {
             outbox.setReminderCount(reminder.session, reminder.count);
         } else {
-            Reminders::tell(reminder, outbox, now, usableChannels());
+            Reminders::tell(reminder, outbox, now, chosen_);
             // Its reminder says more of one session than a count.
             missed_.erase(reminder.session.storageID());
         }
@@ -140,25 +150,42 @@ void Watcher::tellWhatWasMissed(const Preferences& preferences, Instant now) {
     if (!content && !hasHeldBack_) return;
     Outbox outbox{database_};
     auto transaction = database_.beginWriting();
-    if (content) outbox.add(*content, now, now, usableChannels());
+    if (content) outbox.add(*content, now, now, chosen_);
     if (hasHeldBack_) outbox.letGoOfHeldBack();
     transaction.commit();
 }
 
-void Watcher::deliverAll() {
+void Watcher::deliverAll(const Preferences& preferences, Instant now) {
+    const auto& choice = preferences.host.channels;
     Outbox outbox{database_};
+    const bool mayTell = withholding_.run(database_, chosen_, Settings{database_}.mutes().asOf(now),
+                                          preferences.host.tellWhileLooking, now);
+    const auto isChosen = [this](const Channel& channel) {
+        return std::ranges::find(chosen_, channel.name) != chosen_.end();
+    };
+    const auto isOver = [this](const NotificationContent& content) {
+        return Withdrawals::isOver(content, database_);
+    };
     for (const auto& channel : channels_) {
-        const auto outlook = deliver(channel, outbox, operations_.now);
-        if (outlook.failed) troubles_.add(notTold);
+        const auto outlook = mayTell && isChosen(channel)
+                                 ? deliver(channel, outbox, operations_.now, isOver)
+                                 : settle(channel, outbox, operations_.now());
+        for (const auto& content : outlook.begun) withdrawals_.note(channel, content);
+        for (const auto notification : outlook.clicked)
+            if (const auto session = outbox.sessionOf(notification)) operations_.clicked(*session);
+        if (outlook.failed) troubles_.add(notTold(channel));
         passBy(outlook.next);
     }
-}
-
-std::vector<std::string> Watcher::usableChannels() const {
-    std::vector<std::string> names;
+    withdrawals_.look(channels_, database_);
+    // Only now: a delivery may have shown that a channel is not usable.
+    chosen_ = chosenChannels(choice, channels_);
+    std::vector<std::string> standIns;
     for (const auto& channel : channels_)
-        if (channel.state().isUsable) names.push_back(channel.name);
-    return names;
+        if (channel.isRung && isChosen(channel)) standIns.push_back(channel.name);
+    if (standIns.empty()) return;
+    for (const auto& channel : channels_)
+        if (channel.isRung && !isChosen(channel) && outbox.handOn(channel.name, standIns))
+            passBy(operations_.now());
 }
 
 void Watcher::passBy(std::optional<Instant> time) {

@@ -309,6 +309,13 @@ TEST(SessionList, takesAWholeIdThoughItBeginsAnother) {
     EXPECT_EQ(listOf({"abc", "abcd"}).find("abc")->snapshot.key.sessionID, "abc");
 }
 
+TEST(SessionList, findsASessionByTheIdThatProgramsKnowItBy) {
+    // An id of digits alone would be taken for a number of the list.
+    const auto list = listOf({"2", "3"});
+    for (const std::string id : {"2", "3"})
+        EXPECT_EQ(list.find("claudeCode|" + id)->snapshot.key.sessionID, id);
+}
+
 TEST(SessionList, showsAsMuchOfEachIdAsTellsItFromTheOthers) {
     EXPECT_EQ(listOf({}).shortIDLength(), 8U);
     EXPECT_EQ(listOf({"abcdefghij"}).shortIDLength(), 8U);

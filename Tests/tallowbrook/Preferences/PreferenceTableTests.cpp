@@ -47,6 +47,11 @@ TEST(PreferenceTable, changesTheNamedFieldAloneAndShowsItAsItIsSet) {
                  [](auto& to) { to.host.reminderInterval = minutes{0}; }},
              Row{"reminderInterval", "30",
                  [](auto& to) { to.host.reminderInterval = minutes{30}; }},
+             Row{"channels", "lines,desktop",
+                 [](auto& to) { to.host.channels = {{"lines", "desktop"}}; }},
+             Row{"exec", "~/bin/push --to 'my phone' | cat",
+                 [](auto& to) { to.host.exec = "~/bin/push --to 'my phone' | cat"; }},
+             Row{"tellWhileLooking", "on", [](auto& to) { to.host.tellWhileLooking = true; }},
          }) {
         Preferences expected;
         change(expected);
@@ -88,6 +93,12 @@ TEST(PreferenceTable, refusesValuesThatDoNotFit) {
              Row{"reminderInterval", "7"},
              Row{"reminderInterval", "0"},
              Row{"reminderInterval", "10 "},
+             Row{"channels", ""},
+             Row{"channels", "desktop,"},
+             Row{"channels", "desktop, lines"},
+             Row{"channels", "desktop,desktop"},
+             Row{"channels", "auto,desktop"},
+             Row{"channels", "pigeon"},
          }) {
         EXPECT_EQ(setPreference({}, name, value),
                   std::unexpected(

@@ -164,5 +164,28 @@ TEST_F(StoredNotifications, wereLastDeliveredWhenToldOrElseDecided) {
     EXPECT_EQ(outbox.lastDelivered(key), sampleTime + seconds{5});
 }
 
+TEST_F(StoredNotifications, areHandedOnToOtherChannelsOnce) {
+    const auto first = add(1, twoChannels);
+    add(2, twoChannels);
+    add(3);
+    outbox.markTold(first, "lines", sampleTime);
+    EXPECT_TRUE(outbox.handOn("desktop", {"lines", "terminal"}));
+    EXPECT_EQ(pending("terminal"), (Titles{"title 1", "title 2"}));
+    EXPECT_EQ(pending("lines"), (Titles{"title 2", "title 3"})) << "what was told stays told";
+    EXPECT_TRUE(pending("desktop").empty());
+    EXPECT_FALSE(outbox.handOn("desktop", {"lines", "terminal"}));
+}
+
+TEST_F(StoredNotifications, areNotHandedOnWhileTheirChannelIsAtThem) {
+    outbox.markBegun(add(1, {"desktop"}), "desktop");
+    EXPECT_FALSE(outbox.handOn("desktop", {"terminal"}));
+    EXPECT_TRUE(pending("terminal").empty());
+}
+
+TEST_F(StoredNotifications, tellTheirSession) {
+    EXPECT_EQ(outbox.sessionOf(add(1)), "claudeCode|S1");
+    EXPECT_EQ(outbox.sessionOf(999), std::nullopt);
+}
+
 }  // namespace
 }  // namespace tallowbrook::host

@@ -38,6 +38,7 @@ struct Watching : testing::Test {
     std::optional<Instant> waitsSince;  // the agent of any session
     std::optional<AgentPresence> judged;
     Texts said;
+    Texts clicked;  // sessions
     Troubles troubles{[this](const std::string& sentence) { said.push_back(sentence); },
                       home.paths.databaseFile()};
 
@@ -73,7 +74,8 @@ struct Watching : testing::Test {
                  [this](Instant, const PresenceNews& news) {
                      tellNews(news);
                      return PresenceOutlook{};
-                 }}};
+                 },
+             .clicked = [this](const std::string& session) { clicked.push_back(session); }}};
     }
 
     void tellNews(const PresenceNews& news) {
@@ -269,6 +271,24 @@ TEST_F(Watching, tellsOfADialogOnceWhileAnotherAgentWorksBesideIt) {
     waiting = {eventOf("S1", EventCategory::activity, now)};
     watcher.pass();
     EXPECT_EQ(home.text("SELECT status FROM sessions"), "working") << "it was answered";
+}
+
+TEST_F(Watching, wakesAtTheEndOfAPauseAndTellsFromThereOn) {
+    Preferences paused;
+    paused.notifications.paused = true;
+    paused.host.pausedUntil = now + minutes{30};
+    Settings{database}.setPreferences(paused);
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_TRUE(fake.takeHeard().empty());
+    ASSERT_EQ(watcher.nextDue(), now + minutes{30});
+    now = *watcher.nextDue();
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code is still waiting for permission"});
+    waiting = {eventOf("S2", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code finished"});
 }
 
 TEST_F(Watching, remindsAnIntervalAfterTheClockWasSetBack) {
@@ -492,6 +512,133 @@ TEST_F(Watching, tellsByEveryChannelThatIsUsable) {
     EXPECT_TRUE(watcher.pass());
     EXPECT_EQ(fake.takeHeard().size(), 1U);
     EXPECT_TRUE(other.takeHeard().empty());
+}
+
+// A watcher with a ladder of two rungs beside its lines.
+struct WatchingALadder : Watching {
+    FakeChannel desktop;
+    FakeChannel terminal;
+
+    WatchingALadder() {
+        desktop.state->isRung = terminal.state->isRung = true;
+        channels = {fake.channel(), desktop.channel("desktop"), terminal.channel("terminal")};
+    }
+
+    std::string deliveries() const {
+        return home.text("SELECT group_concat(channel || ' ' || state) FROM deliveries");
+    }
+};
+
+TEST_F(WatchingALadder, tellsByTheFirstRungAlone) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(deliveries(), "desktop told,lines told");
+}
+
+TEST_F(WatchingALadder, letsTheNextRungStandInForOneThatTurnsOutNotToBeUsable) {
+    auto watcher = makeWatcher();
+    desktop.state->answers = {FakeChannel::Answer::later};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(deliveries(), "desktop begun,lines told");
+
+    desktop.state->isUsable = false;
+    desktop.state->events = {{ChannelEvent::Kind::failed, desktop.state->begun.front()}};
+    EXPECT_FALSE(watcher.pass());
+    EXPECT_EQ(said, Texts{"The channel \"desktop\" failed: as the test wants it. What is to be "
+                          "told is kept for the next try."});
+    EXPECT_EQ(watcher.nextDue(), now);
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(deliveries(), "desktop refused,lines told,terminal told");
+    EXPECT_EQ(terminal.takeHeard(), Texts{"Claude Code needs permission"});
+}
+
+TEST_F(WatchingALadder, keepsWhatNoRungCanTellUntilOneCan) {
+    auto watcher = makeWatcher();
+    terminal.state->isUsable = false;
+    desktop.state->answers = {FakeChannel::Answer::fails};
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    EXPECT_FALSE(watcher.pass());
+    desktop.state->isUsable = false;
+    now = *watcher.nextDue();
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(desktop.state->begun.size(), 1U) << "no attempt without a chance";
+    EXPECT_EQ(deliveries(), "desktop pending,lines told");
+
+    desktop.state->isUsable = true;
+    EXPECT_TRUE(watcher.pass());
+    EXPECT_EQ(deliveries(), "desktop told,lines told");
+}
+
+TEST_F(WatchingALadder, tellsWhichSessionWasClicked) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    desktop.state->events = {{ChannelEvent::Kind::clicked, desktop.state->begun.front()},
+                             {ChannelEvent::Kind::clicked, 999}};
+    watcher.pass();
+    EXPECT_EQ(clicked, Texts{"claudeCode|S1"});
+}
+
+TEST_F(WatchingALadder, takesBackWhatAskedForTheUserOnceTheSessionGoesOn) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now),
+               eventOf("S2", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    watcher.pass();
+    EXPECT_EQ(desktop.state->withdrawn, Texts{}) << "both still wait";
+
+    waiting = {eventOf("S1", EventCategory::activity, now + seconds{5})};
+    now += seconds{5};
+    watcher.pass();
+    watcher.pass();
+    EXPECT_EQ(desktop.state->withdrawn, Texts{"claudeCode|S1"});
+    EXPECT_EQ(terminal.state->withdrawn, Texts{});
+}
+
+TEST_F(WatchingALadder, leavesWhatTookThePlaceOfARequest) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    now += seconds{5};
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    EXPECT_EQ(desktop.takeHeard(), (Texts{"Claude Code needs permission", "Claude Code finished"}));
+    EXPECT_EQ(desktop.state->withdrawn, Texts{});
+}
+
+TEST_F(WatchingALadder, sparesTheUserARequestThatIsOverAlready) {
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now),
+               eventOf("S1", EventCategory::activity, now + seconds{1})};
+    now += seconds{1};
+    watcher.pass();
+    EXPECT_EQ(desktop.takeHeard(), Texts{});
+    EXPECT_EQ(fake.takeHeard(), Texts{"Claude Code needs permission"}) << "lines are a record";
+    EXPECT_EQ(deliveries(), "desktop refused,lines told");
+}
+
+TEST_F(WatchingALadder, saysWhatNoChannelCouldTellInTime) {
+    auto watcher = makeWatcher();
+    watcher.pass();
+    fake.state->isUsable = terminal.state->isUsable = false;
+    desktop.state->answers = {FakeChannel::Answer::later};
+    waiting = {eventOf("S1", EventCategory::turnCompleted, now)};
+    watcher.pass();
+    now += minutes{30};
+    watcher.pass();
+    EXPECT_EQ(said, Texts{"One notification could be told by no channel until too old."});
+}
+
+TEST_F(WatchingALadder, asksNothingOfAChannelThatTheUserHasRuledOut) {
+    Settings{database}.setPreferences(
+        {.notifications = defaultPreferences(), .host = {.channels = {{"terminal"}}}});
+    auto watcher = makeWatcher();
+    waiting = {eventOf("S1", EventCategory::attentionRequested, now)};
+    watcher.pass();
+    EXPECT_EQ(desktop.state->prepared, 0);
+    EXPECT_EQ(deliveries(), "lines told,terminal told");
 }
 
 }  // namespace
