@@ -19,6 +19,13 @@ target_include_directories(dependency_utf8proc SYSTEM INTERFACE ${UTF8PROC_INCLU
 target_compile_definitions(dependency_utf8proc INTERFACE UTF8PROC_STATIC)
 target_link_libraries(dependency_utf8proc INTERFACE ${UTF8PROC_LIBRARY})
 
+# Of curses the descriptions of terminals alone, which some systems have in a library of their own.
+find_path(CURSES_INCLUDE_DIRECTORY curses.h REQUIRED)
+find_library(TERMINFO_LIBRARY NAMES tinfo tinfow ncursesw ncurses REQUIRED)
+add_library(dependency_terminfo INTERFACE IMPORTED)
+target_include_directories(dependency_terminfo SYSTEM INTERFACE ${CURSES_INCLUDE_DIRECTORY})
+target_link_libraries(dependency_terminfo INTERFACE ${TERMINFO_LIBRARY})
+
 # As a library: compiled into each source by its headers alone, it doubles the time of a build.
 find_package(fmt REQUIRED)
 find_package(SQLiteCpp REQUIRED)

@@ -27,6 +27,7 @@ std::string lineOf(const NotificationContent& content) {
 // The deliveries of a channel that waits for nothing.
 struct PatientLines {
     std::shared_ptr<PatientOutput> output;
+    LineOf line;
     std::optional<std::int64_t> underWay;
     std::vector<ChannelEvent> events;
 
@@ -38,7 +39,7 @@ struct PatientLines {
         }
         underWay = delivery.number;
         // What comes of it is settled by the output.
-        [[maybe_unused]] const auto written = output->write(lineOf(delivery.content));
+        [[maybe_unused]] const auto written = output->write(line(delivery.content));
     }
 
     // Also what others write there settles the line before it.
@@ -49,17 +50,16 @@ struct PatientLines {
     }
 };
 
-}  // namespace
-
-Channel makeLinesChannel() {
+// Tells at once, or fails to.
+Channel impatientChannel(std::function<bool(const NotificationContent&)> show) {
     const auto events = std::make_shared<std::vector<ChannelEvent>>();
     return {
         .name = std::string{linesChannelName},
         .state = stateOfLines,
         .begin =
-            [events](const Delivery& delivery) {
-                const auto shown = StandardStreams::show(lineOf(delivery.content));
-                events->push_back({shown ? Kind::handedOver : Kind::failed, delivery.number});
+            [events, show = std::move(show)](const Delivery& delivery) {
+                events->push_back(
+                    {show(delivery.content) ? Kind::handedOver : Kind::failed, delivery.number});
             },
         .withdraw = [](const std::string&) {},
         .takeEvents = [events] { return std::exchange(*events, {}); },
@@ -67,8 +67,23 @@ Channel makeLinesChannel() {
     };
 }
 
-Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output) {
-    const auto lines = std::make_shared<PatientLines>(output);
+}  // namespace
+
+Channel makeLinesChannel() {
+    return impatientChannel([](const NotificationContent& content) {
+        return StandardStreams::show(lineOf(content)).has_value();
+    });
+}
+
+Channel makeLinesChannel(std::function<void(const NotificationContent&)> show) {
+    return impatientChannel([show = std::move(show)](const NotificationContent& content) {
+        show(content);
+        return true;
+    });
+}
+
+Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output, LineOf line) {
+    const auto lines = std::make_shared<PatientLines>(output, line ? std::move(line) : lineOf);
     output->whenSettled = [lines = std::weak_ptr{lines}](bool written) {
         if (const auto living = lines.lock()) living->settle(written);
     };

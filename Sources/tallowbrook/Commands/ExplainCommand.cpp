@@ -21,6 +21,8 @@ namespace {
 // What fits on a screen together with the explanation.
 constexpr int shownEvents = 10;
 
+}  // namespace
+
 std::string explanationOf(const SessionSnapshot& session, Database& database, Instant now) {
     const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
     auto text = fmt::format(
@@ -32,8 +34,6 @@ std::string explanationOf(const SessionSnapshot& session, Database& database, In
     for (const auto& [event, effect] : events) text += timelineRow(event, effect, now);
     return text;
 }
-
-}  // namespace
 
 int explain(const TallowbrookPaths& paths, const std::string& session) {
     return withExistingDatabase(paths, [&](Database& database) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "EventBridge/TallowbrookPaths.h"
+#include "Output/ColourChoice.h"
 
 namespace tallowbrook::host {
 
@@ -12,10 +13,22 @@ enum class WatchMode {
     once,  // one pass over what is there
 };
 
+enum class WatchOutput {
+    view,   // the live view where there is a terminal for it, else lines
+    lines,  // a line for each notification
+    json,   // a JSON object for each notification and each change of a session
+};
+
+struct WatchOptions {
+    WatchMode mode = WatchMode::stay;
+    WatchOutput output = WatchOutput::view;  // of a host that stays
+    ColourChoice colours = ColourChoice::automatic;
+};
+
 // Gives the exit status: 0, or 1 when the home or the database cannot be used, and of `once` also
 // when a part of the spool could not be read. Where another host
 // watches this home already, says so and shows what that one tells; takes over when it ends.
-int watch(const TallowbrookPaths& paths, WatchMode mode);
+int watch(const TallowbrookPaths& paths, const WatchOptions& options);
 
 // Adds the command to the command line.
 void addWatchCommand(CommandLine& line);

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <chrono>
 #include <tuple>
 
 #include "Domain/AgentProfile.h"
@@ -38,6 +39,8 @@ std::string waitingText(const SessionSnapshot& session) {
     return session.attention == AttentionKind::input ? "needs input" : "needs permission";
 }
 
+}  // namespace
+
 std::string statusText(const ListedSession& session) {
     if (session.status == SessionStatus::needsAttention) return waitingText(session.snapshot);
     // One may go on after a completed turn, but not after the end of the session.
@@ -46,7 +49,12 @@ std::string statusText(const ListedSession& session) {
     return std::string{label->text};
 }
 
-}  // namespace
+std::optional<Instant> nextStatusChange(const ListedSession& session) {
+    if (session.status != SessionStatus::working) return std::nullopt;
+    // One step later, since it is stale after that time and not with it.
+    return session.snapshot.lastSeenAt + std::chrono::floor<Instant::duration>(staleAfter) +
+           Instant::duration{1};
+}
 
 SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope scope,
                               Instant now) {
@@ -137,16 +145,21 @@ std::string SessionList::table(Instant now) const {
     return text;
 }
 
-std::string SessionList::json(Instant now) const {
+void encodeSession(RecordEncoder& encoder, const ListedSession& session, Instant now) {
     const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
+    const auto& [snapshot, status] = session;
+    encoder.encode("id", snapshot.id());
+    encoder.encode("status", status);
+    encoder.encode("project", snapshot.projectLabel());
+    encoder.encode("explanation", snapshot.explanation(now, staleAfter, formatTime));
+    encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
+}
+
+std::string SessionList::json(Instant now) const {
     std::string text{"["};
-    for (const auto& [snapshot, status] : sessions) {
+    for (const auto& session : sessions) {
         RecordEncoder encoder = EventCoding::makeEncoder();
-        encoder.encode("id", snapshot.id());
-        encoder.encode("status", status);
-        encoder.encode("project", snapshot.projectLabel());
-        encoder.encode("explanation", snapshot.explanation(now, staleAfter, formatTime));
-        encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
+        encodeSession(encoder, session, now);
         // A session a line, for tools that work by lines.
         text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();
     }

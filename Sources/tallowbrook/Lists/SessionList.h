@@ -6,10 +6,12 @@
 
 #include <cstddef>
 #include <expected>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Domain/RecordCoding.h"
 #include "Output/Sentence.h"
 #include "SessionState/SessionSnapshot.h"
 
@@ -18,7 +20,18 @@ namespace tallowbrook::host {
 struct ListedSession {
     SessionSnapshot snapshot;
     SessionStatus status = SessionStatus::unknown;  // as displayed, so `stale` too
+    bool operator==(const ListedSession&) const = default;
 };
+
+// In words: "needs permission", "has a question", "ended".
+std::string statusText(const ListedSession& session);
+
+// When the displayed status changes though nothing is heard of the session; absent where it never
+// does.
+std::optional<Instant> nextStatusChange(const ListedSession& session);
+
+// The members that `SessionList::json` has of each session.
+void encodeSession(RecordEncoder& encoder, const ListedSession& session, Instant now);
 
 enum class ListScope { recent, all };
 

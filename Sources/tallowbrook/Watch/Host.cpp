@@ -79,7 +79,8 @@ bool Host::pass() {
     return watcher_.pass();
 }
 
-void Host::attachTo(PollLoop& loop) {
+void Host::attachTo(PollLoop& loop, std::function<void()> afterwards) {
+    afterwards_ = std::move(afterwards);
     // Without a working signal the clock alone wakes.
     if (auto observer = SpoolSignal::Observer::start()) {
         signal_ = std::move(*observer);
@@ -89,13 +90,19 @@ void Host::attachTo(PollLoop& loop) {
             .proceed =
                 [this](short) {
                     // Of the other files in the signal's directory nothing is asked.
-                    if (signal_->consume() && leads()) pass();
+                    if (!signal_->consume() || !leads()) return;
+                    pass();
+                    afterwards_();
                 },
         }));
     }
     attachments_.push_back(loop.attach({
         .interest = [this] { return clockInterest(); },
-        .proceed = [this](short) { lookAround(); },
+        .proceed =
+            [this](short) {
+                lookAround();
+                afterwards_();
+            },
     }));
     for (const auto& channel : channels_)
         if (channel.source)
@@ -106,6 +113,7 @@ void Host::attachTo(PollLoop& loop) {
                         proceed(ready);
                         // What has come of a delivery is to be written down.
                         pass();
+                        afterwards_();
                     },
             }));
 }

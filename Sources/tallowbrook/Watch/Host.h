@@ -3,6 +3,7 @@
 #pragma once
 
 #include <expected>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -35,8 +36,12 @@ class Host {
     bool pass();
 
     // Makes a pass whenever there is reason for one: the spool's signal, what is due, and a look at
-    // the spool every 2 s for signals that do not arrive. The loop must outlive the host.
-    void attachTo(PollLoop& loop);
+    // the spool every 2 s for signals that do not arrive. The loop must outlive the host. What is
+    // to be done after each pass and each look is `afterwards`.
+    void attachTo(PollLoop& loop, std::function<void()> afterwards = [] {});
+
+    // Whether something that could not be done in the last pass stands to be done.
+    bool hasTroubles() const { return troubles_.stand(); }
 
  private:
     bool keepHome();
@@ -56,6 +61,7 @@ class Host {
     MonotonicTime nextLook_{};
     Instant seenClock_{};  // the time of day at the last look
     std::optional<SpoolSignal::Observer> signal_;
+    std::function<void()> afterwards_;
     std::vector<PollLoop::Attachment> attachments_;
 };
 
