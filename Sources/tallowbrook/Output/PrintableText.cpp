@@ -10,6 +10,7 @@
 namespace tallowbrook::host {
 namespace {
 
+constexpr std::string_view ellipsis = "…";
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
 struct Piece {
@@ -100,7 +101,7 @@ std::string PrintableText::shortened(std::string_view text, std::size_t columns)
     for (std::string_view rest = text; !rest.empty();) {
         const Piece piece = firstPiece(rest);
         used += columnsOf(piece.codePoint);
-        if (used > columns) return beforeEllipsis + "…";
+        if (used > columns) return beforeEllipsis.append(ellipsis);
         result.append(piece.bytes);
         if (used < columns) beforeEllipsis = result;
         rest.remove_prefix(piece.bytes.size());
@@ -110,7 +111,10 @@ std::string PrintableText::shortened(std::string_view text, std::size_t columns)
 
 std::string PrintableText::padded(std::string_view text, std::size_t columns) {
     auto result = shortened(text, columns);
-    return result.append(columns - width(result), ' ');
+    if (result.empty()) return std::string(columns, ' ');
+    // The ellipsis stands in the last column, though half a character may fit before it.
+    const auto blanksAt = result == text ? result.size() : result.size() - ellipsis.size();
+    return result.insert(blanksAt, columns - width(result), ' ');
 }
 
 std::vector<std::string> PrintableText::wrapped(std::string_view text, std::size_t columns,
