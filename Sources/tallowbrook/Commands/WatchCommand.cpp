@@ -185,8 +185,7 @@ void addWatchCommand(CommandLine& line) {
         "At a terminal it shows a live view of the sessions; ? in it lists the keys.");
     words.addFlag("--once", given->once, "Read what is there, list the sessions, and end");
     words.addFlag("--plain", given->plain, "A line for each notification, at a terminal too");
-    words.addFlag("--json", given->json,
-                  "A JSON object for each notification and each session that changes", "--once");
+    words.addFlag("--json", given->json, "JSON objects: notifications, changed sessions", "--once");
     words.addChoices("--color", {"auto", "always", "never"}, given->colours,
                      "Colours in the view; auto: unless NO_COLOR is set");
 }
