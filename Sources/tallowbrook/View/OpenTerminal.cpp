@@ -45,7 +45,8 @@ void setModes(int terminal, const termios& modes) {
 
 // Only calls that a handler may make (signal-safety(7)).
 extern "C" void restoreAndDie(int signal) {
-    const int terminal = std::exchange(rescue.terminal, -1);
+    const int terminal = rescue.terminal;
+    rescue.terminal = -1;
     if (terminal >= 0) {
         // CAN ends a sequence of which only the front was written (ECMA-48).
         [[maybe_unused]] ssize_t written = ::write(terminal, "\x18", 1);

@@ -28,10 +28,10 @@ constexpr std::size_t mostDirectory = 60;
 
 // "~/work/api" for a directory of the user.
 std::string directoryText(const SessionSnapshot& session) {
-    const auto path = session.cwd.value_or("");
+    auto path = session.cwd.value_or("");
     const auto home = userHomeDirectory();
     if (home && *home != "/" && path.starts_with(home->string() + "/"))
-        return "~" + path.substr(home->string().size());
+        path.replace(0, home->string().size(), "~");
     return path;
 }
 
