@@ -223,6 +223,7 @@ TEST_F(View, givesWayToLinesWhereItCannotBe) {
         TmuxScreen plain{own};
         plain.start(before + plain.watch(options));
         plain.waitFor("No sessions to show.");
+        EXPECT_EQ(plain.shows("no-such-terminal"), std::string{before}.contains("no-such"));
         own.claude("PermissionRequest", "S1");
         plain.waitFor("Claude Code needs permission: proj");
         EXPECT_EQ(plain.ask("#{alternate_on}"), "0\n");
@@ -230,14 +231,16 @@ TEST_F(View, givesWayToLinesWhereItCannotBe) {
 }
 
 TEST_F(View, takesNoKeysFromAPastedText) {
-    startWith({});
-    ASSERT_EQ(screen.ask("#{alternate_on}"), "1\n");
-    screen.paste("?qqp\n");
+    startWith({{"S1", "PermissionRequest"}, {"S2", "Stop"}});
+    screen.paste("p");
     screen.press({"Down"});
-    home.claude("PermissionRequest");
-    screen.waitFor(oneWaits);
+    screen.waitFor("› ✓ proj");
     EXPECT_FALSE(screen.shows("Paused"));
-    EXPECT_FALSE(screen.shows("this list"));
+    screen.press({"/"});
+    screen.waitFor("Only with:");
+    screen.paste("permission\n");
+    screen.waitFor("Only with: permission");
+    screen.waitForNo("✓ proj");
 }
 
 TEST_F(View, endsWithItsTerminal) {

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -138,7 +140,14 @@ std::optional<Screen> screenFor(const WatchOptions& options) {
     auto terminal = OpenTerminal::open();
     if (!terminal) return std::nullopt;
     auto text = TerminalText::of(terminal->descriptor(), wantsColours(options.colours));
-    if (!text) return std::nullopt;
+    if (!text) {
+        // A terminal that calls itself dumb is one on purpose.
+        const char* name = std::getenv("TERM");
+        if (name == nullptr || std::string_view{name} != "dumb")
+            StandardStreams::complain(
+                text.error().followedBy("Lines are printed in place of the live view."));
+        return std::nullopt;
+    }
     return Screen{std::move(*terminal), std::move(*text)};
 }
 

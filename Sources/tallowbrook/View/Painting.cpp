@@ -63,9 +63,10 @@ class Painter {
         auto head = headLines();
         auto foot = footLines();
         // The list comes first where there is little room.
-        while (head.size() + foot.size() + 1 > size_.rows && head.size() > 1) head.pop_back();
-        while (head.size() + foot.size() + 1 > size_.rows && foot.size() > 1)
-            foot.erase(foot.begin());
+        const auto leastBody = std::max<std::size_t>(size_.rows / 2, 1);
+        const auto isTooFull = [&] { return head.size() + foot.size() + leastBody > size_.rows; };
+        while (isTooFull() && head.size() > 1) head.pop_back();
+        while (isTooFull() && foot.size() > 1) foot.erase(foot.begin());
         if (head.size() + foot.size() + 1 > size_.rows) head.clear();
         if (foot.size() + 1 > size_.rows) foot.clear();
         view_.pageHeight = std::max<std::size_t>(size_.rows - head.size() - foot.size(), 1);

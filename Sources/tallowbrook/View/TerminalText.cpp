@@ -103,10 +103,15 @@ constexpr std::array colourNumbers{
 
 std::expected<TerminalText, Sentence> TerminalText::of(int descriptor, bool withColours) {
     int found = 0;
+    const auto cannot = [](const char* what) {
+        const char* name = std::getenv("TERM");
+        return std::unexpected(Sentence{std::string{"The terminal \""} +
+                                        (name != nullptr ? name : "") + "\" (TERM) " + what});
+    };
     if (setupterm(nullptr, descriptor, &found) != OK)
-        return std::unexpected(Sentence{"This terminal has no description (TERM)"});
+        return cannot("is not described on this machine");
     if (textOf("cup", 1, 1).empty() || textOf("clear").empty() || textOf("el").empty())
-        return std::unexpected(Sentence{"This terminal cannot move its cursor (TERM)"});
+        return cannot("cannot move its cursor");
 
     TerminalText text;
     text.clear = textOf("clear");

@@ -164,6 +164,14 @@ TEST(Painting, keepsTheNameAndTheTimeInTheNarrowestWindows) {
     EXPECT_THAT(screen, HasSubstr("\n? keys  q quit\n"));
 }
 
+TEST(Painting, leavesHalfOfTheWindowToTheListWhateverThereIsToSay) {
+    auto content = viewContent(severalSessions());
+    content.host = {.leads = false, .trouble = std::string(100, 'x'), .isPaused = true};
+    const auto view = painted(content, {20, 10});
+    EXPECT_EQ(view.pageHeight, 5U);
+    EXPECT_THAT(view.picture.text(), StartsWith("2 waiting\nxxx"));
+}
+
 TEST(Painting, neverTellsByColourAlone) {
     // What each status is drawn with, without its words and its colours.
     std::set<std::string> symbols;
