@@ -122,8 +122,6 @@ HostState LiveWatch::hostState(const NotificationPreferences& preferences, Insta
         .trouble = host_.hasTroubles() ? lastTrouble_ : databaseTrouble_,
         .isOff = !preferences.enabled,
         .isPaused = preferences.paused,
-        .quietUntil = {},
-        .nextChange = std::nullopt,
     };
     const auto& hours = preferences.quietHours;
     const auto calendar = Calendar::current();

@@ -13,14 +13,14 @@ namespace tallowbrook::host {
 
 // How the host itself stands.
 struct HostState {
-    bool leads = true;                  // else another host tells
-    Instant since{};                    // it watches
-    std::vector<std::string> channels;  // by which it tells
-    std::string trouble;                // what is wrong now, a sentence; empty where nothing is
+    bool leads = true;                       // else another host tells
+    Instant since{};                         // it watches
+    std::vector<std::string> channels = {};  // by which it tells
+    std::string trouble = {};  // what is wrong now, a sentence; empty where nothing is
     bool isOff = false;
     bool isPaused = false;
-    std::string quietUntil;             // "07:00" in quiet hours, else empty
-    std::optional<Instant> nextChange;  // when the above says something else by itself
+    std::string quietUntil = {};             // "07:00" in quiet hours, else empty
+    std::optional<Instant> nextChange = {};  // when the above says something else by itself
 };
 
 struct ViewContent {
