@@ -92,6 +92,43 @@ TEST(SlowTerminal, thatIsHaltedEndsWithItsHostAllTheSame) {
     EXPECT_THAT(view.seen, HasSubstr(leavesScreen));
 }
 
+int told(const TestHome& home) {
+    return SQLite::Database{home.paths.databaseFile().string(), SQLite::OPEN_READONLY, 5000}
+        .execAndGet("SELECT count(*) FROM deliveries WHERE state = 'told'")
+        .getInt();
+}
+
+TEST(SlowTerminal, countsWhatItShowsAsToldOnceItHasTakenIt) {
+    const TestHome home;
+    OnTerminal view{home};
+    view.waitFor("q quit");
+    const FileDescriptor screen{open(view.terminal.path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)};
+    ASSERT_EQ(tcflow(screen.number(), TCOOFF), 0);
+    for (int i = 1; i <= 3; ++i) {
+        home.claude("PermissionRequest", "S" + std::to_string(i));
+        waitUntil([&] { return storedEvents(home) == i; });
+    }
+    EXPECT_EQ(told(home), 0);
+    ASSERT_EQ(tcflow(screen.number(), TCOON), 0);
+    waitUntil([&] { return told(home) == 3; });
+    view.host.send(SIGTERM);
+    EXPECT_EQ(view.host.wait().status, 0);
+}
+
+TEST(SlowTerminal, thatNeverShowedANotificationLeavesItToTheNextHost) {
+    const TestHome home;
+    OnTerminal view{home};
+    view.waitFor("q quit");
+    const FileDescriptor screen{open(view.terminal.path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)};
+    ASSERT_EQ(tcflow(screen.number(), TCOOFF), 0);
+    home.claude("PermissionRequest");
+    waitUntil([&] { return storedEvents(home) == 1; });
+    view.host.send(SIGKILL);
+    EXPECT_EQ(view.host.wait().status, -1);
+    EXPECT_THAT(home.host({"watch", "--once"}).output,
+                HasSubstr("Claude Code needs permission: proj"));
+}
+
 TEST(Terminal, isWrittenToOnlyWhereThePictureChanges) {
     const TestHome home;
     home.claude("UserPromptSubmit");

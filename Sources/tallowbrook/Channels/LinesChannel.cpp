@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -50,16 +51,17 @@ struct PatientLines {
     }
 };
 
-// Tells at once, or fails to.
-Channel impatientChannel(std::function<bool(const NotificationContent&)> show) {
+}  // namespace
+
+Channel makeLinesChannel() {
     const auto events = std::make_shared<std::vector<ChannelEvent>>();
     return {
         .name = std::string{linesChannelName},
         .state = stateOfLines,
         .begin =
-            [events, show = std::move(show)](const Delivery& delivery) {
-                events->push_back(
-                    {show(delivery.content) ? Kind::handedOver : Kind::failed, delivery.number});
+            [events](const Delivery& delivery) {
+                const auto shown = StandardStreams::show(lineOf(delivery.content));
+                events->push_back({shown ? Kind::handedOver : Kind::failed, delivery.number});
             },
         .withdraw = [](const std::string&) {},
         .takeEvents = [events] { return std::exchange(*events, {}); },
@@ -67,19 +69,30 @@ Channel impatientChannel(std::function<bool(const NotificationContent&)> show) {
     };
 }
 
-}  // namespace
-
-Channel makeLinesChannel() {
-    return impatientChannel([](const NotificationContent& content) {
-        return StandardStreams::show(lineOf(content)).has_value();
-    });
+void ScreenLines::isShown() {
+    for (const auto number : std::exchange(underWay, {}))
+        events.push_back({Kind::handedOver, number});
+    hasNews = !events.empty();
 }
 
-Channel makeLinesChannel(std::function<void(const NotificationContent&)> show) {
-    return impatientChannel([show = std::move(show)](const NotificationContent& content) {
-        show(content);
-        return true;
-    });
+Channel makeLinesChannel(const std::shared_ptr<ScreenLines>& screen) {
+    return {
+        .name = std::string{linesChannelName},
+        .state = stateOfLines,
+        .begin =
+            [screen](const Delivery& delivery) {
+                screen->show(delivery.content);
+                if (screen->counts()) screen->underWay.push_back(delivery.number);
+            },
+        .withdraw = [](const std::string&) {},
+        .takeEvents = [screen] { return std::exchange(screen->events, {}); },
+        .source = PollSource{.interest =
+                                 [screen] {
+                                     if (!screen->hasNews) return PollInterest{};
+                                     return PollInterest{-1, 0, std::chrono::steady_clock::now()};
+                                 },
+                             .proceed = [screen](short) { screen->hasNews = false; }},
+    };
 }
 
 Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output, LineOf line) {

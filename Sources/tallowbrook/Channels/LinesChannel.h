@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Channels/Channel.h"
 #include "Channels/PatientOutput.h"
@@ -26,8 +27,24 @@ using LineOf = std::function<std::string(const NotificationContent&)>;
 // Where `lineOf` is empty, the lines are those of the channel above.
 Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output, LineOf lineOf = {});
 
-// The same channel for a host whose screen shows the notifications: `show` takes each at once.
-Channel makeLinesChannel(std::function<void(const NotificationContent&)> show);
+// A screen in the place of standard output, whose owner shows notifications among other things.
+struct ScreenLines {
+    // Takes a notification that is to be shown from here on.
+    std::function<void(const NotificationContent&)> show;
+    // Whether what is shown is to be recorded as told, and not only shown after another host.
+    std::function<bool()> counts;
+
+    // For the owner: the screen shows all that it was given.
+    void isShown();
+
+    // For the channel.
+    std::vector<std::int64_t> underWay = {};
+    std::vector<ChannelEvent> events = {};
+    bool hasNews = false;
+};
+
+// The same channel on a screen: what it was given counts as told once the screen shows it.
+Channel makeLinesChannel(const std::shared_ptr<ScreenLines>& screen);
 
 // "08:29:04  Claude Code needs permission: proj — waiting for approval." with a line feed at its
 // end.

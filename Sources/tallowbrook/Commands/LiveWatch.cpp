@@ -5,7 +5,6 @@
 #include <chrono>
 #include <utility>
 
-#include "Channels/LinesChannel.h"
 #include "Commands/ExplainCommand.h"
 #include "Commands/SessionChoice.h"
 #include "Loop/EndRequest.h"
@@ -50,11 +49,15 @@ LiveWatch::LiveWatch(TallowbrookPaths paths, Database& database, OpenTerminal te
     : paths_{std::move(paths)},
       database_{database},
       log_{std::move(log)},
+      lines_{std::make_shared<ScreenLines>(
+          [this](const NotificationContent& content) { tell(content); },
+          [this] { return host_.leads(); })},
       view_{std::move(terminal), std::move(text), [this] { return read(); }, actions()},
-      host_{paths_,
-            database_,
-            {makeLinesChannel([this](const NotificationContent& content) { tell(content); })},
-            [this](const std::string& sentence) { say(sentence); }} {}
+      host_{paths_, database_, {makeLinesChannel(lines_)}, [this](const std::string& sentence) {
+                say(sentence);
+            }} {
+    view_.whenShown = [this] { lines_->isShown(); };
+}
 
 int LiveWatch::run() {
     if (auto tried = host_.tryToLead(); !tried)

@@ -1,9 +1,11 @@
 // `tallowbrook watch` at a terminal: the host together with its live view.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "Channels/LinesChannel.h"
 #include "EventBridge/TallowbrookPaths.h"
 #include "Loop/BackgroundRun.h"
 #include "Store/Database.h"
@@ -48,6 +50,7 @@ class LiveWatch {
     Database& database_;
     Troubles::Say log_;
     PollLoop loop_;
+    std::shared_ptr<ScreenLines> lines_;
     LiveView view_;
     Host host_;
     std::optional<BackgroundRun> focusRun_;

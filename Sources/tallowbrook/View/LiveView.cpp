@@ -57,6 +57,7 @@ void LiveView::tell(std::string line, bool rings) {
     told_.push_back(std::move(line));
     if (told_.size() > mostTold) told_.pop_front();
     isDirty_ = true;
+    hasUnseen_ = true;
     if (rings && terminal_.isEntered() && !terminal_.isBehind()) write(text_.ring);
 }
 
@@ -110,6 +111,13 @@ void LiveView::proceed(short ready) {
         refresh();
     }
     drawIfDue();
+    noteIfShown();
+}
+
+void LiveView::noteIfShown() {
+    if (!hasUnseen_ || isDirty_ || terminal_.isBehind() || !terminal_.isEntered()) return;
+    hasUnseen_ = false;
+    whenShown();
 }
 
 void LiveView::takeKeys(const std::vector<Key>& keys) {

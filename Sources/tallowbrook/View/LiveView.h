@@ -40,6 +40,9 @@ class LiveView {
     // A line of what the user is told, with a bell where it rings.
     void tell(std::string line, bool rings);
 
+    // Is told whenever the terminal has taken the picture with all that was told until then.
+    std::function<void()> whenShown = [] {};
+
     // An answer to the user's last key.
     void report(std::string sentence);
 
@@ -55,6 +58,7 @@ class LiveView {
     void stop();
     void goOn();
     void drawIfDue();
+    void noteIfShown();
     void write(const std::string& text);
 
     OpenTerminal terminal_;
@@ -71,6 +75,7 @@ class LiveView {
     PaintedView painted_;
     bool hasScreen_ = false;  // `painted_` is what the terminal shows
     bool isDirty_ = true;     // something may look otherwise
+    bool hasUnseen_ = false;  // something was told that the terminal does not show yet
     bool isPasting_ = false;
     MonotonicTime nextDraw_{};  // not before then
     std::optional<MonotonicTime> escapeDeadline_;
