@@ -117,8 +117,8 @@ std::string PrintableText::padded(std::string_view text, std::size_t columns) {
     return result.insert(blanksAt, columns - width(result), ' ');
 }
 
-std::vector<std::string> PrintableText::wrapped(std::string_view text, std::size_t columns,
-                                                std::size_t indent) {
+std::vector<std::string> PrintableText::wrappedLines(std::string_view text, std::size_t columns,
+                                                     std::size_t indent) {
     columns = std::max<std::size_t>(columns, 1);
     // What leaves hardly any room for words is no indent.
     if (indent * 2 > columns) indent = 0;

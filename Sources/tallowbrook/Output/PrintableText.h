@@ -30,7 +30,7 @@ std::string padded(std::string_view text, std::size_t columns);
 
 // The text in lines of at most `columns`, at least one, broken at blanks where there are any; the
 // second and further ones begin with `indent` blanks.
-std::vector<std::string> wrapped(std::string_view text, std::size_t columns,
-                                 std::size_t indent = 0);
+std::vector<std::string> wrappedLines(std::string_view text, std::size_t columns,
+                                      std::size_t indent = 0);
 
 }  // namespace tallowbrook::host::PrintableText

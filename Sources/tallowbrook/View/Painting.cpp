@@ -30,7 +30,7 @@ PictureLine plainLine(const std::string& text, std::size_t columns, Style style 
 
 void addWrapped(std::vector<PictureLine>& lines, const std::string& text, std::size_t columns,
                 std::size_t mostLines, Style style) {
-    auto wrapped = PrintableText::wrapped(printable(text), columns);
+    auto wrapped = PrintableText::wrappedLines(printable(text), columns);
     if (wrapped.size() > mostLines) {
         wrapped.resize(mostLines);
         wrapped.back() = PrintableText::shortened(wrapped.back() + " …", columns);
@@ -216,7 +216,7 @@ class Painter {
     void addKeys(std::vector<PictureLine>& lines) const {
         constexpr std::size_t nameColumns = 10;
         for (const auto& [names, meaning] : listOfKeys(offered_)) {
-            const auto wrapped = PrintableText::wrapped(
+            const auto wrapped = PrintableText::wrappedLines(
                 PrintableText::padded(names, nameColumns) + " " + meaning, size_.columns, 2);
             for (std::size_t i = 0; i < wrapped.size(); ++i) lines.push_back({{0, wrapped[i], {}}});
             if (!wrapped.empty()) boldFront(lines[lines.size() - wrapped.size()], nameColumns);
@@ -236,7 +236,7 @@ class Painter {
             const auto end = std::min(rest.find('\n'), rest.size());
             constexpr std::size_t indent = 2;
             for (const auto& line :
-                 PrintableText::wrapped(printable(rest.substr(0, end)), size_.columns, indent))
+                 PrintableText::wrappedLines(printable(rest.substr(0, end)), size_.columns, indent))
                 lines.push_back({{0, line, lines.empty() ? bold : Style{}}});
             rest.remove_prefix(std::min(end + 1, rest.size()));
         }

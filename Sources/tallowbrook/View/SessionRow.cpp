@@ -11,11 +11,12 @@ namespace {
 
 // "› ● " before the project.
 constexpr std::size_t gutter = 4;
-// A narrow window has one blank between two columns.
+// A narrower window has one blank between two columns.
 constexpr std::size_t columnsForGap = 60;
 
 constexpr std::size_t statusColumns = 16;  // "needs permission"
-constexpr std::size_t sinceColumns = 7;    // "12 days", "<1 min"
+constexpr std::size_t sinceColumns = 7;    // "12 days"
+constexpr std::size_t narrowSince = 6;     // "<1 min", "2 days"
 constexpr std::size_t agentColumns = 11;   // "Claude Code"
 constexpr std::size_t leastProject = 7;
 constexpr std::size_t goodProject = 16;
@@ -51,7 +52,7 @@ RowLayout::RowLayout(std::size_t columns)
         left -= width + gap_;
     };
     // Each only where enough is left for the project's name.
-    take(since_, sinceColumns, leastProject);
+    take(since_, columns < columnsForGap ? narrowSince : sinceColumns, leastProject);
     take(status_, statusColumns, leastProject);
     take(agent_, agentColumns, goodProject);
     take(reason_, goodReason, goodProject);

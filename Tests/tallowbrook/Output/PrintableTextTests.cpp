@@ -125,20 +125,20 @@ TEST(PrintableText, shortensToWhatFitsAndPadsNothing) {
 
 TEST(PrintableText, breaksLinesAtBlanks) {
     using Lines = std::vector<std::string>;
-    EXPECT_EQ(PrintableText::wrapped("", 10), Lines{""});
-    EXPECT_EQ(PrintableText::wrapped("one two", 10), Lines{"one two"});
-    EXPECT_EQ(PrintableText::wrapped("one two three", 7), (Lines{"one two", "three"}));
-    EXPECT_EQ(PrintableText::wrapped("one two three", 8, 2), (Lines{"one two", "  three"}));
-    EXPECT_EQ(PrintableText::wrapped("one   two", 4), (Lines{"one ", "two"}));
+    EXPECT_EQ(PrintableText::wrappedLines("", 10), Lines{""});
+    EXPECT_EQ(PrintableText::wrappedLines("one two", 10), Lines{"one two"});
+    EXPECT_EQ(PrintableText::wrappedLines("one two three", 7), (Lines{"one two", "three"}));
+    EXPECT_EQ(PrintableText::wrappedLines("one two three", 8, 2), (Lines{"one two", "  three"}));
+    EXPECT_EQ(PrintableText::wrappedLines("one   two", 4), (Lines{"one ", "two"}));
 }
 
 TEST(PrintableText, cutsWordsThatAreLongerThanALine) {
     using Lines = std::vector<std::string>;
-    EXPECT_EQ(PrintableText::wrapped("abcdefgh", 3), (Lines{"abc", "def", "gh"}));
-    EXPECT_EQ(PrintableText::wrapped("日本語", 3), (Lines{"日", "本", "語"}));
-    EXPECT_EQ(PrintableText::wrapped("日本", 1), (Lines{"日", "本"}));
-    EXPECT_EQ(PrintableText::wrapped("abc", 0), (Lines{"a", "b", "c"}));
-    EXPECT_EQ(PrintableText::wrapped("abcdef", 3, 2), (Lines{"abc", "def"}));
+    EXPECT_EQ(PrintableText::wrappedLines("abcdefgh", 3), (Lines{"abc", "def", "gh"}));
+    EXPECT_EQ(PrintableText::wrappedLines("日本語", 3), (Lines{"日", "本", "語"}));
+    EXPECT_EQ(PrintableText::wrappedLines("日本", 1), (Lines{"日", "本"}));
+    EXPECT_EQ(PrintableText::wrappedLines("abc", 0), (Lines{"a", "b", "c"}));
+    EXPECT_EQ(PrintableText::wrappedLines("abcdef", 3, 2), (Lines{"abc", "def"}));
 }
 
 }  // namespace
