@@ -144,7 +144,7 @@ TEST(Painting, fitsWindowsOfEverySize) {
     ViewState explanation;
     explanation.overlay = {ViewState::Overlay::Kind::explanation, std::string(700, 'w') + "\n\nx"};
     for (std::size_t columns = 1; columns <= 400; columns += columns < 120 ? 1 : 35)
-        for (const std::size_t rows : {1, 2, 3, 5, 9, 14, 16, 28, 60})
+        for (const std::size_t rows : {1U, 2U, 3U, 5U, 9U, 14U, 16U, 28U, 60U})
             for (const auto& state : {ViewState{}, typing, keys, explanation}) {
                 const auto picture = painted(content, {columns, rows}, state, told).picture;
                 ASSERT_EQ(picture.lines.size(), rows);
