@@ -1,5 +1,5 @@
-// The speeds of terminals, for the cross build of ncurses alone: the compiler's set of system headers
-// lacks this one. See termios(4).
+// The speeds of terminals, for the cross build of ncurses alone: the compiler's set of system
+// headers lacks this one. See termios(4).
 #pragma once
 
 #define B0 0
