@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <tuple>
 
@@ -40,6 +41,8 @@ std::string waitingText(const SessionSnapshot& session) {
     return session.attention == AttentionKind::input ? "needs input" : "needs permission";
 }
 
+}  // namespace
+
 std::string statusText(const ListedSession& session) {
     if (session.status == SessionStatus::needsAttention) return waitingText(session.snapshot);
     if (endedWithoutFinishing(session.snapshot)) return "ended unfinished";
@@ -51,6 +54,15 @@ std::string statusText(const ListedSession& session) {
     const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);
     return std::string{label->text};
 }
+
+std::optional<Instant> nextStatusChange(const ListedSession& session) {
+    if (session.status != SessionStatus::working) return std::nullopt;
+    // One step later, since it is stale after that time and not with it.
+    return session.snapshot.lastSeenAt + std::chrono::floor<Instant::duration>(staleAfter) +
+           Instant::duration{1};
+}
+
+namespace {
 
 // The names of sessions that are listed together. A stored mark may be older than what it marks, so
 // the project and its directory are taken from the session itself.
@@ -216,18 +228,22 @@ std::string SessionList::table(Instant now) const {
     return text;
 }
 
+void encodeSession(RecordEncoder& encoder, const ListedSession& session, Instant now) {
+    const auto& snapshot = session.snapshot;
+    encoder.encode("id", snapshot.id());
+    encoder.encode("status", session.status);
+    encoder.encode("project", snapshot.projectLabel());
+    encoder.encode("name", session.name);
+    encoder.encode("explanation", session.explanation(now));
+    if (session.presence) encoder.encode("agent", agentRecord(*session.presence));
+    encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
+}
+
 std::string SessionList::json(Instant now) const {
     std::string text{"["};
     for (const auto& session : sessions) {
-        const auto& snapshot = session.snapshot;
         RecordEncoder encoder = EventCoding::makeEncoder();
-        encoder.encode("id", snapshot.id());
-        encoder.encode("status", session.status);
-        encoder.encode("project", snapshot.projectLabel());
-        encoder.encode("name", session.name);
-        encoder.encode("explanation", session.explanation(now));
-        if (session.presence) encoder.encode("agent", agentRecord(*session.presence));
-        encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
+        encodeSession(encoder, session, now);
         // A session a line, for tools that work by lines.
         text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();
     }

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Domain/RecordCoding.h"
 #include "Output/Sentence.h"
 #include "Output/SessionName.h"
 #include "SessionState/AgentPresence.h"
@@ -27,7 +28,18 @@ struct ListedSession {
 
     // Why it has the status: `SessionSnapshot::explanation`, or what was found out beside events.
     std::string explanation(Instant now) const;
+    bool operator==(const ListedSession&) const = default;
 };
+
+// In words: "needs permission", "has a question", "ended".
+std::string statusText(const ListedSession& session);
+
+// When the displayed status changes though nothing is heard of the session; absent where it never
+// does.
+std::optional<Instant> nextStatusChange(const ListedSession& session);
+
+// The members that `SessionList::json` has of each session.
+void encodeSession(RecordEncoder& encoder, const ListedSession& session, Instant now);
 
 enum class ListScope { recent, all };
 
