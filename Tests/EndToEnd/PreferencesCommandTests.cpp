@@ -52,7 +52,7 @@ TEST(Preferences, thatMuteSaySo) {
         EXPECT_EQ(result.status, 0);
         const auto& output = result.output;
         // Behind the last row.
-        return output.substr(output.find("15 or 30\n") + 9);
+        return output.substr(output.find("that you look at\n") + 17);
     };
     EXPECT_EQ(said("paused", "on"),
               "Nothing is told, as \"paused\" is on (tallowbrook preferences paused off).\n");

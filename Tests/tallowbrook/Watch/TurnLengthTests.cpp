@@ -40,7 +40,7 @@ TEST_F(TurnLength, thatIsUnknownIsTold) {
     EXPECT_EQ(told(), finished);
     store({prompt(30), stop(31), event("PostToolUse", EventCategory::activity, 32)});
     EXPECT_EQ(untold(),
-              (Texts{"the session had moved on before it could be told", "the turn took 1 s"}));
+              (Texts{"it was over before it could be told", "the turn took 1 s"}));
 }
 
 TEST_F(TurnLength, beginsAnewWithAPromptAfterATurnWhoseEndWasNeverReported) {
