@@ -72,8 +72,14 @@ std::string outcomeOf(const DeliveryRecord& delivery, Instant now) {
 News newsOf(const NotificationRecord& record, Provider provider, Instant now) {
     const auto& [notification, deliveries] = record;
     News news{notification.observedAt, shortTitle(notification.content.title, provider), {}};
-    for (const auto& delivery : deliveries)
+    const bool isPassedOn = std::ranges::any_of(deliveries, [](const DeliveryRecord& delivery) {
+        return delivery.state != DeliveryState::refused;
+    });
+    for (const auto& delivery : deliveries) {
+        // Another channel has stood in for this one.
+        if (isPassedOn && delivery.state == DeliveryState::refused) continue;
         news.outcomes.push_back(fmt::format("{} ({})", outcomeOf(delivery, now), delivery.channel));
+    }
     if (deliveries.empty()) news.outcomes.emplace_back("not told: no channel was usable");
     return news;
 }

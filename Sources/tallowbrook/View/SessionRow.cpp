@@ -90,7 +90,7 @@ PictureLine RowLayout::line(const ListedSession& session, bool isSelected, Insta
         {.bold = true});
     if (columns_ > 2) add(std::string{symbolOf(session.status).text}, 1, style);
     if (columns_ > 3) space(1);
-    add(session.snapshot.projectLabel(), project_, {.bold = waits, .dim = ended});
+    add(session.name, project_, {.bold = waits, .dim = ended});
     const auto addColumn = [&](const std::string& text, std::size_t width, Style columnStyle) {
         if (width == 0) return;
         space(gap_);

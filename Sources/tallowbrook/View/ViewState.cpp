@@ -24,7 +24,7 @@ bool has(std::string_view text, std::string_view part) {
 // What the user sees of a session, its id too.
 bool passes(const ListedSession& session, const std::string& filter) {
     const auto& snapshot = session.snapshot;
-    return has(snapshot.projectLabel(), filter) || has(agentText(session), filter) ||
+    return has(session.name, filter) || has(agentText(session), filter) ||
            has(statusText(session), filter) || has(reasonText(session), filter) ||
            has(snapshot.key.sessionID, filter) || has(snapshot.cwd.value_or(""), filter);
 }

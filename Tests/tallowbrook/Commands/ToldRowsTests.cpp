@@ -51,7 +51,15 @@ TEST_F(ToldRowsOfASession, sayWhatEachChannelHasComeTo) {
     outbox.markBegun(1, "d");
     EXPECT_EQ(rows(), row(at(1), "finished", "told at " + time + " (a)") +
                           row("", "", "still to be told, 1 attempt failed") + row("", "", "(b)") +
-                          row("", "", "refused (c)") + row("", "", "begun, no answer yet (d)"));
+                          row("", "", "begun, no answer yet (d)"))
+        << "others have stood in for c";
+}
+
+TEST_F(ToldRowsOfASession, sayThatNoChannelCouldTellIt) {
+    add(1, {"a", "b"});
+    outbox.markRefused(1, "a");
+    outbox.markRefused(1, "b");
+    EXPECT_EQ(rows(), row(at(1), "finished", "refused (a)") + row("", "", "refused (b)"));
 }
 
 TEST_F(ToldRowsOfASession, sayWhereNoChannelWasUsableOrItWasTooOld) {

@@ -59,6 +59,14 @@ TEST(Painting, showsEachSessionOnALineWithAllThatTells) {
               "  ▸ app                   working                            <1 min  Claude Code");
 }
 
+TEST(Painting, tellsSessionsOfOneProjectApart) {
+    auto second = viewSession("docs", working);
+    second.key.sessionID = "another";
+    const auto screen = text(viewContent({viewSession("docs", needsAttention), second}));
+    EXPECT_THAT(screen, HasSubstr("● docs #2 "));
+    EXPECT_THAT(screen, HasSubstr("▸ docs #1 "));
+}
+
 TEST(Painting, countsInItsTitle) {
     EXPECT_THAT(text(viewContent(severalSessions())),
                 StartsWith("2 sessions wait for you, 1 failed, 1 working"));
