@@ -84,7 +84,7 @@ TEST(Mute, keepsQuietOfOneSession) {
     home.host({"watch", "--once"});
     const auto muted = home.host({"mute", "S1", "for", "2h"});
     EXPECT_EQ(muted.status, 0) << muted.errors;
-    EXPECT_THAT(muted.output, testing::StartsWith("The session claudeCode|S1 is muted until "));
+    EXPECT_THAT(muted.output, testing::StartsWith("The session proj #1 is muted until "));
     home.claude("Stop", "S1");
     home.claude("PermissionRequest", "S2");
     const auto watched = home.host({"watch", "--once"});
@@ -94,7 +94,7 @@ TEST(Mute, keepsQuietOfOneSession) {
 
     EXPECT_EQ(
         home.host({"unmute", "S1"}),
-        (ProgramResult{.status = 0, .output = "The session claudeCode|S1 is no longer muted.\n"}));
+        (ProgramResult{.status = 0, .output = "The session proj #1 is no longer muted.\n"}));
     home.claude("PermissionRequest", "S1");
     EXPECT_THAT(home.host({"watch", "--once"}).output, HasSubstr("needs permission: proj"));
 }

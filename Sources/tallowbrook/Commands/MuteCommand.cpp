@@ -29,9 +29,13 @@ std::expected<Mute, Sentence> named(const std::string& name, Database& database,
         Sentence{fmt::format("There is no session and no project \"{}\"", name)});
 }
 
-std::string describe(const Mute& mute) {
-    return PrintableText::printable(fmt::format(
-        "{} {}", mute.scope == MuteScope::session ? "The session" : "The project", mute.name));
+std::string describe(const Mute& mute, const SessionList& list) {
+    if (mute.scope == MuteScope::project)
+        return PrintableText::printable("The project " + mute.name);
+    const auto listed = std::ranges::find_if(
+        list.sessions, [&](const ListedSession& session) { return mute.isOf(session.snapshot); });
+    return PrintableText::printable("The session " +
+                                    (listed == list.sessions.end() ? mute.name : listed->name));
 }
 
 int refuse(const Sentence& why) {
@@ -60,8 +64,9 @@ int mute(const TallowbrookPaths& paths, const std::string& name, const EndWordsG
         if (!mute) return refuse(mute.error());
         mute->until = *end;
         changeMutes(database, now, [&](Mutes& mutes) { mutes.add(*mute); });
-        return StandardStreams::showAsResult(describe(*mute) + " is muted " +
-                                             untilWords(*end, now) + ".\n");
+        return StandardStreams::showAsResult(
+            describe(*mute, listedSessions(database, ListScope::all, now)) + " is muted " +
+            untilWords(*end, now) + ".\n");
     });
 }
 
@@ -77,14 +82,16 @@ int unmute(const TallowbrookPaths& paths, const std::optional<std::string>& name
         const auto isMeant = [&](const Mute& mute) {
             return !wanted || (mute.scope == wanted->scope && mute.name == wanted->name);
         };
+        const auto list = listedSessions(database, ListScope::all, now);
         std::string text;
         changeMutes(database, now, [&](Mutes& mutes) {
             std::erase_if(mutes.all, [&](const Mute& mute) {
-                if (isMeant(mute)) text += describe(mute) + " is no longer muted.\n";
+                if (isMeant(mute)) text += describe(mute, list) + " is no longer muted.\n";
                 return isMeant(mute);
             });
         });
-        if (text.empty() && wanted) return refuse(Sentence{describe(*wanted) + " was not muted"});
+        if (text.empty() && wanted)
+            return refuse(Sentence{describe(*wanted, list) + " was not muted"});
         return StandardStreams::showAsResult(text.empty() ? "Nothing was muted.\n" : text);
     });
 }
