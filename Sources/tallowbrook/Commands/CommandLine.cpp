@@ -15,6 +15,8 @@
 #include "Commands/PreferencesCommand.h"
 #include "Commands/SessionsCommand.h"
 #include "Commands/SetupCommand.h"
+#include "Commands/StatusCommand.h"
+#include "Commands/WaitCommand.h"
 #include "Commands/WatchCommand.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "Output/ExitStatus.h"
@@ -36,8 +38,10 @@ void CommandWords::addFlag(const std::string& names, bool& target, const std::st
 }
 
 void CommandWords::addOption(const std::string& name, const std::string& valueName,
-                             std::optional<std::string>& target, const std::string& meaning) {
-    command_.add_option(name, target, meaning)->type_name(valueName);
+                             std::optional<std::string>& target, const std::string& meaning,
+                             const std::string& excluded) {
+    auto* option = command_.add_option(name, target, meaning)->type_name(valueName);
+    if (!excluded.empty()) option->excludes(command_.get_option(excluded));
 }
 
 void CommandWords::addOperand(const std::string& name, std::string& target,
@@ -76,9 +80,11 @@ CommandLine::CommandLine()
     };
     // In the order in which the help lists them: the daily ones first.
     addWatchCommand(*this);
+    addStatusCommand(*this);
     addSessionsCommand(*this);
     addExplainCommand(*this);
     addFocusCommands(*this);
+    addWaitCommand(*this);
     addPauseCommands(*this);
     addMuteCommands(*this);
     addPreferencesCommand(*this);

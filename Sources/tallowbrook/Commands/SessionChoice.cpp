@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "Preferences/HostSettings.h"
+#include "Store/PresenceStore.h"
 #include "Store/SessionMarks.h"
 #include "Store/SessionStore.h"
 #include "Watch/Presence.h"
@@ -17,6 +18,13 @@ SessionList recentSessions(Database& database, Instant now) {
                                   Presence{}.asOfNow(database, since, now));
     list.olderCount = static_cast<std::size_t>(store.countOfSessionsSeenBefore(since));
     return list;
+}
+
+SessionList storedSessions(Database& database, Instant now) {
+    const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
+    return SessionList::make(SessionStore{database}.sessionsSeenSince(since), ListScope::recent,
+                             now, SessionMarks{database}.seenSince(since),
+                             PresenceStore{database}.ofSessionsSeenSince(since));
 }
 
 SessionList listedSessions(Database& database, ListScope scope, Instant now) {

@@ -23,6 +23,9 @@ namespace tallowbrook::host {
 // when the database fails.
 SessionList recentSessions(Database& database, Instant now);
 
+// The same as it was last stored: no agent is looked at. For a caller who is in a hurry.
+SessionList storedSessions(Database& database, Instant now);
+
 // `recentSessions`, or all.
 SessionList listedSessions(Database& database, ListScope scope, Instant now);
 

@@ -40,18 +40,6 @@ std::string waitingText(const SessionSnapshot& session) {
     return session.attention == AttentionKind::input ? "needs input" : "needs permission";
 }
 
-std::string statusText(const ListedSession& session) {
-    if (session.status == SessionStatus::needsAttention) return waitingText(session.snapshot);
-    if (endedWithoutFinishing(session.snapshot)) return "ended unfinished";
-    // One may go on after a completed turn, but not after the end of the session.
-    const bool isGone = session.presence && session.presence->state == AgentState::gone;
-    const bool hasEnded = session.snapshot.sessionEnded || isGone;
-    if (session.status == SessionStatus::completed && hasEnded) return "ended";
-    if (session.presence && session.presence->state == AgentState::idle) return "idle";
-    const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);
-    return std::string{label->text};
-}
-
 // The names of sessions that are listed together. A stored mark may be older than what it marks, so
 // the project and its directory are taken from the session itself.
 SessionNames namesOf(std::vector<const SessionSnapshot*> sessions,
@@ -103,6 +91,18 @@ RecordEncoder agentRecord(const AgentPresence& presence) {
 }
 
 }  // namespace
+
+std::string statusText(const ListedSession& session) {
+    if (session.status == SessionStatus::needsAttention) return waitingText(session.snapshot);
+    if (endedWithoutFinishing(session.snapshot)) return "ended unfinished";
+    // One may go on after a completed turn, but not after the end of the session.
+    const bool isGone = session.presence && session.presence->state == AgentState::gone;
+    const bool hasEnded = session.snapshot.sessionEnded || isGone;
+    if (session.status == SessionStatus::completed && hasEnded) return "ended";
+    if (session.presence && session.presence->state == AgentState::idle) return "idle";
+    const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);
+    return std::string{label->text};
+}
 
 std::string ListedSession::explanation(Instant now) const {
     const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };

@@ -29,6 +29,9 @@ struct ListedSession {
     std::string explanation(Instant now) const;
 };
 
+// In words: "needs permission", "has a question", "ended".
+std::string statusText(const ListedSession& session);
+
 enum class ListScope { recent, all };
 
 struct SessionList {

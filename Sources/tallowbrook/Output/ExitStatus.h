@@ -11,5 +11,9 @@ inline constexpr int wrongUsage = 2;  // nothing was done
 inline constexpr int notInOrder = 3;
 // All else is in order, but no host runs: what the agents report is told to nobody.
 inline constexpr int noHost = 4;
+// `wait` ends with `done` for a turn that was completed, and with one of these for all else.
+inline constexpr int needsUser = 5;
+inline constexpr int notFinished = 6;  // failed, interrupted, or ended in the middle
+inline constexpr int timedOut = 124;   // as timeout(1) has it
 
 }  // namespace tallowbrook::host::ExitStatus

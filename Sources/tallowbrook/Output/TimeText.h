@@ -23,4 +23,10 @@ std::string shortTime(Instant instant, Instant now);
 // "just now", "5 min ago", "3 h ago", "2 days ago".
 std::string ago(Instant instant, Instant now);
 
+// For how long something has been so: "<1 min", "5 min", "3 h", "2 days".
+std::string lasting(Instant since, Instant now);
+
+// When `ago` and `lasting` of this instant say something else than at `now`.
+Instant nextChange(Instant since, Instant now);
+
 }  // namespace tallowbrook::host::TimeText
