@@ -57,13 +57,23 @@ int showStatus(const TallowbrookPaths& paths, const StatusForm& form) {
     });
 }
 
+int showStatusAndHints(const TallowbrookPaths& paths) {
+    const int status = showStatus(paths, {});
+    if (status != ExitStatus::done) return status;
+    const auto* hints = Database::exists(paths)
+                            ? "\n\"tallowbrook sessions\" lists the sessions.\n"
+                            : "\n\"tallowbrook setup\" lets your agents report.\n";
+    return StandardStreams::showAsResult(hints +
+                                         std::string{"\"tallowbrook help\" lists the commands.\n"});
+}
+
 void addStatusCommand(CommandLine& line) {
     const auto form = std::make_shared<StatusForm>();
     auto words = line.add(
         "status", "Tell in a line who waits, works or failed",
         [form](const TallowbrookPaths& paths) { return showStatus(paths, *form); },
         "It reads what is stored and no more, so that a prompt or a bar can ask often.\n"
-        "Examples:\n"
+        "\nExamples:\n"
         "  tallowbrook status\n"
         "  tallowbrook status --short\n"
         "  tallowbrook status --format tmux\n"

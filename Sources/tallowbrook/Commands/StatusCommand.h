@@ -21,6 +21,9 @@ struct StatusForm {
 // Gives the exit status: 0, 1 when the database cannot be read, 2 for a format that there is not.
 int showStatus(const TallowbrookPaths& paths, const StatusForm& form);
 
+// For a command line without a command: the same, and what to do from there.
+int showStatusAndHints(const TallowbrookPaths& paths);
+
 // Adds the command to the command line.
 void addStatusCommand(CommandLine& line);
 

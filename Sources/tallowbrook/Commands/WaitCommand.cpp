@@ -213,7 +213,7 @@ void addWaitCommand(CommandLine& line) {
         "5: it needs you.\n"
         "6: it failed, was interrupted or has ended in the middle.\n"
         "124: the time is over.\n"
-        "Examples:\n"
+        "\nExamples:\n"
         "  tallowbrook wait                 any session, from here on\n"
         "  tallowbrook wait docs-site && make deploy\n"
         "  tallowbrook wait 2 --timeout 600");
