@@ -29,6 +29,13 @@ if(SDBUS_INCLUDE_DIRECTORY AND SDBUS_LIBRARY AND NOT APPLE)
     target_link_libraries(dependency_sdbus INTERFACE ${SDBUS_LIBRARY})
 endif()
 
+# Of curses the descriptions of terminals alone, which some systems have in a library of their own.
+find_path(CURSES_INCLUDE_DIRECTORY curses.h REQUIRED)
+find_library(TERMINFO_LIBRARY NAMES tinfo tinfow ncursesw ncurses REQUIRED)
+add_library(dependency_terminfo INTERFACE IMPORTED)
+target_include_directories(dependency_terminfo SYSTEM INTERFACE ${CURSES_INCLUDE_DIRECTORY})
+target_link_libraries(dependency_terminfo INTERFACE ${TERMINFO_LIBRARY})
+
 # As a library: compiled into each source by its headers alone, it doubles the time of a build.
 find_package(fmt REQUIRED)
 find_package(SQLiteCpp REQUIRED)

@@ -116,6 +116,7 @@ TEST_F(StandInAgent, isLookedAtByACommandWithoutAHost) {
 }
 
 TEST_F(StandInAgent, thatSpeaksAgainIsAlive) {
+    ASSERT_EQ(home.host({"preferences", "completionAfter", "0"}).status, 0);
     const auto host = hostAtADialog();
     note("idle");
     waitUntil([&] { return known() == "idle"; });

@@ -43,12 +43,12 @@ class PseudoTerminal {
         return write(primary, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     }
 
-    // What programs have written and was not read yet; does not wait.
+    // What programs have written that was not read yet; empty where there is nothing.
     std::string read() const {
         std::string text;
-        std::array<char, 4096> buffer;
+        std::array<char, 65536> buffer;
         pollfd reader{primary, POLLIN, 0};
-        while (poll(&reader, 1, 0) > 0) {
+        while (poll(&reader, 1, 10) > 0) {
             const ssize_t count = ::read(primary, buffer.data(), buffer.size());
             if (count <= 0) break;
             text.append(buffer.data(), static_cast<std::size_t>(count));

@@ -19,6 +19,8 @@ namespace tallowbrook::host {
 struct ChannelTools {
     SayWhy say = [](const auto&) {};
     FocusCommand focusCommand = [](const auto&) { return std::string{}; };
+    // False where something else reads what the terminal sends.
+    bool mayAskTerminal = true;
 };
 
 struct ChannelRow {

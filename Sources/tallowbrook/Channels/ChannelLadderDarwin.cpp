@@ -18,7 +18,10 @@ constexpr std::array ladder{
     ChannelRow{osascriptChannelName,
                [](const ChannelTools& tools) { return makeOsascriptChannel(tools.say); }},
     // Across ssh, where those before it would show on the wrong screen.
-    ChannelRow{terminalChannelName, [](const ChannelTools&) { return makeTerminalChannel(); }},
+    ChannelRow{terminalChannelName,
+               [](const ChannelTools& tools) {
+                   return makeTerminalChannel(TerminalSeat::ofThisProcess(tools.mayAskTerminal));
+               }},
 };
 
 }  // namespace

@@ -9,7 +9,10 @@ namespace {
 
 constexpr std::array ladder{
     ChannelRow{desktopChannelName, [](const ChannelTools&) { return makeDesktopChannel(); }},
-    ChannelRow{terminalChannelName, [](const ChannelTools&) { return makeTerminalChannel(); }},
+    ChannelRow{terminalChannelName,
+               [](const ChannelTools& tools) {
+                   return makeTerminalChannel(TerminalSeat::ofThisProcess(tools.mayAskTerminal));
+               }},
 };
 
 }  // namespace

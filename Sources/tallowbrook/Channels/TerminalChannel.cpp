@@ -79,7 +79,7 @@ class TerminalTeller {
         reason += TerminalNotes::describe(protocol_);
         if (inTmux())
             reason = "by what tmux lets through to its terminal";
-        else if (!isKnown_ && answersQueries())
+        else if (!isKnown_ && seat_.mayBeAsked && answersQueries())
             reason = "by what the terminal answers when it is asked";
         return {.reason = std::move(reason),
                 .replaces =
@@ -150,7 +150,7 @@ class TerminalTeller {
     // False when nothing is to be asked, or nobody can be.
     bool ask() {
         if (inTmux()) return askTmux();
-        if (isKnown_ || !answersQueries()) return false;
+        if (isKnown_ || !seat_.mayBeAsked || !answersQueries()) return false;
         if (auto begun = TerminalQuery::begin(terminal_.number()))
             query_.emplace(std::move(*begun));
         isKnown_ = !query_;
@@ -242,11 +242,12 @@ class TerminalTeller {
 
 }  // namespace
 
-TerminalSeat TerminalSeat::ofThisProcess() {
+TerminalSeat TerminalSeat::ofThisProcess(bool mayBeAsked) {
     std::array<char, PATH_MAX> name{};
-    TerminalSeat seat{.devicePath = {}, .isInForeground = [](int descriptor) {
-                          return tcgetpgrp(descriptor) == getpgrp();
-                      }};
+    TerminalSeat seat{
+        .devicePath = {},
+        .isInForeground = [](int descriptor) { return tcgetpgrp(descriptor) == getpgrp(); },
+        .mayBeAsked = mayBeAsked};
     // By its own name: on macOS /dev/tty cannot be waited on.
     for (const int stream : {STDOUT_FILENO, STDERR_FILENO, STDIN_FILENO}) {
         if (ttyname_r(stream, name.data(), name.size()) != 0) continue;

@@ -18,9 +18,11 @@ struct TerminalSeat {
     std::string devicePath;  // such as /dev/pts/3; empty: none
     // Whether the host may write there unasked: from the background it could be stopped for it.
     std::function<bool(int descriptor)> isInForeground;
+    // Nothing else reads what the terminal sends, so that a question to it can be answered.
+    bool mayBeAsked = true;
 
     // That of the standard streams.
-    static TerminalSeat ofThisProcess();
+    static TerminalSeat ofThisProcess(bool mayBeAsked = true);
 };
 
 // What the terminal takes is found out when there is something to tell, by a question to it, or, in

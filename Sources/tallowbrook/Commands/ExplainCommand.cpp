@@ -38,6 +38,8 @@ std::string headline(const ListedSession& listed, Database& database, const std:
            "\n";
 }
 
+}  // namespace
+
 std::string explanationOf(const ListedSession& listed, Database& database, Instant now) {
     const auto& session = listed.snapshot;
     auto text = headline(listed, database, TimeText::shortTime(session.firstSeenAt, now)) +
@@ -54,8 +56,6 @@ std::string explanationOf(const ListedSession& listed, Database& database, Insta
     if (told.empty()) return text + "\nNothing of it was to be told so far.\n";
     return text + "\nWhat was told of it:\n" + told;
 }
-
-}  // namespace
 
 int explain(const TallowbrookPaths& paths, const std::string& session) {
     return withUpToDateSessions(paths, [&](Database& database) {

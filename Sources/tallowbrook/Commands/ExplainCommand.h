@@ -4,6 +4,8 @@
 #include <string>
 
 #include "EventBridge/TallowbrookPaths.h"
+#include "Lists/SessionList.h"
+#include "Store/Database.h"
 
 namespace tallowbrook::host {
 
@@ -13,6 +15,9 @@ class CommandLine;
 // what the spool holds when no host runs. Gives the exit status: 0, 1 when the database cannot be
 // read, 2 when the word names no session or several.
 int explain(const TallowbrookPaths& paths, const std::string& session);
+
+// What it shows, as lines. Throws SQLite::Exception when the database fails.
+std::string explanationOf(const ListedSession& listed, Database& database, Instant now);
 
 // Adds the command to the command line.
 void addExplainCommand(CommandLine& line);

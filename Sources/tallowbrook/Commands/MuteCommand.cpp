@@ -19,7 +19,7 @@ namespace {
 
 // What the user calls by this name, without an end.
 std::expected<Mute, Sentence> named(const std::string& name, Database& database, Instant now) {
-    if (const auto session = chooseSession(database, name, now))
+    if (const auto session = chooseSession(database, name, now, Projects::areNotTaken))
         return Mute{MuteScope::session, session->snapshot.id(), std::nullopt};
     const auto all = listedSessions(database, ListScope::all, now).sessions;
     const bool isProject = std::ranges::any_of(
@@ -34,22 +34,22 @@ std::string describe(const Mute& mute) {
         "{} {}", mute.scope == MuteScope::session ? "The session" : "The project", mute.name));
 }
 
-// As of now, after the change.
-void change(Database& database, Instant now, const std::function<void(Mutes&)>& how) {
+int refuse(const Sentence& why) {
+    return StandardStreams::fail(why.followedBy("Nothing was changed."), ExitStatus::wrongUsage);
+}
+
+}  // namespace
+
+void changeMutes(Database& database, Instant now, const std::function<void(Mutes&)>& how) {
     auto transaction = database.beginWriting();
     Settings settings{database};
     auto mutes = settings.mutes().asOf(now);
     how(mutes);
     settings.setMutes(mutes);
     transaction.commit();
+    // A host that sleeps must learn of it.
     SpoolSignal::post();
 }
-
-int refuse(const Sentence& why) {
-    return StandardStreams::fail(why.followedBy("Nothing was changed."), ExitStatus::wrongUsage);
-}
-
-}  // namespace
 
 int mute(const TallowbrookPaths& paths, const std::string& name, const EndWordsGiven& words) {
     return withExistingDatabase(paths, [&](Database& database) {
@@ -59,7 +59,7 @@ int mute(const TallowbrookPaths& paths, const std::string& name, const EndWordsG
         auto mute = named(name, database, now);
         if (!mute) return refuse(mute.error());
         mute->until = *end;
-        change(database, now, [&](Mutes& mutes) { mutes.add(*mute); });
+        changeMutes(database, now, [&](Mutes& mutes) { mutes.add(*mute); });
         return StandardStreams::showAsResult(describe(*mute) + " is muted " +
                                              untilWords(*end, now) + ".\n");
     });
@@ -78,7 +78,7 @@ int unmute(const TallowbrookPaths& paths, const std::optional<std::string>& name
             return !wanted || (mute.scope == wanted->scope && mute.name == wanted->name);
         };
         std::string text;
-        change(database, now, [&](Mutes& mutes) {
+        changeMutes(database, now, [&](Mutes& mutes) {
             std::erase_if(mutes.all, [&](const Mute& mute) {
                 if (isMeant(mute)) text += describe(mute) + " is no longer muted.\n";
                 return isMeant(mute);

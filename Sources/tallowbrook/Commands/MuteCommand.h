@@ -1,11 +1,14 @@
 // `tallowbrook mute` and `unmute`: hear nothing of one session, or of one project, for a while.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
 #include "Commands/PauseCommand.h"
 #include "EventBridge/TallowbrookPaths.h"
+#include "Preferences/Mutes.h"
+#include "Store/Database.h"
 
 namespace tallowbrook::host {
 
@@ -18,6 +21,9 @@ int mute(const TallowbrookPaths& paths, const std::string& name, const EndWordsG
 
 // Of this name, or all. Gives the exit status: as `mute`, and 2 where it was not muted.
 int unmute(const TallowbrookPaths& paths, const std::optional<std::string>& name);
+
+// Changes what is muted, as of now. Throws SQLite::Exception when the database fails.
+void changeMutes(Database& database, Instant now, const std::function<void(Mutes&)>& how);
 
 // Adds both to the command line.
 void addMuteCommands(CommandLine& line);

@@ -10,8 +10,6 @@
 #include "Store/Settings.h"
 
 namespace tallowbrook::host {
-namespace {
-
 void setPause(Database& database, bool isPaused, std::optional<Instant> until) {
     auto transaction = database.beginWriting();
     Settings settings{database};
@@ -23,8 +21,6 @@ void setPause(Database& database, bool isPaused, std::optional<Instant> until) {
     // A host that sleeps must learn when it is to wake.
     SpoolSignal::post();
 }
-
-}  // namespace
 
 int pause(const TallowbrookPaths& paths, const EndWordsGiven& words) {
     return withDatabase(paths, [&](Database& database) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "EventBridge/TallowbrookPaths.h"
+#include "Store/Database.h"
 
 namespace tallowbrook::host {
 
@@ -22,6 +23,10 @@ int pause(const TallowbrookPaths& paths, const EndWordsGiven& end);
 
 // Ends the pause, if there is one. Gives the exit status as `pause` does.
 int resume(const TallowbrookPaths& paths);
+
+// Begins a pause, until then or until the user says so, or ends it. Throws SQLite::Exception when
+// the database fails.
+void setPause(Database& database, bool isPaused, std::optional<Instant> until);
 
 // Adds both to the command line.
 void addPauseCommands(CommandLine& line);

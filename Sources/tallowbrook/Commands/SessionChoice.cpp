@@ -36,14 +36,17 @@ SessionList listedSessions(Database& database, ListScope scope, Instant now) {
 }
 
 std::expected<ListedSession, Sentence> chooseSession(Database& database, std::string_view word,
-                                                     Instant now) {
-    // What the list shows comes first: a number or the beginning of an id means that one.
-    if (auto recent = recentSessions(database, now).find(word)) return recent;
-    return listedSessions(database, ListScope::all, now).find(word);
+                                                     Instant now, Projects projects) {
+    // What the list shows comes first: whatever the word can mean there is meant.
+    const auto recent = recentSessions(database, now);
+    if (auto chosen = recent.find(word, projects); chosen || recent.isAmbiguous(word, projects))
+        return chosen;
+    return listedSessions(database, ListScope::all, now).find(word, projects);
 }
 
 void addSessionOperand(CommandWords& words, std::string& session) {
-    words.addOperand("SESSION", session, "Its number in the list, or the beginning of its id");
+    words.addOperand("SESSION", session,
+                     "Its number in the list, its project, or the beginning of its id");
 }
 
 }  // namespace tallowbrook::host

@@ -12,12 +12,10 @@
 
 namespace tallowbrook::host {
 
-// A number of the list that `tallowbrook sessions` shows, or the beginning of an id, of older
-// sessions too. Throws SQLite::Exception when the database
-// fails.
-[[nodiscard]] std::expected<ListedSession, Sentence> chooseSession(Database& database,
-                                                                   std::string_view word,
-                                                                   Instant now);
+// As `SessionList::find`, of the list that `tallowbrook sessions` shows, and only where nothing
+// there is meant, of older sessions too. Throws SQLite::Exception when the database fails.
+[[nodiscard]] std::expected<ListedSession, Sentence> chooseSession(
+    Database& database, std::string_view word, Instant now, Projects projects = Projects::areTaken);
 
 // The sessions that a list shows by default, and how many it leaves out. Throws SQLite::Exception
 // when the database fails.

@@ -16,16 +16,23 @@ std::string asWords(std::string name) {
 
 }  // namespace
 
-std::string causeText(const ListedSession& session) {
+std::string reasonText(const ListedSession& session) {
     const auto& detail = session.snapshot.statusDetail;
-    if (session.status == SessionStatus::failed) return asWords(detail.errorType.value_or(""));
-    if (session.status != SessionStatus::needsAttention) return {};
-    // The agent's own tool for a question is no news beside "has a question".
-    if (AgentProfile::of(session.snapshot.key.provider).asking(detail.toolName)) return {};
-    return detail.toolName.value_or("");
+    switch (session.status) {
+        case SessionStatus::needsAttention:
+            // The agent's own tool for a question is no news beside "has a question".
+            if (AgentProfile::of(session.snapshot.key.provider).asking(detail.toolName)) return {};
+            return detail.toolName.value_or("");
+        case SessionStatus::failed:
+            return asWords(detail.errorType.value_or(""));
+        case SessionStatus::completed:
+            return asWords(session.snapshot.endReason.value_or(""));
+        default:
+            return {};
+    }
 }
 
-Instant statusBegan(const ListedSession& session) {
+Instant statusSince(const ListedSession& session) {
     // It went silent with the last word that was heard of it.
     if (session.status == SessionStatus::stale) return session.snapshot.lastSeenAt;
     const auto shown = shownAs(session.snapshot, session.presence);
@@ -35,9 +42,9 @@ Instant statusBegan(const ListedSession& session) {
 }
 
 std::string statusPhrase(const ListedSession& session, Instant now) {
-    const auto cause = causeText(session);
-    return statusText(session) + (cause.empty() ? "" : " (" + cause + ")") + ", " +
-           TimeText::lasting(statusBegan(session), now);
+    const auto reason = reasonText(session);
+    return statusText(session) + (reason.empty() ? "" : " (" + reason + ")") + ", " +
+           TimeText::lasting(statusSince(session), now);
 }
 
 }  // namespace tallowbrook::host

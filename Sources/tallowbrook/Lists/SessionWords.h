@@ -10,12 +10,12 @@
 
 namespace tallowbrook::host {
 
-// What it waits for or failed at, in a word or two: "Bash", "server error". Empty where
+// What it waits for, failed at or ended by, in a word or two: "Bash", "server error". Empty where
 // `statusText` says it all.
-std::string causeText(const ListedSession& session);
+std::string reasonText(const ListedSession& session);
 
 // Since when it is as `statusText` says.
-Instant statusBegan(const ListedSession& session);
+Instant statusSince(const ListedSession& session);
 
 // "needs permission (Bash), 6 min"
 std::string statusPhrase(const ListedSession& session, Instant now);

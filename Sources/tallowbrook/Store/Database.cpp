@@ -175,6 +175,8 @@ std::int64_t Database::dataVersion() {
     return query->executeStep() ? query->getColumn(0).getInt64() : 0;
 }
 
+Database::Mark Database::mark() { return {dataVersion(), database_->getTotalChanges()}; }
+
 std::int64_t storedForm(Instant instant) { return instant.time_since_epoch().count(); }
 
 Instant instantOf(const SQLite::Column& column) {

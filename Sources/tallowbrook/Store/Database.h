@@ -76,6 +76,14 @@ class Database {
     // Another number after another process has changed the file; reads no table.
     std::int64_t dataVersion();
 
+    // Another value after any process, this one too, has changed the file; reads no table.
+    struct Mark {
+        std::int64_t byOthers = 0;
+        std::int64_t byThisOne = 0;
+        bool operator==(const Mark&) const = default;
+    };
+    Mark mark();
+
  private:
     explicit Database(std::unique_ptr<SQLite::Database> database);
 

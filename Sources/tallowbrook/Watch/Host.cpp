@@ -106,8 +106,9 @@ bool Host::lead() {
     return done;
 }
 
-void Host::attachTo(PollLoop& loop) {
+void Host::attachTo(PollLoop& loop, std::function<void()> afterwards) {
     isAttached_ = true;
+    afterwards_ = std::move(afterwards);
     // Without a working signal the clock alone wakes.
     if (auto observer = SpoolSignal::Observer::start()) {
         signal_ = std::move(*observer);
@@ -117,16 +118,23 @@ void Host::attachTo(PollLoop& loop) {
             .proceed =
                 [this](short) {
                     // Of the other files in the signal's directory nothing is asked.
-                    if (signal_->consume() && leads()) pass();
+                    if (!signal_->consume() || !leads()) return;
+                    pass();
+                    afterwards_();
                 },
         }));
     }
     attachments_.push_back(loop.attach({
         .interest = [this] { return clockInterest(); },
-        .proceed = [this](short) { lookAround(); },
+        .proceed =
+            [this](short) {
+                lookAround();
+                afterwards_();
+            },
     }));
     attachments_.push_back(loop.attach(alarm_.source([this] {
         if (leads()) pass();
+        afterwards_();
     })));
     // What has come of a delivery is to be written down, and what waited for an answer is to be
     // told.
@@ -135,6 +143,7 @@ void Host::attachTo(PollLoop& loop) {
             {.interest = source.interest, .proceed = [this, proceed = source.proceed](short ready) {
                  proceed(ready);
                  pass();
+                 afterwards_();
              }}));
     };
     for (const auto& channel : channels_)

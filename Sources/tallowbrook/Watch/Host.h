@@ -43,8 +43,12 @@ class Host {
 
     // Makes a pass whenever there is reason for one: the spool's signal, what is due, what the
     // agents of sessions that work or wait note about themselves, their end, and a look at the
-    // spool every 2 s for signals that do not arrive. The loop must outlive the host.
-    void attachTo(PollLoop& loop);
+    // spool every 2 s for signals that do not arrive. The loop must outlive the host. What is to be
+    // done after each pass and each look is `afterwards`.
+    void attachTo(PollLoop& loop, std::function<void()> afterwards = [] {});
+
+    // Whether something that could not be done in the last pass stands to be done.
+    bool hasTroubles() const { return troubles_.stand(); }
 
  private:
     bool keepHome();
@@ -70,6 +74,7 @@ class Host {
     MonotonicTime nextLook_{};
     Instant seenClock_{};  // the time of day at the last look
     std::optional<SpoolSignal::Observer> signal_;
+    std::function<void()> afterwards_;
     std::vector<PollLoop::Attachment> attachments_;
 };
 
