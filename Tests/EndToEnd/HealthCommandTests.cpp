@@ -56,7 +56,7 @@ TEST(Health, ofAnUntouchedMachineWritesNothing) {
     const SetupHome home;
     const auto before = home.tree();
     const auto result = home.host({"health"});
-    EXPECT_EQ(result.status, noHost);
+    EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.output, HasSubstr("Helper: missing"));
     EXPECT_THAT(result.output, HasSubstr("Claude Code: not set up"));
     EXPECT_THAT(result.output, HasSubstr("Codex CLI: not set up"));
@@ -181,7 +181,7 @@ TEST(Health, overwritesNoEventThatComesWhileItLooks) {
         transaction.commit();
         result = host.wait();
     } while (result.errors.find("it is locked") != std::string::npos);
-    EXPECT_EQ(result.status, noHost) << result.errors;
+    EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(home.stored(), (IntegrationHealthRecord{std::nullopt, record.lastLiveEventAt}));
 }
 

@@ -45,6 +45,26 @@ TEST(Preferences, areShownAndChanged) {
     }
 }
 
+TEST(Preferences, areShownOneByOneWithTheirValuesAndDefault) {
+    const TestHome home;
+    EXPECT_EQ(home.host({"preferences", "reminderInterval"}),
+              (ProgramResult{.status = 0,
+                             .output = "reminderInterval: 10\n"
+                                       "  minutes of waiting after which you are reminded: off, "
+                                       "5, 10, 15 or 30\n"
+                                       "  Values: off, 5, 10, 15 or 30 (minutes)\n"
+                                       "  Default: 10\n"}));
+    EXPECT_FALSE(exists(home.paths.home)) << "what only reads makes nothing";
+}
+
+TEST(Preferences, getTheirDefaultAgain) {
+    const TestHome home;
+    const auto before = home.host({"preferences"});
+    EXPECT_EQ(home.host({"preferences", "quietHours", "22:15-06:45"}).status, 0);
+    EXPECT_EQ(home.host({"preferences", "--unset", "quietHours"}), before);
+    EXPECT_EQ(home.host({"preferences"}), before);
+}
+
 TEST(Preferences, thatMuteSaySo) {
     const TestHome home;
     const auto said = [&](const std::string& name, const std::string& value) {
@@ -52,7 +72,8 @@ TEST(Preferences, thatMuteSaySo) {
         EXPECT_EQ(result.status, 0);
         const auto& output = result.output;
         // Behind the last row.
-        return output.substr(output.find("that you look at\n") + 17);
+        const std::string last = "also of a session that you look at\n";
+        return output.substr(output.find(last) + last.size());
     };
     EXPECT_EQ(said("paused", "on"),
               "Nothing is told, as \"paused\" is on (tallowbrook preferences paused off).\n");
@@ -98,13 +119,17 @@ TEST(Preferences, thatAreWrongChangeNothing) {
     const ProgramResult before = home.host({"preferences"});
     EXPECT_EQ(home.host({"preferences", "enabled", "maybe"}),
               (ProgramResult{.status = 2,
-                             .errors = "tallowbrook: \"maybe\" is no value for enabled. Nothing "
-                                       "was changed.\n"}));
+                             .errors = "tallowbrook: \"maybe\" is no value for enabled: give on "
+                                       "or off. Nothing was changed.\n"}));
     EXPECT_EQ(home.host({"preferences", "volume", "on"}),
               (ProgramResult{.status = 2,
                              .errors = "tallowbrook: There is no preference named \"volume\". "
                                        "Nothing was changed.\n"}));
-    EXPECT_EQ(home.host({"preferences", "enabled"}).status, 2);
+    EXPECT_EQ(home.host({"preferences", "playsound"}).errors,
+              "tallowbrook: There is no preference named \"playsound\"; did you mean "
+              "\"playSound\"?\n");
+    EXPECT_EQ(home.host({"preferences", "--unset", "volume"}).status, 2);
+    EXPECT_EQ(home.host({"preferences", "enabled", "--unset", "enabled"}).status, 2);
     EXPECT_EQ(home.host({"preferences", "enabled", "on", "off"}).status, 2);
     EXPECT_EQ(home.host({"preferences"}), before);
 }

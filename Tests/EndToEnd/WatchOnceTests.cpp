@@ -10,7 +10,7 @@ namespace tallowbrook {
 namespace {
 
 const std::string header =
-    "  #  STATUS            AGENT        PROJECT                   SESSION    LAST HEARD OF\n";
+    "  #  STATUS            AGENT        PROJECT               SESSION   FOR\n";
 
 std::string permissionLine(const std::string& project = "proj") {
     return "TIME  Claude Code needs permission: " + project +
@@ -42,7 +42,7 @@ TEST(WatchOnce, tellsEachNotificationAndListsTheSessions) {
     EXPECT_EQ(
         watched(home),
         permissionLine() + header +
-            "  1  needs permission  Claude Code  proj                      S1         just now\n");
+            "  1  needs permission  Claude Code  proj                  S1        <1 min Bash\n");
     EXPECT_EQ(SpoolDrainer{home.paths}.pendingSegmentCount(), 0);
     EXPECT_EQ(home.rows("events"), 1);
 }
@@ -60,18 +60,17 @@ TEST(WatchOnce, tellsInTheOrderOfTheEvents) {
             "Bash.\n"
             "TIME  Test: Claude Code turn failed: proj #3 \xE2\x80\x94 error reported.\n" +
             header +
-            "  1  needs permission  Codex CLI    proj #2                   second     just now\n"
-            "  2  needs permission  Claude Code  proj #1                   first      just now\n"
-            "  3  failed            Claude Code  proj #3                   third      just now\n"
-            "  4  unknown           Claude Code  proj #4                   fourth     just now\n");
+            "  1  needs permission  Codex CLI    proj #2               second    <1 min Bash\n"
+            "  2  needs permission  Claude Code  proj #1               first     <1 min Bash\n"
+            "  3  failed            Claude Code  proj #3               third     <1 min\n"
+            "  4  unknown           Claude Code  proj #4               fourth    <1 min\n");
 }
 
 TEST(WatchOnce, tellsNothingAgain) {
     const TestHome home;
     home.claude("Stop");
     const std::string list =
-        header +
-        "  1  completed         Claude Code  proj                      S1         just now\n";
+        header + "  1  completed         Claude Code  proj                  S1        <1 min\n";
     EXPECT_EQ(watched(home), finishedLine + list);
     EXPECT_EQ(watched(home), list);
     EXPECT_EQ(home.rows("events"), 1);
@@ -110,11 +109,10 @@ TEST(WatchOnce, takesSegmentsInTheirOrder) {
     segment("ingest-10-1-A.jsonl", "StopFailure", EventCategory::turnFailed);
     segment("overflow-11-1-A.jsonl", "UserPromptSubmit", EventCategory::promptSubmitted);
     home.claude("Stop");
-    EXPECT_EQ(
-        watched(home),
-        "TIME  Claude Code turn failed: proj \xE2\x80\x94 error reported.\n" + finishedLine +
-            header +
-            "  1  completed         Claude Code  proj                      S1         just now\n");
+    EXPECT_EQ(watched(home),
+              "TIME  Claude Code turn failed: proj \xE2\x80\x94 error reported.\n" + finishedLine +
+                  header +
+                  "  1  completed         Claude Code  proj                  S1        <1 min\n");
 }
 
 TEST(WatchOnce, passesOverLinesThatAreNoEvents) {
@@ -166,12 +164,11 @@ TEST(WatchOnce, tellsOfAnOldBacklogInOneLine) {
     young.observedAt -= std::chrono::minutes{9};
     home.spool(old);
     home.spool(young);
-    EXPECT_EQ(
-        watched(home),
-        finishedLineOf("proj #2") + "TIME  While you were away: 1 finished.\n" + header +
-            "  1  completed         Claude Code  proj #2                   young      9 min ago\n"
-            "  2  completed         Claude Code  proj #1                   old        11 min "
-            "ago\n");
+    EXPECT_EQ(watched(home),
+              finishedLineOf("proj #2") + "TIME  While you were away: 1 finished.\n" + header +
+                  "  1  completed         Claude Code  proj #2               young     9 min\n"
+                  "  2  completed         Claude Code  proj #1                   old        11 min "
+                  "ago\n");
     EXPECT_EQ(home.rows("events"), 2);
 }
 

@@ -1,6 +1,7 @@
 #include "Commands/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 
 #include "Commands/BackupsCommand.h"
@@ -9,15 +10,21 @@
 #include "Commands/ExplainCommand.h"
 #include "Commands/FocusCommand.h"
 #include "Commands/HealthCommand.h"
+#include "Commands/HelpCommand.h"
+#include "Commands/HelpText.h"
 #include "Commands/MuteCommand.h"
 #include "Commands/NotifyCommand.h"
 #include "Commands/PauseCommand.h"
 #include "Commands/PreferencesCommand.h"
 #include "Commands/SessionsCommand.h"
 #include "Commands/SetupCommand.h"
+#include "Commands/StatusCommand.h"
+#include "Commands/UsageError.h"
+#include "Commands/WaitCommand.h"
 #include "Commands/WatchCommand.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "Output/ExitStatus.h"
+#include "Output/NearestWord.h"
 #include "Output/StandardStreams.h"
 
 namespace tallowbrook::host {
@@ -26,6 +33,19 @@ namespace {
 const std::string footer =
     "Every command takes --home DIR, before or after its name.\n"
     "Exit status: 0 done, 1 failed (the reason is on standard error), 2 wrong usage.";
+
+// What is a choice of few words is refused with these words.
+CLI::Validator oneOf(const std::vector<std::string>& choices) {
+    return CLI::Validator{[choices](const std::string& word) -> std::string {
+                              if (std::ranges::find(choices, word) != choices.end()) return {};
+                              std::string all;
+                              for (const auto& choice : choices)
+                                  all += (all.empty() ? "" : ", ") + choice;
+                              return "\"" + word + "\" is none of " + all +
+                                     suggestion(word, choices);
+                          },
+                          ""};
+}
 
 }  // namespace
 
@@ -36,8 +56,10 @@ void CommandWords::addFlag(const std::string& names, bool& target, const std::st
 }
 
 void CommandWords::addOption(const std::string& name, const std::string& valueName,
-                             std::optional<std::string>& target, const std::string& meaning) {
-    command_.add_option(name, target, meaning)->type_name(valueName);
+                             std::optional<std::string>& target, const std::string& meaning,
+                             const std::string& excluded) {
+    auto* option = command_.add_option(name, target, meaning)->type_name(valueName);
+    if (!excluded.empty()) option->excludes(command_.get_option(excluded));
 }
 
 void CommandWords::addOperand(const std::string& name, std::string& target,
@@ -53,7 +75,7 @@ void CommandWords::addOptionalOperand(const std::string& name, std::optional<std
 
 void CommandWords::addChoices(const std::string& name, const std::vector<std::string>& choices,
                               std::vector<std::string>& targets, const std::string& meaning) {
-    auto* option = command_.add_option(name, targets, meaning)->check(CLI::IsMember(choices));
+    auto* option = command_.add_option(name, targets, meaning)->check(oneOf(choices));
     // Or an option would take the word behind its value for another value.
     if (name.starts_with('-')) option->allow_extra_args(false);
 }
@@ -63,22 +85,25 @@ CommandLine::CommandLine()
           "Tells you which of your coding agents waits for you, has finished or failed.",
           "tallowbrook")} {
     tree_->footer(footer);
-    tree_->set_version_flag("--version",
-                            "tallowbrook " + std::string{PayloadNormalizer::adapterVersion});
+    tree_->formatter(std::make_shared<HelpText>());
+    tree_->set_help_flag("-h,--help", "Show this help");
+    tree_->set_version_flag("-V,--version",
+                            "tallowbrook " + std::string{PayloadNormalizer::adapterVersion},
+                            "Show the version");
     tree_->require_subcommand(0, 1);
     // With this, "--home" may also stand behind the command word.
     tree_->fallthrough();
     tree_->add_option("--home", home_, "The data directory to work on")
         ->type_name("DIR")
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-    action_ = [this](const TallowbrookPaths&) {
-        return StandardStreams::showAsResult(tree_->help());
-    };
+    action_ = showStatusAndHints;
     // In the order in which the help lists them: the daily ones first.
     addWatchCommand(*this);
+    addStatusCommand(*this);
     addSessionsCommand(*this);
     addExplainCommand(*this);
     addFocusCommands(*this);
+    addWaitCommand(*this);
     addPauseCommands(*this);
     addMuteCommands(*this);
     addPreferencesCommand(*this);
@@ -88,6 +113,7 @@ CommandLine::CommandLine()
     addHealthCommand(*this);
     addDoctorCommand(*this);
     addDemoCommand(*this);
+    addHelpCommands(*this);
 }
 
 CommandLine::~CommandLine() = default;
@@ -104,7 +130,12 @@ int CommandLine::run(int argc, const char* const* argv) {
     try {
         tree_->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return tree_->exit(error) == 0 ? ExitStatus::done : ExitStatus::wrongUsage;
+        if (error.get_exit_code() == 0) {
+            // The help or the version, which were asked for.
+            tree_->exit(error);
+            return ExitStatus::done;
+        }
+        return StandardStreams::fail(usageError(*tree_, error), ExitStatus::wrongUsage);
     }
     return action_(paths());
 }

@@ -28,9 +28,11 @@ class CommandWords {
     void addFlag(const std::string& names, bool& target, const std::string& meaning,
                  const std::string& excluded = {});
 
-    // An option with a value, such as "--config FILE".
+    // An option with a value, such as "--config FILE"; refused together with `excluded`, where that
+    // is named.
     void addOption(const std::string& name, const std::string& valueName,
-                   std::optional<std::string>& target, const std::string& meaning);
+                   std::optional<std::string>& target, const std::string& meaning,
+                   const std::string& excluded = {});
 
     // A word by its place. A required one cannot be left out; an optional one that `needed` names
     // only comes with that one.

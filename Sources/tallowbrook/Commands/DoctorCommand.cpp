@@ -62,7 +62,9 @@ std::optional<std::string> versionOf(const std::string& executable) {
     return ProviderDetector::sanitizeVersion(result->output);
 }
 
-void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
+// Gives whether any agent reports.
+bool addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
+    bool someReport = false;
     auto detector = agentDetector();
     detector.versionProbe = versionOf;
     const auto helper = IntegrationSetup::helperStatus(report.paths.installedHelper(),
@@ -74,6 +76,7 @@ void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
         report.detections.push_back(std::move(detection));
 
         auto health = AgentHealth::of(agent, report.paths, helper);
+        someReport = someReport || health.state() != AgentHealth::State::notSetUp;
         // What has come is not known then.
         if (!records && health.isReady) continue;
         if (records && records->contains(agent.provider)) {
@@ -86,6 +89,7 @@ void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
         else if (auto text = health.events.diagnosticDescription())
             report.integrationHealth[agent.provider] = std::move(*text);
     }
+    return someReport;
 }
 
 std::string channelRows(const TallowbrookPaths& paths) {
@@ -115,17 +119,19 @@ int doctor(const TallowbrookPaths& paths) {
     report.notificationAuthorization = "not needed";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
-    addAgents(report, addStored(report, paths, now), now);
+    const bool someReport = addAgents(report, addStored(report, paths, now), now);
     const auto host = HostLock::holder(paths);
     const int shown = StandardStreams::showAsResult(
         PrintableText::printableLines(report.render() + "\n" + channelRows(paths)) + "\n" +
         hostRow(host, now));
-    return shown == ExitStatus::done && !host ? ExitStatus::noHost : shown;
+    // Where no agent reports, a host would have nothing to tell either.
+    return shown == ExitStatus::done && !host && someReport ? ExitStatus::noHost : shown;
 }
 
 void addDoctorCommand(CommandLine& line) {
     line.add("doctor", "Report what is installed and stored, for a request for help", doctor,
-             "4: the report is whole, but no host runs, so nobody is told anything.");
+             "4: the report is whole and agents are set up, but no host runs, so nobody is told\n  "
+             " anything.");
 }
 
 }  // namespace tallowbrook::host

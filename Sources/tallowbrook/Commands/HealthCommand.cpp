@@ -152,7 +152,11 @@ int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFor
         // So that a script can act without reading the words.
         if (std::ranges::any_of(report.agents, &AgentHealth::needsAttention))
             return ExitStatus::notInOrder;
-        return report.host ? ExitStatus::done : ExitStatus::noHost;
+        // Where no agent reports, a host would have nothing to tell either.
+        const bool someReport = std::ranges::any_of(report.agents, [](const AgentHealth& health) {
+            return health.state() != AgentHealth::State::notSetUp;
+        });
+        return report.host || !someReport ? ExitStatus::done : ExitStatus::noHost;
     });
 }
 
@@ -168,11 +172,10 @@ void addHealthCommand(CommandLine& line) {
                               given->json ? ListFormat::json : ListFormat::table);
         },
         "3: an agent's state is partial, needs repair, silent, blocked or unreadable.\n"
-        "4: all else is in order, but no host runs, so nobody is told anything.\n"
-        "States: not set up, partial, needs repair, waiting (for the first event since the "
-        "setup), silent\n(for more than ten minutes after it), receiving, blocked (the agent does "
-        "not run the "
-        "hooks), unreadable.");
+        "4: agents are set up, but no host runs, so nobody is told anything.\n"
+        "States: not set up, partial, needs repair, waiting (for the first event since the setup), "
+        "silent (for more than ten minutes after it), receiving, blocked (the agent does not run "
+        "the hooks), unreadable.");
     given->addAgents(words, "all");
     words.addFlag("--json", given->json, "As a JSON object, for programs");
 }

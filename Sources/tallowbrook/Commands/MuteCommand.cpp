@@ -19,7 +19,7 @@ namespace {
 
 // What the user calls by this name, without an end.
 std::expected<Mute, Sentence> named(const std::string& name, Database& database, Instant now) {
-    if (const auto session = chooseSession(database, name, now))
+    if (const auto session = chooseSession(database, name, now, Projects::areNotTaken))
         return Mute{MuteScope::session, session->snapshot.id(), std::nullopt};
     const auto all = listedSessions(database, ListScope::all, now).sessions;
     const bool isProject = std::ranges::any_of(

@@ -10,15 +10,20 @@ namespace tallowbrook::host {
 
 class CommandLine;
 
-// Both as the user typed them; `setPreference` says which values there are.
+// As the user typed it; `setPreference` says which values there are. Without a value the preference
+// is to have its default.
 struct PreferenceChange {
     std::string name;
-    std::string value;
+    std::optional<std::string> value;
 };
 
-// Shows the preferences, or makes the change first. Gives the exit status: 0, 1 when the database
-// cannot be used, 2 for an unknown name or a value that does not fit; nothing is changed then.
-int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceChange>& change);
+// Shows all preferences, or the one of this name. Makes no database. Gives the exit status: 0, 1
+// when the database cannot be used, 2 for an unknown name.
+int showPreferences(const TallowbrookPaths& paths, const std::optional<std::string>& name);
+
+// Makes the change and shows all preferences. Gives the exit status: 0, 1 when the database cannot
+// be used, 2 for an unknown name or a value that does not fit; nothing is changed then.
+int changePreference(const TallowbrookPaths& paths, const PreferenceChange& change);
 
 // Adds the command to the command line.
 void addPreferencesCommand(CommandLine& line);

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "Preferences/HostSettings.h"
+#include "Store/PresenceStore.h"
 #include "Store/SessionMarks.h"
 #include "Store/SessionStore.h"
 #include "Watch/Presence.h"
@@ -19,6 +20,13 @@ SessionList recentSessions(Database& database, Instant now) {
     return list;
 }
 
+SessionList storedSessions(Database& database, Instant now) {
+    const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
+    return SessionList::make(SessionStore{database}.sessionsSeenSince(since), ListScope::recent,
+                             now, SessionMarks{database}.seenSince(since),
+                             PresenceStore{database}.ofSessionsSeenSince(since));
+}
+
 SessionList listedSessions(Database& database, ListScope scope, Instant now) {
     if (scope == ListScope::recent) return recentSessions(database, now);
     const auto since = now - std::chrono::duration_cast<Instant::duration>(listedFor);
@@ -28,14 +36,17 @@ SessionList listedSessions(Database& database, ListScope scope, Instant now) {
 }
 
 std::expected<ListedSession, Sentence> chooseSession(Database& database, std::string_view word,
-                                                     Instant now) {
-    // What the list shows comes first: a number or the beginning of an id means that one.
-    if (auto recent = recentSessions(database, now).find(word)) return recent;
-    return listedSessions(database, ListScope::all, now).find(word);
+                                                     Instant now, Projects projects) {
+    // What the list shows comes first: whatever the word can mean there is meant.
+    const auto recent = recentSessions(database, now);
+    if (auto chosen = recent.find(word, projects); chosen || recent.isAmbiguous(word, projects))
+        return chosen;
+    return listedSessions(database, ListScope::all, now).find(word, projects);
 }
 
 void addSessionOperand(CommandWords& words, std::string& session) {
-    words.addOperand("SESSION", session, "Its number in the list, or the beginning of its id");
+    words.addOperand("SESSION", session,
+                     "Its number in the list, its project, or the beginning of its id");
 }
 
 }  // namespace tallowbrook::host

@@ -12,16 +12,17 @@
 
 namespace tallowbrook::host {
 
-// A number of the list that `tallowbrook sessions` shows, or the beginning of an id, of older
-// sessions too. Throws SQLite::Exception when the database
-// fails.
-[[nodiscard]] std::expected<ListedSession, Sentence> chooseSession(Database& database,
-                                                                   std::string_view word,
-                                                                   Instant now);
+// As `SessionList::find`, of the list that `tallowbrook sessions` shows, and only where nothing
+// there is meant, of older sessions too. Throws SQLite::Exception when the database fails.
+[[nodiscard]] std::expected<ListedSession, Sentence> chooseSession(
+    Database& database, std::string_view word, Instant now, Projects projects = Projects::areTaken);
 
 // The sessions that a list shows by default, and how many it leaves out. Throws SQLite::Exception
 // when the database fails.
 SessionList recentSessions(Database& database, Instant now);
+
+// The same as it was last stored: no agent is looked at. For a caller who is in a hurry.
+SessionList storedSessions(Database& database, Instant now);
 
 // `recentSessions`, or all.
 SessionList listedSessions(Database& database, ListScope scope, Instant now);

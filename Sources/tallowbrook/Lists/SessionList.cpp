@@ -9,6 +9,7 @@
 
 #include "Domain/AgentProfile.h"
 #include "Domain/EventCoding.h"
+#include "Lists/SessionWords.h"
 #include "Lists/UnfinishedEnd.h"
 #include "Output/PrintableText.h"
 #include "Output/TimeText.h"
@@ -18,6 +19,9 @@
 
 namespace tallowbrook::host {
 namespace {
+
+// How much of an id is shown at least.
+constexpr std::size_t leastIDLength = 8;
 
 struct StatusLabel {
     SessionStatus status;
@@ -114,6 +118,37 @@ RecordEncoder agentRecord(const AgentPresence& presence) {
     return encoder;
 }
 
+// All that the word can mean, by the surest way in which it means anything.
+std::vector<const ListedSession*> meantBy(std::string_view word,
+                                          const std::vector<ListedSession>& sessions,
+                                          Projects projects) {
+    // A number wins over an id that begins with it: it is what the user has before their eyes.
+    const auto number = parseNumber<std::size_t>(word);
+    if (number && *number >= 1 && *number <= sessions.size()) return {&sessions[*number - 1]};
+    if (word.empty()) return {};
+
+    std::vector<const ListedSession*> byID;
+    std::vector<const ListedSession*> byName;
+    std::vector<const ListedSession*> byProject;
+    for (const auto& session : sessions) {
+        const auto& id = session.snapshot.key.sessionID;
+        // A whole id is meant as such, though another one may begin with it.
+        if (id == word || session.snapshot.id() == word) return {&session};
+        if (id.starts_with(word)) byID.push_back(&session);
+        if (session.snapshot.projectLabel() == word)
+            byProject.push_back(&session);
+        else if (session.name == word)
+            byName.push_back(&session);
+    }
+    if (!byID.empty()) return byID;
+    if (!byName.empty()) return byName;
+    if (projects == Projects::areNotTaken) return {};
+    // There is nothing to do with one that has ended, as long as there is another.
+    auto left = byProject;
+    std::erase_if(left, [](const auto* session) { return statusText(*session) == "ended"; });
+    return left.empty() ? byProject : left;
+}
+
 }  // namespace
 
 std::string ListedSession::explanation(Instant now) const {
@@ -164,12 +199,11 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
 }
 
 std::size_t SessionList::shortIDLength() const {
-    constexpr std::size_t leastLength = 8;
     std::vector<std::string_view> ids;
     ids.reserve(sessions.size());
     for (const auto& session : sessions) ids.push_back(session.snapshot.key.sessionID);
     std::ranges::sort(ids);
-    std::size_t length = leastLength;
+    std::size_t length = leastIDLength;
     for (std::size_t i = 1; i < ids.size(); ++i) {
         const auto differing = std::ranges::mismatch(ids[i - 1], ids[i]);
         // Two agents may have a session of the same id; more of it would tell nothing.
@@ -180,47 +214,61 @@ std::size_t SessionList::shortIDLength() const {
     return length;
 }
 
-std::expected<ListedSession, Sentence> SessionList::find(std::string_view word) const {
-    const auto number = parseNumber<std::size_t>(word);
-    // A number wins over an id that begins with it: it is what the user has before their eyes.
-    if (number && *number >= 1 && *number <= sessions.size()) return sessions[*number - 1];
-
-    std::vector<const ListedSession*> found;
-    for (const auto& session : sessions) {
-        const auto& id = session.snapshot.key.sessionID;
-        // A whole id is meant as such, though another one may begin with it.
-        if (id == word || session.snapshot.id() == word) return session;
-        if (!word.empty() && id.starts_with(word)) found.push_back(&session);
-    }
+std::expected<ListedSession, Sentence> SessionList::find(std::string_view word,
+                                                         Projects projects) const {
+    const auto found = meantBy(word, sessions, projects);
     if (found.size() == 1) return *found.front();
-    return std::unexpected(Sentence{
-        found.empty()
-            ? fmt::format("There is no session \"{}\". \"tallowbrook sessions\" lists them.", word)
-            : fmt::format("{} sessions begin with \"{}\". Give more of the id.", found.size(),
-                          word)});
+    if (found.empty())
+        return std::unexpected(Sentence{
+            fmt::format("There is no session \"{}\". \"tallowbrook sessions\" lists them.", word)});
+    if (found.front()->snapshot.key.sessionID.starts_with(word))
+        return std::unexpected(Sentence{fmt::format(
+            "{} sessions begin with \"{}\". Give more of the id.", found.size(), word)});
+    std::string text = fmt::format("{} sessions are of \"{}\"", found.size(), word);
+    const char* separator = ": ";
+    for (const auto* session : found) {
+        const auto since = statusSince(*session);
+        text += fmt::format("{}{} is {} ({} since {})", separator, session - sessions.data() + 1,
+                            session->name, statusText(*session),
+                            TimeText::shortTime(since, session->snapshot.lastSeenAt));
+        separator = ", ";
+    }
+    return std::unexpected(
+        Sentence{text}.followedBy("Give the number or the beginning of the id."));
+}
+
+bool SessionList::isAmbiguous(std::string_view word, Projects projects) const {
+    return meantBy(word, sessions, projects).size() > 1;
 }
 
 std::string SessionList::table(Instant now) const {
     std::string text;
     if (sessions.empty()) text = "No sessions to show.\n";
     const auto idLength = shortIDLength();
+    constexpr std::size_t screenColumns = 80;
+    constexpr std::size_t projectColumns = 20;
     const auto addRow = [&](std::string_view number, std::string_view status,
                             std::string_view agent, std::string_view project,
-                            std::string_view session, std::string_view heard) {
-        text +=
-            fmt::format("{:>3}  {}  {}  {}  {}  {}\n", number, PrintableText::padded(status, 16),
+                            std::string_view session, std::string_view lasting) {
+        const auto row = PrintableText::padded(
+            fmt::format("{:>3}  {}  {}  {}  {}  {}", number, PrintableText::padded(status, 16),
                         PrintableText::padded(agent, 11),
-                        PrintableText::padded(PrintableText::printable(project), 24),
+                        PrintableText::padded(PrintableText::printable(project), projectColumns),
                         PrintableText::padded(PrintableText::printable(session.substr(0, idLength)),
-                                              idLength + 1),
-                        heard);
+                                              idLength),
+                        PrintableText::printable(lasting)),
+            // Ids that begin alike for long are shown whole, wherever the line ends then.
+            screenColumns + idLength - leastIDLength);
+        text += row.substr(0, row.find_last_not_of(' ') + 1) + "\n";
     };
-    if (!sessions.empty()) addRow("#", "STATUS", "AGENT", "PROJECT", "SESSION", "LAST HEARD OF");
+    if (!sessions.empty()) addRow("#", "STATUS", "AGENT", "PROJECT", "SESSION", "FOR");
     for (std::size_t i = 0; i < sessions.size(); ++i) {
         const auto& session = sessions[i];
+        const auto reason = reasonText(session);
         addRow(std::to_string(i + 1), statusText(session),
                displayName(session.snapshot.key.provider), session.name,
-               session.snapshot.key.sessionID, TimeText::ago(session.snapshot.lastSeenAt, now));
+               session.snapshot.key.sessionID,
+               TimeText::lasting(statusSince(session), now) + (reason.empty() ? "" : " " + reason));
     }
     if (olderCount > 0)
         text += fmt::format("{} older {} not shown (sessions --all shows all).\n", olderCount,

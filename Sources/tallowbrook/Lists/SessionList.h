@@ -43,6 +43,9 @@ void encodeSession(RecordEncoder& encoder, const ListedSession& session, Instant
 
 enum class ListScope { recent, all };
 
+// Whether the name of a project stands for its session.
+enum class Projects { areTaken, areNotTaken };
+
 struct SessionList {
     // What waits for the user first, then the latest heard of. The sessions that a `recent` list
     // leaves out stand behind all others, so that a session has the same number in both lists.
@@ -55,9 +58,15 @@ struct SessionList {
                             const std::vector<SessionMark>& marks = {},
                             const AgentPresences& presences = {});
 
-    // The session that the user means by a number of the table, or by the beginning of an id that
-    // no other session here shares; programs name one by its storage id.
-    [[nodiscard]] std::expected<ListedSession, Sentence> find(std::string_view word) const;
+    // The session that the user means by a number of the table, by the beginning of an id that no
+    // other session here shares, by its name, or, unless projects mean something else to the
+    // caller, by its project; programs name one by its storage id. Of a project's sessions those
+    // that have ended are meant only where no other one is left.
+    [[nodiscard]] std::expected<ListedSession, Sentence> find(
+        std::string_view word, Projects projects = Projects::areTaken) const;
+
+    // Whether the word means several sessions.
+    bool isAmbiguous(std::string_view word, Projects projects = Projects::areTaken) const;
 
     // How much of each id, at least 8 characters, tells it from all others here.
     std::size_t shortIDLength() const;

@@ -6,8 +6,10 @@
 #include <array>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "Notifications/ReminderPolicy.h"
+#include "Output/NearestWord.h"
 #include "Output/TimeText.h"
 #include "Preferences/Muting.h"
 #include "Preferences/TimeOfDay.h"
@@ -93,6 +95,22 @@ std::string text(const ChannelChoice& choice) { return choice.text(); }
 
 std::string text(const std::string& command) { return command.empty() ? "off" : command; }
 
+// Which values there are of a type, in words.
+template <typename Value>
+constexpr std::string_view valuesOf = "";
+template <>
+constexpr std::string_view valuesOf<bool> = "on or off";
+template <>
+constexpr std::string_view valuesOf<Seconds> = "a number of seconds, up to a year";
+template <>
+constexpr std::string_view valuesOf<QuietHours> = "off, on, or hours such as 22:00-07:00";
+template <>
+constexpr std::string_view valuesOf<std::chrono::minutes> = "off, 5, 10, 15 or 30 (minutes)";
+template <>
+constexpr std::string_view valuesOf<std::string> = "off, or a command for /bin/sh";
+template <>
+constexpr std::string_view valuesOf<ChannelChoice> = "auto, or names such as desktop,lines";
+
 // A field of either record.
 template <typename Value>
 auto& fieldOf(auto& preferences, Value NotificationPreferences::* field) {
@@ -106,7 +124,9 @@ auto& fieldOf(auto& preferences, Value HostPreferences::* field) {
 template <auto field>
 constexpr PreferenceRow row(std::string_view name, std::string_view meaning) {
     return {
-        name, meaning, [](const Preferences& from) { return text(fieldOf(from, field)); },
+        name, meaning,
+        valuesOf<std::remove_cvref_t<decltype(fieldOf(std::declval<Preferences&>(), field))>>,
+        [](const Preferences& from) { return text(fieldOf(from, field)); },
         [](Preferences& to, std::string_view value) { return parse(value, fieldOf(to, field)); }};
 }
 
@@ -141,13 +161,20 @@ constexpr std::array rows{
 
 std::span<const PreferenceRow> preferenceRows() { return rows; }
 
+Sentence noPreference(std::string_view name) {
+    std::vector<std::string> names;
+    for (const auto& row : rows) names.emplace_back(row.name);
+    return Sentence{
+        fmt::format("There is no preference named \"{}\"{}", name, suggestion(name, names))};
+}
+
 std::expected<Preferences, Sentence> setPreference(Preferences preferences, std::string_view name,
                                                    std::string_view value) {
     const auto* row = std::ranges::find(rows, name, &PreferenceRow::name);
-    if (row == rows.end())
-        return std::unexpected(Sentence{fmt::format("There is no preference named \"{}\".", name)});
+    if (row == rows.end()) return std::unexpected(noPreference(name));
     if (!row->change(preferences, value))
-        return std::unexpected(Sentence{fmt::format("\"{}\" is no value for {}.", value, name)});
+        return std::unexpected(
+            Sentence{fmt::format("\"{}\" is no value for {}: give {}.", value, name, row->values)});
     if (preferences.notifications.maxEventAge <= ageOfEveryEvent && name == "maxEventAge")
         return std::unexpected(
             Sentence{"With maxEventAge 0 nothing would ever be told, since every event is older by "

@@ -16,6 +16,7 @@ namespace tallowbrook::host {
 struct PreferenceRow {
     std::string_view name;
     std::string_view meaning;
+    std::string_view values;                       // which there are, in words
     std::string (*show)(const Preferences& from);  // as `change` takes it
     // False when the value does not fit; nothing is changed then.
     bool (*change)(Preferences& to, std::string_view value);
@@ -23,6 +24,9 @@ struct PreferenceRow {
 
 // In the order in which they are shown.
 std::span<const PreferenceRow> preferenceRows();
+
+// That there is none of this name, and which one was meant perhaps.
+Sentence noPreference(std::string_view name);
 
 // The preferences with a new value: "on" or "off" for a switch; "off", "on" or "22:00-07:00" for
 // quiet hours; a number of seconds from 0 to 31536000 for an interval; "off" or one of

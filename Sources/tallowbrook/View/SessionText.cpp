@@ -1,44 +1,8 @@
 #include "View/SessionText.h"
 
-#include <algorithm>
-
-#include "Domain/AgentProfile.h"
-
 namespace tallowbrook::host {
-namespace {
-
-// Agents name errors as programs do: "server_error".
-std::string asWords(std::string name) {
-    std::ranges::replace(name, '_', ' ');
-    return name;
-}
-
-}  // namespace
-
 std::string agentText(const ListedSession& session) {
     return std::string{displayName(session.snapshot.key.provider)};
-}
-
-std::string reasonText(const ListedSession& session) {
-    const auto& detail = session.snapshot.statusDetail;
-    switch (session.status) {
-        case SessionStatus::needsAttention:
-            // The agent's own tool for a question is no news beside "has a question".
-            if (AgentProfile::of(session.snapshot.key.provider).asking(detail.toolName)) return {};
-            return detail.toolName.value_or("");
-        case SessionStatus::failed:
-            return asWords(detail.errorType.value_or(""));
-        case SessionStatus::completed:
-            return asWords(session.snapshot.endReason.value_or(""));
-        default:
-            return {};
-    }
-}
-
-Instant statusSince(const ListedSession& session) {
-    if (session.status == SessionStatus::stale) return session.snapshot.lastSeenAt;
-    if (hasEnded(session)) return session.snapshot.endedAt.value_or(session.snapshot.statusSince);
-    return session.snapshot.statusSince;
 }
 
 bool hasEnded(const ListedSession& session) {

@@ -6,18 +6,12 @@
 
 #include <string>
 
-#include "Lists/SessionList.h"
+#include "Lists/SessionWords.h"
 #include "View/Picture.h"
 
 namespace tallowbrook::host {
 
 std::string agentText(const ListedSession& session);
-
-// What it is about, in a word or two: "Bash", "server error"; empty where there is no more to say.
-std::string reasonText(const ListedSession& session);
-
-// Since when it is as `statusText` of the lists says.
-Instant statusSince(const ListedSession& session);
 
 bool hasEnded(const ListedSession& session);
 

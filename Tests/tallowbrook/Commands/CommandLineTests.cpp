@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <set>
+#include <sstream>
 
 namespace tallowbrook::host {
 namespace {
@@ -33,6 +34,14 @@ TEST(CommandLine, namesTheStatusesInTheHelpOfEachCommand) {
     for (const auto* command : commandsOf(line.tree()))
         EXPECT_NE(command->help().find("Exit status: 0 done"), std::string::npos)
             << command->get_name();
+}
+
+TEST(CommandLine, helpsOnAScreenOf80Columns) {
+    const CommandLine line;
+    for (const auto* command : commandsOf(line.tree())) {
+        std::istringstream help{command->help()};
+        for (std::string row; std::getline(help, row);) EXPECT_LE(row.size(), 80U) << row;
+    }
 }
 
 TEST(CommandLine, givesNoShortNameTwice) {

@@ -6,6 +6,7 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
+#include "Lists/SessionWords.h"
 #include "SessionState/SessionSnapshotCoding.h"
 #include "Support/EnvironmentVariable.h"
 #include "Support/SampleEvents.h"
@@ -39,6 +40,13 @@ std::string rowOf(const SessionSnapshot& snapshot, Instant now = sampleTime) {
     const std::string table = SessionList::make({snapshot}, ListScope::all, now).table(now);
     const std::size_t start = table.find('\n') + 1;
     return table.substr(start);
+}
+
+// Behind the time: " Bash", or nothing.
+std::string reasonOf(const SessionSnapshot& snapshot) {
+    const auto list = SessionList::make({snapshot}, ListScope::all, sampleTime);
+    const auto reason = reasonText(list.sessions.front());
+    return reason.empty() ? "" : " " + reason;
 }
 
 TEST(SessionList, beginsWithWhatWaitsForTheUser) {
@@ -198,11 +206,11 @@ TEST(SessionList, namesEachStatusInItsTable) {
              Row{session("S", interrupted), "interrupted     "},
              Row{session("S", unknown), "unknown         "},
          })
-        EXPECT_EQ(
-            rowOf(snapshot),
-            "  1  " + status + "  Claude Code  proj                      S          just now\n");
+        EXPECT_EQ(rowOf(snapshot), "  1  " + status +
+                                       "  Claude Code  proj                  S         <1 min" +
+                                       reasonOf(snapshot) + "\n");
     EXPECT_EQ(rowOf(session("S", working), sampleTime + hours{1}),
-              "  1  stale             Claude Code  proj                      S          1 h ago\n");
+              "  1  stale             Claude Code  proj                  S         1 h\n");
 }
 
 TEST(SessionList, keepsItsColumnsWhateverTheProjectIsCalled) {
@@ -212,25 +220,25 @@ TEST(SessionList, keepsItsColumnsWhateverTheProjectIsCalled) {
         std::string column;
     };
     for (const auto& [why, cwd, column] : {
-             Row{"absent", std::nullopt, "Project unavailable     "},
-             Row{"the root", "/", "/                       "},
-             Row{"24 letters", "/abcdefghijklmnopqrstuvwx", "abcdefghijklmnopqrstuvwx"},
-             Row{"25 letters", "/abcdefghijklmnopqrstuvwxy", "abcdefghijklmnopqrstuvw\xE2\x80\xA6"},
-             Row{"wide letters", "/\u65E5\u672C", "\u65E5\u672C                    "},
-             Row{"a control character", "/a\tb", "a\uFFFDb                     "},
+             Row{"absent", std::nullopt, "Project unavailable "},
+             Row{"the root", "/", "/                   "},
+             Row{"20 letters", "/abcdefghijklmnopqrst", "abcdefghijklmnopqrst"},
+             Row{"21 letters", "/abcdefghijklmnopqrstu", "abcdefghijklmnopqrs\xE2\x80\xA6"},
+             Row{"wide letters", "/\u65E5\u672C", "\u65E5\u672C                "},
+             Row{"a control character", "/a\tb", "a\uFFFDb                 "},
          }) {
         auto snapshot = session("S", SessionStatus::completed);
         snapshot.cwd = cwd;
         EXPECT_EQ(rowOf(snapshot),
-                  "  1  completed         Claude Code  " + column + "  S          just now\n")
+                  "  1  completed         Claude Code  " + column + "  S         <1 min\n")
             << why;
     }
 }
 
 TEST(SessionList, showsOnlyTheBeginningOfLongSessionIds) {
     EXPECT_EQ(rowOf(session("0123456789", SessionStatus::completed)),
-              "  1  completed         Claude Code  proj                      "
-              "01234567   just now\n");
+              "  1  completed         Claude Code  proj                  "
+              "01234567  <1 min\n");
 }
 
 TEST(SessionList, withoutSessionsSaysSo) {
@@ -292,6 +300,56 @@ TEST(SessionList, findsASessionByItsNumber) {
     EXPECT_EQ(list.find("2")->snapshot.key.sessionID, "bbbb");
     EXPECT_FALSE(list.find("0"));
     EXPECT_FALSE(list.find("3"));
+}
+
+SessionSnapshot inProject(const std::string& id, const std::string& project,
+                          SessionStatus status = SessionStatus::working) {
+    auto snapshot = session(id, status);
+    snapshot.cwd = "/Users/x/" + project;
+    return snapshot;
+}
+
+std::string foundBy(const SessionList& list, std::string_view word,
+                    Projects projects = Projects::areTaken) {
+    const auto found = list.find(word, projects);
+    return found ? found->snapshot.key.sessionID : found.error().text();
+}
+
+TEST(SessionList, findsASessionByItsProjectAndByItsName) {
+    const auto list = SessionList::make(
+        {inProject("a", "docs-site"), inProject("b", "infra"), inProject("c", "infra")},
+        ListScope::all, sampleTime);
+    EXPECT_EQ(foundBy(list, "docs-site"), "a");
+    EXPECT_EQ(foundBy(list, "infra #2"), "c");
+    EXPECT_EQ(foundBy(list, "docs"),
+              "There is no session \"docs\". \"tallowbrook sessions\" lists them.");
+    EXPECT_FALSE(list.find("docs-site", Projects::areNotTaken));
+    EXPECT_EQ(foundBy(list, "infra #2", Projects::areNotTaken), "c");
+}
+
+TEST(SessionList, listsTheSessionsOfAProjectThatHasSeveral) {
+    const EnvironmentVariable zone{"TZ", "UTC"};
+    tzset();
+    auto left = inProject("c", "infra", SessionStatus::completed);
+    left.sessionEnded = true;
+    const auto list = SessionList::make(
+        {inProject("a", "infra", SessionStatus::needsAttention), inProject("b", "infra"), left},
+        ListScope::all, sampleTime);
+    EXPECT_TRUE(list.isAmbiguous("infra"));
+    EXPECT_FALSE(list.isAmbiguous("docs-site"));
+    EXPECT_EQ(foundBy(list, "infra"),
+              "2 sessions are of \"infra\": 1 is infra #1 (needs permission since 03:30), "
+              "2 is infra #2 (working since 03:30). Give the number or the beginning of the id.");
+}
+
+TEST(SessionList, takesAProjectForTheOneSessionThatHasNotEnded) {
+    auto left = inProject("left", "infra", SessionStatus::completed);
+    left.sessionEnded = true;
+    EXPECT_EQ(
+        foundBy(SessionList::make({inProject("b", "infra"), left}, ListScope::all, sampleTime),
+                "infra"),
+        "b");
+    EXPECT_EQ(foundBy(SessionList::make({left}, ListScope::all, sampleTime), "infra"), "left");
 }
 
 TEST(SessionList, findsASessionByABeginningThatNoOtherShares) {

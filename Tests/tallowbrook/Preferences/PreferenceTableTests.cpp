@@ -100,9 +100,10 @@ TEST(PreferenceTable, refusesValuesThatDoNotFit) {
              Row{"channels", "auto,desktop"},
              Row{"channels", "pigeon"},
          }) {
+        const auto row = std::ranges::find(preferenceRows(), name, &PreferenceRow::name);
         EXPECT_EQ(setPreference({}, name, value),
-                  std::unexpected(
-                      Sentence{"\"" + std::string{value} + "\" is no value for " + name + "."}));
+                  std::unexpected(Sentence{"\"" + std::string{value} + "\" is no value for " +
+                                           name + ": give " + std::string{row->values} + "."}));
     }
     const auto mute = setPreference({}, "maxEventAge", "0");
     ASSERT_FALSE(mute);
