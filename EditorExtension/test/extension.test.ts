@@ -7,7 +7,7 @@ import { afterEach, beforeEach, test } from "node:test";
 import { dataHome, SharedFiles } from "../src/dataHome";
 import { publishedWindows, WindowRecord } from "../src/windowRecord";
 import { FakeEditor, Shape } from "./fakeEditor";
-import { sample, temporaryDirectory, waitUntil } from "./support";
+import { runningState, sample, temporaryDirectory, waitUntil } from "./support";
 
 const bundle = path.join(__dirname, "..", "extension.js");
 let files: SharedFiles;
@@ -136,4 +136,77 @@ test("many terminals at once are published in a few writes", async () => {
     await shellsArePublished(4242, ...shells);
     watcher.close();
     assert.ok(writes.size <= 3, `${String(writes.size)} writes`);
+});
+
+function writeState(text: string): void {
+    fs.writeFileSync(`${files.state}.unfinished`, text);
+    fs.renameSync(`${files.state}.unfinished`, files.state);
+}
+
+test("the status bar counts the sessions that wait, while any does", async () => {
+    const editor = open({}, 850);
+    await shellsArePublished(850);
+    assert.equal(editor.status, undefined);
+    writeState(runningState());
+    await waitUntil(() => editor.status === "2 waiting");
+    writeState(runningState().replace(/"waiting":\[.*\]/, '"waiting":[]'));
+    await waitUntil(() => editor.status === undefined);
+    writeState(runningState());
+    await waitUntil(() => editor.status === "2 waiting");
+    fs.unlinkSync(files.state);
+    await waitUntil(() => editor.status === undefined);
+});
+
+test("of the sessions that are listed, one in this window is shown", async () => {
+    const editor = open({}, 850);
+    await shellsArePublished(850);
+    writeState(runningState());
+    await editor.run("tallowbrook.showWaiting");
+    assert.deepEqual(
+        editor.offered.map(({ label, description, detail }) => [label, description, detail]),
+        [
+            ['a "b"', "Claude Code needs permission", "In this window"],
+            [
+                "proj",
+                "Claude Code needs permission",
+                "Not in a terminal of this window; it works in /src/proj",
+            ],
+        ],
+    );
+    assert.deepEqual(editor.shown, [850]);
+    assert.deepEqual(editor.messages, []);
+});
+
+test("of one that is elsewhere the editor says where", async () => {
+    const editor = open({}, 851);
+    await shellsArePublished(851);
+    writeState(runningState());
+    fs.writeFileSync(
+        path.join(files.editors, "window-other.json"),
+        sample("editor-window-1.json").replace("4242", String(process.ppid)),
+    );
+    await editor.run("tallowbrook.nextWaiting");
+    await editor.run("tallowbrook.nextWaiting");
+    assert.deepEqual(editor.shown, []);
+    assert.deepEqual(editor.messages, [
+        'a "b": Claude Code needs permission. In another window of Visual Studio Code: ' +
+            "/Users/x/proj.code-workspace.",
+        "proj: Claude Code needs permission. Not in a terminal of this window; it works in " +
+            "/src/proj.",
+    ]);
+});
+
+test("the commands say so where no session waits", async () => {
+    const editor = open();
+    await editor.run("tallowbrook.nextWaiting");
+    await editor.run("tallowbrook.showWaiting");
+    assert.deepEqual(editor.messages, ["No session waits for you.", "No session waits for you."]);
+    assert.deepEqual(editor.offered, []);
+});
+
+test("a name cannot draw an icon in the list", async () => {
+    const editor = open();
+    writeState(runningState().replace('"project":"proj"', '"project":"$(trash)"'));
+    await editor.run("tallowbrook.showWaiting");
+    assert.equal(editor.offered[1]?.label, "\\$(trash)");
 });

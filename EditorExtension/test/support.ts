@@ -23,3 +23,8 @@ export async function waitUntil(isTrue: () => boolean): Promise<void> {
 
 /** An id that no process has: beyond the largest that a system gives. */
 export const noProcess = 2 ** 22 + 1;
+
+/** The sample of the host's state, written by a process that runs: this one, unless another. */
+export function runningState(host = process.pid): string {
+    return sample("editor-state-1.json").replace('"hostPid":4242', `"hostPid":${String(host)}`);
+}

@@ -47,7 +47,8 @@ class SessionStore {
     std::vector<SessionSnapshot> sessions(const std::set<std::string>& storageIDs);
     std::vector<SessionSnapshot> sessionsSeenSince(Instant time);
     std::vector<SessionSnapshot> sessionsThatWait(Instant seenSince);
-    // Without the setup's own.
+    // Without the setup's own, both.
+    std::int64_t countOfWorkingSessions(Instant seenSince);
     std::int64_t countOfSessionsSeenBefore(Instant time);
 
     std::int64_t addSession(const SessionSnapshot& snapshot);

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Focus/EditorShells.h"
+
 namespace tallowbrook::host {
 namespace {
 
@@ -13,6 +15,16 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds leadersLook{2000};
 // No signal says that another host has stored what a signal announced.
 constexpr std::chrono::milliseconds onlookersLook{500};
+
+StateFile::ShellOf editorShells(const TallowbrookPaths& paths) {
+    return [paths, operations = FocusOperations::live()](
+               const SessionSnapshot& session) -> std::optional<pid_t> {
+        const auto windows = EditorBridge::windows(paths.editorsDirectory());
+        const auto owner = editorShellOf(session, windows, operations);
+        if (!owner) return std::nullopt;
+        return owner->shellPid;
+    };
+}
 
 }  // namespace
 
@@ -30,7 +42,13 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
                {.now = currentInstant,
                 .calendar = Calendar::current,
                 .news = [this] { return refused_.takeNews(database_, currentInstant()); }}},
-      onlooker_{database, channels_.front(), troubles_} {}
+      onlooker_{database, channels_.front(), troubles_},
+      state_{paths_, editorShells(paths_)} {}
+
+Host::~Host() {
+    // Nobody keeps it right from here on.
+    if (leads()) state_.remove();
+}
 
 std::expected<void, FileError> Host::tryToLead() {
     auto lock = HostLock::tryAcquire(paths_);
@@ -76,7 +94,9 @@ bool Host::pass() {
     }
     // Before the pass: what is written meanwhile must look like news afterwards.
     seenSpool_ = SpoolState::of(paths_);
-    return watcher_.pass();
+    const bool passed = watcher_.pass();
+    state_.update(database_, currentInstant());
+    return passed;
 }
 
 void Host::attachTo(PollLoop& loop) {

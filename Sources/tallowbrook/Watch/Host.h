@@ -12,6 +12,7 @@
 #include "Watch/Onlooker.h"
 #include "Watch/RefusedEvents.h"
 #include "Watch/SpoolState.h"
+#include "Watch/StateFile.h"
 #include "Watch/Watcher.h"
 
 namespace tallowbrook::host {
@@ -25,6 +26,7 @@ class Host {
          Troubles::Say say);
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
+    ~Host();
 
     // Leads from here on if no other host does. Fails when the lock cannot be taken at all.
     [[nodiscard]] std::expected<void, FileError> tryToLead();
@@ -50,6 +52,7 @@ class Host {
     RefusedEvents refused_;
     Watcher watcher_;
     Onlooker onlooker_;
+    StateFile state_;
     std::optional<HostLock> lock_;
 
     SpoolState seenSpool_;
