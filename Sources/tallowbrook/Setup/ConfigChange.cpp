@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iostream>
 #include <optional>
 
 #include "Output/ExitStatus.h"
@@ -12,22 +11,10 @@
 #include "Output/StandardStreams.h"
 #include "Setup/BackupPruning.h"
 #include "Setup/DiffView.h"
+#include "Setup/Question.h"
 
 namespace tallowbrook::host {
 namespace {
-
-// Anything but a yes is a no, the end of the input too. Absent when the question cannot be shown.
-std::optional<bool> agrees(const std::filesystem::path& file) {
-    const auto question = fmt::format("Change {}? [y/N] ", PrintableText::printable(file.string()));
-    if (StandardStreams::showAsResult(question) != ExitStatus::done) return std::nullopt;
-    std::string answer;
-    if (!std::getline(std::cin, answer)) {
-        // The line of the question is still open.
-        StandardStreams::mention("\n");
-        return false;
-    }
-    return answer == "y" || answer == "Y" || answer == "yes";
-}
 
 // The user may mean the other names to follow, as with a file that is linked into a repository.
 void mentionOtherNames(const std::filesystem::path& file) {
@@ -97,7 +84,11 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
             return ReviewOutcome::failed;
         mentionOtherNames(plan.fileURL);
         if (options.dryRun) return ReviewOutcome::previewed;
-        const auto agreed = options.assumeYes ? std::optional{true} : agrees(plan.fileURL);
+        const auto agreed =
+            options.assumeYes
+                ? std::optional{true}
+                : agreesTo(fmt::format("Change {}? [y/N] ",
+                                       PrintableText::printable(plan.fileURL.string())));
         if (!agreed) return ReviewOutcome::failed;
         if (!*agreed) {
             StandardStreams::mention(fmt::format("{} was left as it is.\n",
