@@ -27,6 +27,7 @@ struct Shell {
 };
 
 struct FocusInEditor : testing::Test {
+    // An agent is a program of its name; this one ends with its standard input.
     SetupHome home;
     std::filesystem::path project = home.directory.path / "project";
 
@@ -66,21 +67,37 @@ TEST_F(FocusInEditor, showsTheTerminalWhoseShellIsInTheSessionsDirectory) {
 }
 
 TEST_F(FocusInEditor, ofSeveralTerminalsThereShowsTheOneWithTheAgent) {
-    std::filesystem::copy_file("/bin/sleep", home.directory.path / "claude");
+    std::filesystem::copy_file("/bin/cat", home.directory.path / "claude");
     const Shell beside{project};
-    const Shell shell{project, (home.directory.path / "claude").string() + " 1000; read line"};
+    const Shell shell{project, (home.directory.path / "claude").string() + "; read line"};
     EditorWindowProgram window{home.environment, {beside.pid, shell.pid}};
     waitForShells(2);
     expectThatFocusShows(window, shell);
 }
 
 TEST_F(FocusInEditor, findsTheAgentWhereItsShellHasStayedElsewhere) {
-    std::filesystem::copy_file("/bin/sleep", home.directory.path / "claude");
-    const Shell shell{home.directory.path,
-                      "(cd " + project.string() + " && ../claude 1000); read line"};
+    std::filesystem::copy_file("/bin/cat", home.directory.path / "claude");
+    const Shell shell{home.directory.path, "(cd " + project.string() + " && ../claude); read line"};
     EditorWindowProgram window{home.environment, {shell.pid}};
     waitForShells(1);
     expectThatFocusShows(window, shell);
+}
+
+TEST_F(FocusInEditor, isMissedByTheReportWhereSessionsRunWithoutTheExtension) {
+    std::filesystem::copy_file("/bin/cat", home.directory.path / "claude");
+    // An editor by its name alone: a shell whose child is the agent.
+    std::filesystem::copy_file("/bin/sh", home.directory.path / "cursor");
+    RunningProgram cursor{{.program = home.directory.path / "cursor",
+                           .arguments = {"-c", "echo up; ../claude; :"},
+                           .inputStaysOpen = true,
+                           .directory = project}};
+    ASSERT_TRUE(cursor.waitForOutput("up\n"));
+    const auto expected = "Cursor: extension missing, sessions in it · see setup --editors\n";
+    waitUntil([&] { return run(home.plainHostCall({"doctor"})).output.contains(expected); });
+    std::filesystem::create_directories(home.user / ".cursor" / "extensions" /
+                                        "tallowbrook.tallowbrook-0.1.0");
+    EXPECT_THAT(run(home.plainHostCall({"doctor"})).output,
+                HasSubstr("Cursor: extension installed\n"));
 }
 
 }  // namespace

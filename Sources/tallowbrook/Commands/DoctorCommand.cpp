@@ -5,6 +5,7 @@
 
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
+#include "Commands/EditorsCommand.h"
 #include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticsReport.h"
 #include "EventBridge/SpoolDrainer.h"
@@ -13,6 +14,7 @@
 #include "Lists/SessionList.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
+#include "Preferences/HostSettings.h"
 #include "Setup/AgentHealth.h"
 #include "Setup/ProgramLocation.h"
 #include "Store/SessionStore.h"
@@ -28,15 +30,20 @@ constexpr std::size_t logLines = 10;
 using Records = std::optional<std::map<Provider, IntegrationHealthRecord>>;
 
 // A database that fails is part of what the report is for.
-Records addStored(DiagnosticsReport& report, const TallowbrookPaths& paths, Instant now) {
+Records addStored(DiagnosticsReport& report, std::vector<SessionSnapshot>& running,
+                  const TallowbrookPaths& paths, Instant now) {
     Records records{std::in_place};
     const auto read = tryDatabaseIfAny(paths, [&](Database* database) {
         if (database == nullptr) return;
         SessionStore store{*database};
         report.storedEventCount = store.eventCount();
         report.lastEventAt = store.newestEventAt();
-        for (const auto& session : listedSessions(*database, ListScope::all, now).sessions)
+        for (auto& session : listedSessions(*database, ListScope::all, now).sessions) {
             ++report.sessionCountsByStatus[std::string{rawValue(session.status)}];
+            const bool isRecent = now - session.snapshot.lastSeenAt <= listedFor;
+            if (isRecent && !session.snapshot.sessionEnded)
+                running.push_back(std::move(session.snapshot));
+        }
         Settings settings{*database};
         for (const auto provider : allCases<Provider>())
             records->emplace(provider, settings.integrationHealth(provider));
@@ -92,8 +99,10 @@ int doctor(const TallowbrookPaths& paths) {
     report.notificationAuthorization = "not needed, printed in the terminal";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
-    addAgents(report, addStored(report, paths, now), now);
-    return StandardStreams::showAsResult(PrintableText::printableLines(report.render()) + "\n");
+    std::vector<SessionSnapshot> running;
+    addAgents(report, addStored(report, running, paths, now), now);
+    return StandardStreams::showAsResult(PrintableText::printableLines(report.render()) + "\n" +
+                                         editorReport(running));
 }
 
 void addDoctorCommand(CommandLine& line) {

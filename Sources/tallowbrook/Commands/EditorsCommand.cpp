@@ -2,7 +2,10 @@
 
 #include <fmt/core.h>
 
+#include <set>
+
 #include "Focus/BoundedRun.h"
+#include "Focus/EditorOfSession.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
 #include "Setup/EditorSetup.h"
@@ -61,6 +64,28 @@ int removeFromEditors(const TallowbrookPaths& paths, const ReviewOptions& option
     return withEditors(paths, options, [&](const auto& editors) {
         return removeFromEditors(editors, liveOperations(), options);
     });
+}
+
+std::string editorReport(const std::vector<SessionSnapshot>& sessions) {
+    const auto home = userHome();
+    const auto operations = FocusOperations::live();
+    std::set<std::string_view> here;
+    std::set<std::string_view> withSessions;
+    for (const auto& program : editorPrograms(home)) here.insert(program.editor->name);
+    for (const auto& session : sessions)
+        if (const auto* editor = editorOf(session, operations)) withSessions.insert(editor->name);
+    std::string text;
+    for (const auto& editor : EditorBridge::editors) {
+        const bool hasSessions = withSessions.contains(editor.name);
+        if (editor.hasExtension(home))
+            text += fmt::format("{}: extension installed\n", editor.name);
+        else if (hasSessions)
+            text += fmt::format("{}: extension missing, sessions in it · see setup --editors\n",
+                                editor.name);
+        else if (here.contains(editor.name))
+            text += fmt::format("{}: extension not installed\n", editor.name);
+    }
+    return text;
 }
 
 }  // namespace tallowbrook::host
