@@ -11,6 +11,7 @@ namespace tallowbrook {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 // A shell that says who it is and then waits, as one does in an editor's terminal.
 struct Shell {
@@ -81,6 +82,22 @@ TEST_F(FocusInEditor, findsTheAgentWhereItsShellHasStayedElsewhere) {
     EditorWindowProgram window{home.environment, {shell.pid}};
     waitForShells(1);
     expectThatFocusShows(window, shell);
+}
+
+TEST_F(FocusInEditor, isToldToTheEditorAlsoWhereItsWindowOpensLater) {
+    const Shell shell{project};
+    AgentEvent event = currentEvent("S1");
+    event.cwd = project;
+    event.category = EventCategory::attentionRequested;
+    event.attention = AttentionKind::permission;
+    home.spool(event);
+    RunningProgram host{home.plainHostCall({"watch"})};
+    const auto file = home.paths.home / "state.json";
+    waitUntil([&] { return std::filesystem::exists(file); });
+    EXPECT_THAT(contentsOf(file), Not(HasSubstr("shellPid")));
+    EditorWindowProgram window{home.environment, {shell.pid}};
+    waitUntil(
+        [&] { return contentsOf(file).contains("\"shellPid\":" + std::to_string(shell.pid)); });
 }
 
 TEST_F(FocusInEditor, isMissedByTheReportWhereSessionsRunWithoutTheExtension) {

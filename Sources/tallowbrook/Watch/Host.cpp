@@ -143,7 +143,7 @@ void Host::lookAround() {
     const bool wasSetBack = now < std::exchange(seenClock_, now);
     const auto due = watcher_.nextDue();
     const bool isDue = due && *due <= now;
-    if (!leads() || isDue || wasSetBack || refused_.mayHaveNews() ||
+    if (!leads() || isDue || wasSetBack || refused_.mayHaveNews() || state_.mayHaveNews() ||
         SpoolState::of(paths_) != seenSpool_) {
         pass();
         return;

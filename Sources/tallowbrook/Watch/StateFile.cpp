@@ -62,6 +62,15 @@ void StateFile::update(Database& database, Instant now) noexcept {
     }
 }
 
+bool StateFile::mayHaveNews() const {
+    if (shells_.empty()) return false;
+    std::error_code error;
+    const auto windowsAsOf = std::filesystem::last_write_time(paths_.editorsDirectory(), error);
+    return !error && std::ranges::any_of(shells_, [&](const auto& known) {
+        return known.second.windowsAsOf != windowsAsOf;
+    });
+}
+
 void StateFile::remove() { unlink(location(paths_).c_str()); }
 
 std::string StateFile::contents(Database& database, Instant now) {
@@ -101,8 +110,8 @@ std::optional<pid_t> StateFile::shellOf(const SessionSnapshot& session) {
     // until the session waits anew or an editor's windows change.
     std::error_code error;
     const auto windowsAsOf = std::filesystem::last_write_time(paths_.editorsDirectory(), error);
-    if (error) return std::nullopt;
     auto& known = shells_[session.id()];
+    if (error) return std::nullopt;
     if (known.waitingSince != session.statusSince || known.windowsAsOf != windowsAsOf)
         known = {session.statusSince, windowsAsOf, findShell_(session)};
     return known.pid;

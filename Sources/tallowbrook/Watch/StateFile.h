@@ -27,6 +27,9 @@ class StateFile {
     // tries again.
     void update(Database& database, Instant now) noexcept;
 
+    // Whether an editor's windows have changed, by which a session that waits may be found.
+    bool mayHaveNews() const;
+
     void remove();
 
  private:

@@ -123,6 +123,20 @@ TEST_F(StateForOthers, looksForAShellOnceUntilTheWindowsChange) {
     EXPECT_THAT(text(), testing::HasSubstr("\"shellPid\":850"));
 }
 
+TEST_F(StateForOthers, mayHaveNewsOnlyAfterWindowsHaveChangedWhileASessionWaits) {
+    state.update(database, now);
+    std::filesystem::create_directory(home.paths.editorsDirectory());
+    EXPECT_FALSE(state.mayHaveNews());
+    std::filesystem::remove(home.paths.editorsDirectory());
+    add("S1", SessionStatus::needsAttention, minutes{1});
+    state.update(database, now);
+    EXPECT_FALSE(state.mayHaveNews());
+    std::filesystem::create_directory(home.paths.editorsDirectory());
+    EXPECT_TRUE(state.mayHaveNews());
+    state.update(database, now);
+    EXPECT_FALSE(state.mayHaveNews());
+}
+
 TEST_F(StateForOthers, isGivenUpQuietlyWhereItCannotBeWritten) {
     std::filesystem::create_directory(file());
     writeContents(file() / "something", "");
