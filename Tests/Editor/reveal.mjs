@@ -6,9 +6,9 @@ import * as path from "node:path";
 
 import { Page, printed, until } from "./browser.mjs";
 
-const [browser, codeServer, programs, picture] = process.argv.slice(2).map((each, index) =>
-    index === 0 ? each : path.resolve(each),
-);
+const [browser, codeServer, programs, picture] = process.argv
+    .slice(2)
+    .map((each, index) => (index === 0 ? each : path.resolve(each)));
 const root = fs.mkdtempSync(path.join(os.tmpdir(), "tallowbrook-editor-"));
 const home = path.join(root, "home");
 const project = path.join(root, "checkout-api");
@@ -69,13 +69,23 @@ async function main() {
 
     const server = spawn(
         process.execPath,
-        [codeServer, ...place, "--auth", "none", "--disable-telemetry", "--disable-update-check"]
-            .concat(["--disable-workspace-trust", "--bind-addr", "127.0.0.1:0", project]),
+        [
+            codeServer,
+            ...place,
+            "--auth",
+            "none",
+            "--disable-telemetry",
+            "--disable-update-check",
+        ].concat(["--disable-workspace-trust", "--bind-addr", "127.0.0.1:0", project]),
         { env: environment },
     );
     running.push(server);
     const [, address] = await printed(server, "stdout", /listening on (http:\S+)/);
-    const page = await Page.open(browser, path.join(root, "profile"), `${address}?folder=${project}`);
+    const page = await Page.open(
+        browser,
+        path.join(root, "profile"),
+        `${address}?folder=${project}`,
+    );
     running.push(page.program);
     opened = page;
     const pageHas = (selector, text) =>
