@@ -94,9 +94,10 @@ bool Host::pass() {
     }
     // Before the pass: what is written meanwhile must look like news afterwards.
     seenSpool_ = SpoolState::of(paths_);
-    const bool passed = watcher_.pass();
+    // A database that fails is not waited for a second time: the next pass tells what there is.
+    if (!watcher_.pass()) return false;
     state_.update(database_, currentInstant());
-    return passed;
+    return true;
 }
 
 void Host::attachTo(PollLoop& loop) {
