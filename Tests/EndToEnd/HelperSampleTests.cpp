@@ -100,6 +100,8 @@ TEST(HelperSamples, noneIsLeftOut) {
     std::set<std::string> files;
     for (const auto& entry : std::filesystem::directory_iterator{samples})
         if (entry.path().extension() == ".json") files.insert(entry.path().stem().string());
+    // What no agent says: the files that the programs share with the editors' extension.
+    std::erase_if(files, [](const std::string& file) { return file.starts_with("editor-"); });
     std::set<std::string> expected;
     for (const Sample& sample : expectedEvents) expected.insert(sample.file);
     EXPECT_EQ(files, expected);

@@ -92,9 +92,8 @@ TEST(Mute, keepsQuietOfOneSession) {
     EXPECT_THAT(watched.output, HasSubstr("needs permission: proj"));
     EXPECT_EQ(untoldReasons(home), "muted");
 
-    EXPECT_EQ(
-        home.host({"unmute", "S1"}),
-        (ProgramResult{.status = 0, .output = "The session proj #1 is no longer muted.\n"}));
+    EXPECT_EQ(home.host({"unmute", "S1"}),
+              (ProgramResult{.status = 0, .output = "The session proj #1 is no longer muted.\n"}));
     home.claude("PermissionRequest", "S1");
     EXPECT_THAT(home.host({"watch", "--once"}).output, HasSubstr("needs permission: proj"));
 }

@@ -10,6 +10,7 @@ extern const char* const samples;         // Tests/Samples
 extern const char* const defaultCorpora;  // public files, where the user names no other place
 extern const char* const helper;
 extern const char* const host;
-extern const char* const applyPlan;  // of Tests/Faults, with the program built on Linux alone
+extern const char* const editorBundles;  // what script/build-editor makes
+extern const char* const applyPlan;      // of Tests/Faults, with the program built on Linux alone
 
 }  // namespace tallowbrook::BuildPaths

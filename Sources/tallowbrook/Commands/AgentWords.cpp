@@ -19,6 +19,10 @@ void AgentWords::addAgents(CommandWords& words, const std::string& whenUnnamed) 
     addConfigFile(words);
 }
 
+void AgentWords::addEditors(CommandWords& words, const std::string& meaning) {
+    words.addFlag("--editors", editors, meaning, "--config");
+}
+
 void AgentWords::addConfigFile(CommandWords& words) {
     words.addOption("--config", "FILE", configFile, "The configuration file to work on");
 }

@@ -14,12 +14,17 @@ namespace tallowbrook::host {
 struct AgentWords {
     std::vector<std::string> names;
     std::optional<std::string> configFile;
+    bool editors = false;
     ReviewOptions review;
 
     AgentChoice choice() const;
+    // Whether the words say both that editors and that agents are meant.
+    bool contradictThemselves() const { return editors && (!names.empty() || configFile); }
 
     // AGENT…, and --config FILE. `whenUnnamed` says which agents are meant without names.
     void addAgents(CommandWords& words, const std::string& whenUnnamed);
+    // --editors, in the place of agents. `meaning` says what happens to the extension.
+    void addEditors(CommandWords& words, const std::string& meaning);
     void addConfigFile(CommandWords& words);
     // --dry-run and --yes.
     void addReview(CommandWords& words);

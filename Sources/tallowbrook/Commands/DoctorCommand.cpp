@@ -9,6 +9,7 @@
 #include "Channels/LinesChannel.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
+#include "Commands/EditorsCommand.h"
 #include "Commands/HostRow.h"
 #include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticsReport.h"
@@ -19,6 +20,7 @@
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
+#include "Preferences/HostSettings.h"
 #include "Setup/AgentHealth.h"
 #include "Setup/ProgramLocation.h"
 #include "Store/SessionStore.h"
@@ -34,15 +36,20 @@ constexpr std::size_t logLines = 10;
 using Records = std::optional<std::map<Provider, IntegrationHealthRecord>>;
 
 // A database that fails is part of what the report is for.
-Records addStored(DiagnosticsReport& report, const TallowbrookPaths& paths, Instant now) {
+Records addStored(DiagnosticsReport& report, std::vector<SessionSnapshot>& running,
+                  const TallowbrookPaths& paths, Instant now) {
     Records records{std::in_place};
     const auto read = tryDatabaseIfAny(paths, [&](Database* database) {
         if (database == nullptr) return;
         SessionStore store{*database};
         report.storedEventCount = store.eventCount();
         report.lastEventAt = store.newestEventAt();
-        for (const auto& session : listedSessions(*database, ListScope::all, now).sessions)
+        for (auto& session : listedSessions(*database, ListScope::all, now).sessions) {
             ++report.sessionCountsByStatus[std::string{rawValue(session.status)}];
+            const bool isRecent = now - session.snapshot.lastSeenAt <= listedFor;
+            if (isRecent && !session.snapshot.sessionEnded)
+                running.push_back(std::move(session.snapshot));
+        }
         Settings settings{*database};
         for (const auto provider : allCases<Provider>())
             records->emplace(provider, settings.integrationHealth(provider));
@@ -119,11 +126,12 @@ int doctor(const TallowbrookPaths& paths) {
     report.notificationAuthorization = "not needed";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
-    const bool someReport = addAgents(report, addStored(report, paths, now), now);
+    std::vector<SessionSnapshot> running;
+    const bool someReport = addAgents(report, addStored(report, running, paths, now), now);
     const auto host = HostLock::holder(paths);
     const int shown = StandardStreams::showAsResult(
         PrintableText::printableLines(report.render() + "\n" + channelRows(paths)) + "\n" +
-        hostRow(host, now));
+        editorReport(running) + hostRow(host, now));
     // Where no agent reports, a host would have nothing to tell either.
     return shown == ExitStatus::done && !host && someReport ? ExitStatus::noHost : shown;
 }

@@ -8,6 +8,7 @@
 #include "Commands/AgentWords.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
+#include "Commands/EditorsCommand.h"
 #include "Commands/NotifyCommand.h"
 #include "Domain/AgentProfile.h"
 #include "Integrations/IntegrationSetup.h"
@@ -175,6 +176,13 @@ void offerTestNotification(const TallowbrookPaths& paths) {
         testNotification(paths);
 }
 
+int complainOfBoth() {
+    return StandardStreams::fail(
+        "Editors and agents are set up one after the other: name no agent "
+        "beside --editors.",
+        ExitStatus::wrongUsage);
+}
+
 }  // namespace
 
 int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const ReviewOptions& options) {
@@ -241,7 +249,9 @@ void addSetupCommands(CommandLine& line) {
     auto setupWords = line.add(
         "setup", "Let the agents report to tallowbrook",
         [given](const TallowbrookPaths& paths) {
-            return setup(paths, given->choice(), given->review);
+            if (given->contradictThemselves()) return complainOfBoth();
+            return given->editors ? setUpEditors(paths, given->review)
+                                  : setup(paths, given->choice(), given->review);
         },
         changeHelp +
             "\nThe helper and the database are put into the data directory before the first "
@@ -249,16 +259,21 @@ void addSetupCommands(CommandLine& line) {
             "to the\nstandard data directory alone.\n3 too: an agent is set up, but told to run no "
             "hooks.");
     given->addAgents(setupWords, "those that are there");
+    given->addEditors(setupWords, "Install the extension into the editors instead");
     given->addReview(setupWords);
 
     const auto givenToRemove = std::make_shared<AgentWords>();
     auto removeWords = line.add(
         "remove", "Take the hooks out of the agents' configuration again",
         [givenToRemove](const TallowbrookPaths& paths) {
-            return removeSetup(paths, givenToRemove->choice(), givenToRemove->review);
+            if (givenToRemove->contradictThemselves()) return complainOfBoth();
+            return givenToRemove->editors
+                       ? removeFromEditors(paths, givenToRemove->review)
+                       : removeSetup(paths, givenToRemove->choice(), givenToRemove->review);
         },
         changeHelp);
     givenToRemove->addAgents(removeWords, "those that are there");
+    givenToRemove->addEditors(removeWords, "Remove the extension from the editors instead");
     givenToRemove->addReview(removeWords);
 }
 

@@ -30,12 +30,11 @@ struct EditorPlace {
 };
 
 std::vector<EditorPlace> editorPlaces(const std::vector<EditorWindow>& windows,
-                                      const std::string& directory,
+                                      const std::string& directory, const AgentFamilies& families,
                                       const FocusOperations& operations) {
     std::vector<EditorPlace> places;
-    for (const auto& window : windows)
-        for (const pid_t shell : window.shellPids)
-            if (operations.directoryOf(shell) == directory) places.push_back({window, shell});
+    for (const auto& [window, shell] : editorShellsIn(directory, windows, families, operations))
+        places.push_back({window, shell});
     if (!places.empty()) return places;
     // A shell that has gone elsewhere, or whose directory is not told, still has its window.
     for (const auto& window : windows)
@@ -60,8 +59,8 @@ FocusOutcome DirectoryFocus::focus(const std::string& directory) const {
                       [&](const Tmux::Pane& pane) { return !hasAgent(pane.devicePath); });
         if (!withAgent.empty()) panes = std::move(withAgent);
     }
-    const auto places =
-        editorPlaces(EditorBridge::windows(editor.paths.editorsDirectory()), directory, operations);
+    const auto places = editorPlaces(EditorBridge::windows(editor.paths.editorsDirectory()),
+                                     directory, agentFamilies, operations);
 
     const auto count = panes.size() + places.size();
     if (count == 0)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Focus/EditorFocus.h"
+#include "Focus/EditorShells.h"
 #include "Focus/FocusOperations.h"
 #include "Focus/FocusOutcome.h"
 
@@ -13,10 +14,11 @@ struct DirectoryFocus {
     EditorFocus editor;
     // Whether an agent runs on this terminal device.
     std::function<bool(const std::string& devicePath)> hasAgent;
+    AgentFamilies agentFamilies;
 
     // Focuses the one tmux pane or editor window that works in this directory; of several panes
-    // the one with an agent. Where several remain, none: the wrong one would be worse than saying
-    // so.
+    // or terminals there the one with an agent. Where several remain, none: the wrong one would be
+    // worse than saying so.
     FocusOutcome focus(const std::string& directory) const;
 };
 

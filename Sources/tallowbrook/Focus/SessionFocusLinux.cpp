@@ -1,28 +1,11 @@
 #include <fmt/core.h>
 
-#include <algorithm>
-
-#include "Domain/AgentProfile.h"
+#include "Focus/AgentProcessesLinux.h"
 #include "Focus/DirectoryFocus.h"
 #include "Focus/SessionFocus.h"
-#include "Terminal/ProcessTable.h"
 
 namespace tallowbrook::host {
 namespace {
-
-bool isAgent(std::string_view program) {
-    return std::ranges::any_of(allCases<Provider>(), [&](Provider provider) {
-        return program == AgentProfile::of(provider).locations.executableName;
-    });
-}
-
-bool agentRunsOn(const std::string& devicePath) {
-    const auto terminal = TerminalDevice::parse(devicePath);
-    const auto device = terminal ? ProcessTable::deviceNumber(*terminal) : std::nullopt;
-    if (!device) return false;
-    return std::ranges::any_of(ProcessTable::processesOnDevice(*device),
-                               [](const auto& process) { return isAgent(process.name); });
-}
 
 // Encodes all but the unreserved characters of RFC 3986 and the slashes of a path.
 std::string percentEncoded(std::string_view path) {
@@ -53,7 +36,8 @@ FocusOutcome focusSession(const SessionSnapshot& session, const TallowbrookPaths
         const auto result = operations.run(*opener, {url});
         return result && result->status == 0;
     };
-    const DirectoryFocus focus{operations, EditorFocus{paths, operations, open}, agentRunsOn};
+    const DirectoryFocus focus{operations, EditorFocus{paths, operations, open}, agentRunsOn,
+                               agentFamiliesIn};
     return focus.focus(*session.cwd);
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "Focus/EditorShells.h"
 #include "Focus/Tmux.h"
 
 namespace tallowbrook::host {
@@ -68,7 +69,7 @@ FocusOutcome TabFocus::focusDirectly(const std::string& deviceName,
         const auto bundle = bundleOf(process.pid);
         if (!bundle) continue;
         if (const auto app = terminalAppOf(*bundle)) return focusInApp(*app, deviceName);
-        if (editors.contains(*bundle)) return focusInEditor(*bundle, deviceName, chain);
+        if (editors.contains(*bundle)) return focusInEditor(*bundle, deviceName);
     }
     return tryEveryApp(deviceName);
 }
@@ -88,15 +89,10 @@ FocusOutcome TabFocus::focusInApp(TerminalApp app, const std::string& deviceName
     return FocusOutcome::nothing(fmt::format("{} {}.", displayName(app), reason));
 }
 
-FocusOutcome TabFocus::focusInEditor(const std::string& bundle, const std::string& deviceName,
-                                     const std::vector<TerminalHost::Process>& chain) const {
-    // Where a program has opened a device of its own, the editor's shell stands above it.
-    std::vector<pid_t> processes;
-    for (const auto& process : operations_.processesOnDevice(deviceName))
-        processes.push_back(process.pid);
-    for (const auto& process : chain) processes.push_back(process.pid);
+FocusOutcome TabFocus::focusInEditor(const std::string& bundle,
+                                     const std::string& deviceName) const {
     const auto owner =
-        EditorBridge::owner(processes, EditorBridge::windows(paths_.editorsDirectory()));
+        editorShellOn(deviceName, EditorBridge::windows(paths_.editorsDirectory()), operations_);
     const auto& editors = EditorBridge::editors;
     const auto editor = std::ranges::find(editors, bundle, &EditorApp::bundleIdentifier);
     if (!owner) {

@@ -26,8 +26,7 @@ class TabFocus {
     FocusOutcome focusDirectly(const std::string& deviceName,
                                const std::vector<TerminalHost::Process>& chain) const;
     FocusOutcome focusInApp(TerminalApp app, const std::string& deviceName) const;
-    FocusOutcome focusInEditor(const std::string& bundle, const std::string& deviceName,
-                               const std::vector<TerminalHost::Process>& chain) const;
+    FocusOutcome focusInEditor(const std::string& bundle, const std::string& deviceName) const;
     FocusOutcome tryEveryApp(const std::string& deviceName) const;
 
     // "com.apple.Terminal" for the process of an application.

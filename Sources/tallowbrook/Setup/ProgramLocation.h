@@ -12,4 +12,7 @@ std::optional<std::filesystem::path> runningProgram();
 // The helper that came with the running program: beside it, else in ../libexec/tallowbrook/.
 std::optional<std::filesystem::path> bundledHelper();
 
+// The editors' extension that came with it: beside it, else in ../share/tallowbrook/.
+std::optional<std::filesystem::path> bundledExtension();
+
 }  // namespace tallowbrook::host

@@ -51,7 +51,8 @@ class SessionStore {
     std::vector<SessionSnapshot> sessionsThatWait(Instant seenSince);
     std::vector<SessionSnapshot> sessionsAtWork(Instant seenSince);
     std::vector<SessionSnapshot> completedSessions(Instant seenSince);
-    // Without the setup's own.
+    // Without the setup's own, both.
+    std::int64_t countOfWorkingSessions(Instant seenSince);
     std::int64_t countOfSessionsSeenBefore(Instant time);
 
     std::int64_t addSession(const SessionSnapshot& snapshot);

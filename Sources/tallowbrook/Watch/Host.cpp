@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Focus/EditorShells.h"
+
 namespace tallowbrook::host {
 namespace {
 
@@ -13,6 +15,16 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds leadersLook{2000};
 // No signal says that another host has stored what a signal announced.
 constexpr std::chrono::milliseconds onlookersLook{500};
+
+StateFile::ShellOf editorShells(const TallowbrookPaths& paths) {
+    return [paths, operations = FocusOperations::live()](
+               const SessionSnapshot& session) -> std::optional<pid_t> {
+        const auto windows = EditorBridge::windows(paths.editorsDirectory());
+        const auto owner = editorShellOf(session, windows, operations);
+        if (!owner) return std::nullopt;
+        return owner->shellPid;
+    };
+}
 
 }  // namespace
 
@@ -50,7 +62,13 @@ Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> chan
                                     return gaze_.isOn(session);
                                 }}}},
       onlooker_{database, channels_.front(), troubles_,
-                [this] { return refused_.newsOfAnotherHost(database_, currentInstant()); }} {}
+                [this] { return refused_.newsOfAnotherHost(database_, currentInstant()); }},
+      state_{paths_, editorShells(paths_)} {}
+
+Host::~Host() {
+    // Nobody keeps it right from here on.
+    if (leads()) state_.remove();
+}
 
 std::expected<void, FileError> Host::tryToLead() {
     auto lock = HostLock::tryAcquire(paths_);
@@ -103,6 +121,8 @@ bool Host::pass() {
 bool Host::lead() {
     const bool done = watcher_.pass();
     alarm_.watch(agentsOutlook_.places, agentsOutlook_.processes);
+    // A database that fails is not waited for a second time: the next pass tells what there is.
+    if (done) state_.update(database_, currentInstant());
     return done;
 }
 
@@ -164,7 +184,7 @@ void Host::lookAround() {
     const bool wasSetBack = now < std::exchange(seenClock_, now);
     const auto due = watcher_.nextDue();
     const bool isDue = due && *due <= now;
-    if (!leads() || isDue || wasSetBack || refused_.mayHaveNews() ||
+    if (!leads() || isDue || wasSetBack || refused_.mayHaveNews() || state_.mayHaveNews() ||
         SpoolState::of(paths_) != seenSpool_) {
         pass();
         return;

@@ -15,6 +15,7 @@
 #include "Watch/Onlooker.h"
 #include "Watch/RefusedEvents.h"
 #include "Watch/SpoolState.h"
+#include "Watch/StateFile.h"
 #include "Watch/Watcher.h"
 
 namespace tallowbrook::host {
@@ -32,6 +33,7 @@ class Host {
         int asksForSpool = EventSource::asksAgainLater);
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
+    ~Host();
 
     // Leads from here on if no other host does. Fails when the lock cannot be taken at all.
     [[nodiscard]] std::expected<void, FileError> tryToLead();
@@ -67,6 +69,7 @@ class Host {
     Gaze gaze_;
     Watcher watcher_;
     Onlooker onlooker_;
+    StateFile state_;
     std::optional<HostLock> lock_;
 
     bool isAttached_ = false;  // to a loop, without which no answer comes

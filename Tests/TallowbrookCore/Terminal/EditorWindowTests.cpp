@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "Support/BuildPaths.h"
+#include "Support/FileContents.h"
+
 namespace tallowbrook {
 namespace {
 
@@ -52,6 +55,18 @@ TEST(EditorWindow, isCodedUnderTheNamesOfItsFields) {
     EXPECT_EQ(EditorWindowCoding::decode(sampleText), sampleWindow());
     EXPECT_EQ(EditorWindowCoding::decode(replaced("{", R"({ "version": {"of": [1]}, )")),
               sampleWindow());
+}
+
+// The tests of the editors' extension read the same files.
+TEST(EditorWindow, isCodedAsTheExtensionCodesIt) {
+    const std::filesystem::path samples{BuildPaths::samples};
+    for (const auto* name : {"editor-window-1.json", "editor-window-2.json"}) {
+        const auto text = contentsOf(samples / name);
+        const auto window = EditorWindowCoding::decode(text);
+        ASSERT_TRUE(window) << name << ": " << window.error().description;
+        EXPECT_EQ(EditorWindowCoding::encode(*window), text);
+    }
+    EXPECT_EQ(contentsOf(samples / "editor-window-1.json"), sampleText);
 }
 
 TEST(EditorWindow, isCodedWithoutAWorkspaceThatIsAbsent) {

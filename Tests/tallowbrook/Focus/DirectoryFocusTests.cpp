@@ -19,6 +19,7 @@ struct FocusByDirectory : testing::Test {
     TallowbrookPaths paths{directory.path};
     FakeMachine machine;
     std::string agentDevicePath;
+    std::map<std::string, std::vector<pid_t>> families;
     std::vector<std::string> opened;
 
     FocusByDirectory() { machine.programs = {"tmux"}; }
@@ -31,7 +32,8 @@ struct FocusByDirectory : testing::Test {
         };
         return DirectoryFocus{
             operations, EditorFocus{paths, operations, open},
-            [this](const std::string& devicePath) { return devicePath == agentDevicePath; }}
+            [this](const std::string& devicePath) { return devicePath == agentDevicePath; },
+            [this](const std::string& project) { return families[project]; }}
             .focus(place);
     }
 
@@ -93,6 +95,23 @@ TEST_F(FocusByDirectory, asksTheEditorWhoseShellIsThere) {
     machine.directories[850] = "/src/proj";
     EXPECT_EQ(focus(), FocusOutcome::focused("Cursor was asked to show the session's terminal."));
     EXPECT_EQ(machine.takenRequests, std::vector<std::string>{"{\"shellPid\":850}"});
+}
+
+TEST_F(FocusByDirectory, ofSeveralShellsThereAsksForTheOneWithTheAgent) {
+    addWindow("Cursor", "/src/proj", 850);
+    addWindow("VSCodium", "/src/proj", 900);
+    machine.directories[850] = "/src/proj";
+    families["/src/proj"] = {901, 900, 12};
+    EXPECT_EQ(focus(), FocusOutcome::focused("VSCodium was asked to show the session's terminal."));
+    EXPECT_EQ(machine.takenRequests, std::vector<std::string>{"{\"shellPid\":900}"});
+}
+
+TEST_F(FocusByDirectory, choosesNoneOfSeveralShellsWithAnAgent) {
+    addWindow("Cursor", "/src/proj", 850);
+    addWindow("VSCodium", "/src/proj", 900);
+    families["/src/proj"] = {901, 900, 851, 850};
+    EXPECT_EQ(focus().result, nothing);
+    EXPECT_TRUE(machine.takenRequests.empty());
 }
 
 TEST_F(FocusByDirectory, opensTheEditorWhoseFolderHoldsIt) {
