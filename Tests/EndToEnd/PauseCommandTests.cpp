@@ -78,6 +78,7 @@ TEST(Pause, isNotChangedByWordsThatAreNoTime) {
 
 TEST(Mute, keepsQuietOfOneSession) {
     const TestHome home;
+    ASSERT_EQ(home.host({"preferences", "completionAfter", "0"}).status, 0);
     home.claude("UserPromptSubmit", "S1");
     home.claude("UserPromptSubmit", "S2");
     home.host({"watch", "--once"});

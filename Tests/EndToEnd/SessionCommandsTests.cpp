@@ -37,15 +37,17 @@ TEST(Explain, tellsWhatWasToldByWhichChannelAndWhen) {
     EXPECT_THAT(
         home.host({"explain", "S1"}).output,
         testing::ContainsRegex("\nWhat was told of it:\n"
-                               "[0-9:]+ +needs permission +is still to be told \\(lines\\)\n$"));
+                               "[0-9:]+ +needs permission +is still to be told \\(desktop\\)\n"
+                               " +is still to be told \\(lines\\)\n$"));
     EXPECT_EQ(home.host({"watch", "--once"}).status, 0);
     home.claude("Stop", "S1");
     EXPECT_EQ(home.host({"watch", "--once"}).status, 0);
     const auto output = home.host({"explain", "S1"}).output;
-    EXPECT_THAT(output,
-                testing::ContainsRegex("\nWhat was told of it:\n"
-                                       "[0-9:]+ +needs permission +told at [0-9:]+ \\(lines\\)\n"
-                                       "[0-9:]+ +finished +told at [0-9:]+ \\(lines\\)\n$"));
+    EXPECT_THAT(output, testing::ContainsRegex(
+                            "\nWhat was told of it:\n"
+                            "[0-9:]+ +needs permission +not told: it was over \\(desktop\\)\n"
+                            " +told at [0-9:]+ \\(lines\\)\n"
+                            "[0-9:]+ +finished +told at [0-9:]+ \\(lines\\)\n$"));
 }
 
 TEST(Explain, tellsWhyNothingWasTold) {

@@ -154,7 +154,7 @@ TEST(Setup, offersATestNotificationAtItsEnd) {
 
     const auto refused = home.hostWithAnswers({"setup", "claude-code"}, {""});
     EXPECT_EQ(refused.status, 0);
-    EXPECT_THAT(refused.output, testing::EndsWith(question));
+    EXPECT_THAT(refused.output, HasSubstr(question));
     EXPECT_THAT(home.host({"setup", "claude-code", "--yes"}).output, Not(HasSubstr(question)));
 }
 
@@ -280,7 +280,7 @@ TEST(Setup, asksWhetherAReadOnlyFileIsToBeChangedAllTheSame) {
     EXPECT_THAT(refused.output, HasSubstr(question));
     EXPECT_EQ(contentsOf(home.claudeFile), settings);
 
-    const auto agreed = home.hostWithAnswers({"setup", "claude-code"}, {"y"});
+    const auto agreed = home.hostWithAnswers({"setup", "claude-code"}, {"y", "n"});
     EXPECT_EQ(agreed.status, 0) << agreed.errors;
     EXPECT_THAT(contentsOf(home.claudeFile), HasSubstr("tallowbrook-hook"));
     EXPECT_EQ(std::filesystem::status(home.claudeFile).permissions(), readOnly);

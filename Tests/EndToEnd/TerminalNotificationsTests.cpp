@@ -34,7 +34,7 @@ struct OnTerminal : testing::Test {
 
     // With the terminal as its own.
     ProgramCall watchCall() const {
-        auto call = home.hostCall({"watch"});
+        auto call = home.hostCall({"watch", "--plain"});
         call.prepare = [path = terminal.path] {
             const int file = open(path.c_str(), O_RDWR);
             ioctl(file, TIOCSCTTY, 0);

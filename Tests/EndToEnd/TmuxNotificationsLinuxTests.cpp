@@ -71,7 +71,8 @@ struct InTmux : testing::Test {
     // The host in a window of its own, which is the one that is shown.
     void startHost() {
         ASSERT_EQ(
-            runTmux({"new-window", BuildPaths::host, "watch", "--home", home.paths.home}).status,
+            runTmux({"new-window", BuildPaths::host, "watch", "--plain", "--home", home.paths.home})
+                .status,
             0);
         waitUntil([&] {
             return runTmux({"capture-pane", "-p", "-t", "main:1"})

@@ -59,7 +59,7 @@ LiveWatch::LiveWatch(TallowbrookPaths paths, Database& database, OpenTerminal te
       host_{paths_, database_, channels(exec),
             [this](const std::string& sentence) { say(sentence); },
             [this](const std::string& session) {
-                showClicked(session, paths_, clicked_,
+                showClicked(session, paths_, programs_,
                             [this](const std::string& sentence) { say(sentence); });
             }} {
     view_.whenShown = [this] { lines_->isShown(); };
@@ -176,23 +176,21 @@ void LiveWatch::mute(const ListedSession& session) {
 
 // By a process of its own, since it may take seconds.
 void LiveWatch::focus(const ListedSession& session) {
-    if (focusRun_ && focusRun_->isRunning()) {
+    if (programs_.isAnyRunning()) {
         view_.report("Still at work for the session before.");
         return;
     }
-    const auto program = runningProgram();
-    if (!program) {
-        view_.report("This program does not find itself, to focus a window with.");
-        return;
-    }
     view_.report("Looking for its window …");
-    focusRun_.emplace(loop_, program->string(),
-                      std::vector<std::string>{"--home", paths_.home.string(), "focus", "--",
-                                               session.snapshot.key.sessionID},
-                      longestFocus, [this](const std::optional<std::string>& output) {
-                          view_.report(output ? withoutProgramName(*output)
-                                              : "The window could not be looked for.");
-                      });
+    const auto program = runningProgram();
+    const auto ended = [this](int, const std::string& output) {
+        const auto text = withoutProgramName(output);
+        view_.report(text.empty() ? "The window could not be looked for." : text);
+    };
+    if (!program ||
+        !programs_.run(program->string(),
+                       {"--home", paths_.home.string(), "focus", "--", session.snapshot.id()},
+                       longestFocus, ended, ChildPrograms::Kept::outputAndErrors))
+        view_.report("The window could not be looked for: no program can be started.");
 }
 
 std::string LiveWatch::explain(const ListedSession& session) {

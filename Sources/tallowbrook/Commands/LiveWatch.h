@@ -7,7 +7,6 @@
 
 #include "Channels/LinesChannel.h"
 #include "EventBridge/TallowbrookPaths.h"
-#include "Loop/BackgroundRun.h"
 #include "Loop/ChildPrograms.h"
 #include "Store/Database.h"
 #include "View/LiveView.h"
@@ -55,9 +54,8 @@ class LiveWatch {
     PollLoop loop_;
     std::shared_ptr<ScreenLines> lines_;
     LiveView view_;
-    ChildPrograms clicked_{loop_};
+    ChildPrograms programs_{loop_};
     Host host_;
-    std::optional<BackgroundRun> focusRun_;
 
     Instant since_ = currentInstant();
     std::string lastTrouble_;      // the host's, which may be over

@@ -66,7 +66,7 @@ std::string outcomeOf(const DeliveryRecord& delivery, Instant now) {
         case DeliveryState::folded:
             break;
     }
-    return "not told: the session had moved on";
+    return "not told: it was over";
 }
 
 News newsOf(const NotificationRecord& record, Provider provider, Instant now) {

@@ -21,14 +21,28 @@ constexpr std::size_t keptOutput = 4096;
 // Between the end of a program's output and its exit there are microseconds, mostly.
 constexpr std::chrono::milliseconds exitLook{20};
 
+// For a shell, since a started program has no standard error else. It takes the words as they are,
+// and becomes the program.
+std::vector<std::string> joiningErrors(const std::string& executablePath,
+                                       const std::vector<std::string>& arguments) {
+    std::vector<std::string> words{"-c", "exec \"$@\" 2>&1", "sh", executablePath};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return words;
+}
+
 }  // namespace
 
 std::expected<void, int> ChildPrograms::run(const std::string& executablePath,
                                             const std::vector<std::string>& arguments,
-                                            std::chrono::milliseconds limit, Ended ended) {
+                                            std::chrono::milliseconds limit, Ended ended,
+                                            Kept kept) {
     auto pipe = ProcessLaunch::makePipe();
     if (!pipe) return std::unexpected(errno);
-    const auto process = ProcessLaunch::start(executablePath, arguments, pipe->writer);
+    const auto process =
+        kept == Kept::output
+            ? ProcessLaunch::start(executablePath, arguments, pipe->writer)
+            : ProcessLaunch::start("/bin/sh", joiningErrors(executablePath, arguments),
+                                   pipe->writer);
     if (!process) return std::unexpected(process.error());
     const auto [place, isNew] = children_.try_emplace(*process);
     auto& child = place->second;

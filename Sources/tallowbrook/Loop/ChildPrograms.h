@@ -19,8 +19,8 @@ namespace tallowbrook::host {
 
 class ChildPrograms {
  public:
-    // The exit code, or the number of the signal that ended it, and the front of what it printed on
-    // its standard output.
+    // The exit code, or the number of the signal that ended it, and the front of what it printed, 4
+    // KiB at most.
     using Ended = std::function<void(int status, const std::string& output)>;
 
     // The loop must outlive this value.
@@ -30,11 +30,17 @@ class ChildPrograms {
     ChildPrograms(const ChildPrograms&) = delete;
     ChildPrograms& operator=(const ChildPrograms&) = delete;
 
-    // Starts the executable at this path as `ProcessLaunch::start` does. One that has not closed
-    // its output and exited within `limit` is killed. Fails with an error number.
+    enum class Kept { output, outputAndErrors };
+
+    // Starts the executable at this path as `ProcessLaunch::start` does, but that its standard
+    // error is kept too where that is asked for. One that has not closed its output and exited
+    // within `limit` is killed. Fails with an error number.
     [[nodiscard]] std::expected<void, int> run(const std::string& executablePath,
                                                const std::vector<std::string>& arguments,
-                                               std::chrono::milliseconds limit, Ended ended);
+                                               std::chrono::milliseconds limit, Ended ended,
+                                               Kept kept = Kept::output);
+
+    bool isAnyRunning() const { return !children_.empty(); }
 
  private:
     struct Child {

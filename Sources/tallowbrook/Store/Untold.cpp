@@ -49,7 +49,7 @@ std::string Untold::words() const {
         case UntoldReason::folded:
             break;
     }
-    return "the session had moved on before it could be told";
+    return "it was over before it could be told";
 }
 
 }  // namespace tallowbrook::host

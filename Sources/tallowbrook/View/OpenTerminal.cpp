@@ -136,9 +136,9 @@ bool OpenTerminal::enter(const std::string& enterText, const std::string& leaveT
 
 void OpenTerminal::leave() {
     if (!isEntered_) return;
-    // A terminal that the user has halted (Ctrl-S) would show nothing of it.
-    if (isBehind()) tcflow(descriptor(), TCOON);
     if (write(leaveText_)) {
+        // A terminal that the user has halted (Ctrl-S) would show nothing of it.
+        if (isBehind()) tcflow(descriptor(), TCOON);
         const auto deadline = steady_clock::now() + std::chrono::milliseconds{200};
         while (isBehind() && steady_clock::now() < deadline) {
             pollfd writer{descriptor(), POLLOUT, 0};

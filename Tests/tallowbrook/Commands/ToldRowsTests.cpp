@@ -70,8 +70,8 @@ TEST_F(ToldRowsOfASession, giveTheReasonOfWhatWasGivenUpOnce) {
                        .reason = UntoldReason::folded,
                        .at = sampleTime,
                        .turn = std::nullopt});
-    EXPECT_EQ(rows(), row(time, "", "not told: the session had moved on") +
-                          row("", "", "before it could be told"));
+    EXPECT_EQ(rows(),
+              row(time, "", "not told: it was over before it") + row("", "", "could be told"));
 }
 
 TEST_F(ToldRowsOfASession, areThoseOfNoOtherAndTheLatest) {

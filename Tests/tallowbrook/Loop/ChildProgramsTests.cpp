@@ -58,6 +58,16 @@ TEST_F(ChildProgramsOfALoop, areKeptFromFillingTheMemory) {
     EXPECT_EQ(ended.front(), "0 " + repeated("x", 4096));
 }
 
+TEST_F(ChildProgramsOfALoop, getEveryWordAsItIsAndTellWhatTheyComplainOfTooWhereThatIsAskedFor) {
+    const auto keep = [this](int, const std::string& output) { ended.push_back(output); };
+    ASSERT_TRUE(children.run("/bin/sh", {"-c", "echo \"$1\"; echo no >&2", "sh", "a b $HOME ' ;"},
+                             minutes{1}, keep, ChildPrograms::Kept::outputAndErrors));
+    EXPECT_TRUE(children.isAnyRunning());
+    runUntilEnded(1);
+    EXPECT_EQ(ended.front(), "a b $HOME ' ;\nno\n");
+    EXPECT_FALSE(children.isAnyRunning());
+}
+
 TEST_F(ChildProgramsOfALoop, thatAreNotThereAreAnError) {
     EXPECT_EQ(children.run("/no/such/program", {}, minutes{1}, {}), std::unexpected(ENOENT));
 }

@@ -11,7 +11,7 @@ using LeftBehind = Storing;
 const std::string asks = "Claude Code needs permission: proj \xE2\x80\x94 waiting for approval.";
 const std::string finished = "Claude Code finished: proj \xE2\x80\x94 turn completed.";
 const std::string failed = "Claude Code turn failed: proj \xE2\x80\x94 server_error.";
-const std::string folded = "the session had moved on before it could be told";
+const std::string folded = "it was over before it could be told";
 
 TEST_F(LeftBehind, isARequestThatWasAnswered) {
     store({request(0), activity(2)});

@@ -39,8 +39,7 @@ TEST_F(TurnLength, thatIsUnknownIsTold) {
     store({stop(3)});
     EXPECT_EQ(told(), finished);
     store({prompt(30), stop(31), event("PostToolUse", EventCategory::activity, 32)});
-    EXPECT_EQ(untold(),
-              (Texts{"the session had moved on before it could be told", "the turn took 1 s"}));
+    EXPECT_EQ(untold(), (Texts{"it was over before it could be told", "the turn took 1 s"}));
 }
 
 TEST_F(TurnLength, beginsAnewWithAPromptAfterATurnWhoseEndWasNeverReported) {
