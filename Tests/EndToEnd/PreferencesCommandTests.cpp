@@ -72,8 +72,7 @@ TEST(Preferences, thatMuteSaySo) {
         EXPECT_EQ(result.status, 0);
         const auto& output = result.output;
         // Behind the last row.
-        const std::string last = "also of a session that you look at\n";
-        return output.substr(output.find(last) + last.size());
+        return output.substr(output.find("that you look at\n") + 17);
     };
     EXPECT_EQ(said("paused", "on"),
               "Nothing is told, as \"paused\" is on (tallowbrook preferences paused off).\n");

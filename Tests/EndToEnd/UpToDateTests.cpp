@@ -53,7 +53,7 @@ TEST(UpToDate, whatIsTakenInTooLateIsCountedByTheNextHost) {
     AgentEvent event = currentEvent("S1");
     event.observedAt -= std::chrono::hours{2};
     home.spool(event);
-    EXPECT_THAT(home.host({"sessions"}).output, HasSubstr("2 h ago"));
+    EXPECT_THAT(home.host({"sessions"}).output, HasSubstr("  2 h\n"));
     const auto told = home.host({"watch", "--once"}).output;
     EXPECT_THAT(told, HasSubstr("While you were away: 1 finished."));
     EXPECT_THAT(told, Not(HasSubstr("Claude Code finished")));
@@ -178,7 +178,7 @@ TEST(UpToDate, aHomeThatMayNotBeWrittenIsShownWithItsAge) {
     };
     for (const auto& [words, status, output] :
          {Row{{"sessions"}, 0, "needs permission"}, Row{{"explain", "1"}, 0, "session known\n"},
-          Row{{"next"}, 1, "1 of 1: proj\n"}, Row{{"health"}, 4, "Claude Code: not set up"}}) {
+          Row{{"next"}, 1, "1 of 1: proj\n"}, Row{{"health"}, 0, "Claude Code: not set up"}}) {
         ProgramCall call = home.hostCall(words);
         call.prepare = [&] {
             if (!user->become()) _exit(125);

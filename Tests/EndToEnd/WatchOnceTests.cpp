@@ -167,8 +167,7 @@ TEST(WatchOnce, tellsOfAnOldBacklogInOneLine) {
     EXPECT_EQ(watched(home),
               finishedLineOf("proj #2") + "TIME  While you were away: 1 finished.\n" + header +
                   "  1  completed         Claude Code  proj #2               young     9 min\n"
-                  "  2  completed         Claude Code  proj #1                   old        11 min "
-                  "ago\n");
+                  "  2  completed         Claude Code  proj #1               old       11 min\n");
     EXPECT_EQ(home.rows("events"), 2);
 }
 
