@@ -30,7 +30,8 @@ TEST(Backups, areListedWithTheirAgentsAndNumbers) {
     const SetUpHome home;
     const auto result = home.host({"backups"});
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.output, testing::MatchesRegex("  1  .*  Claude Code  /.*settings.json.*\n"));
+    EXPECT_THAT(result.output,
+                testing::MatchesRegex("  1  .*  Claude Code  before setup  /.*settings.json.*\n"));
     EXPECT_EQ(home.host({"backups", "codex"}).output, "There are no backups.\n");
 }
 
@@ -115,11 +116,10 @@ TEST(Restore, findsABackupByNumberNameAndPath) {
     }
 }
 
-TEST(Restore, takesTheAgentBeforeAndBehindTheBackup) {
+TEST(Restore, takesTheAgentAsAWordBeforeAndBehindTheBackup) {
     using Words = std::vector<std::string>;
-    for (const auto& words : {Words{"--agent", "claude-code", "1"},
-                              {"1", "--agent", "claude-code"},
-                              {"--agent", "codex", "--agent", "claude-code", "1"}}) {
+    for (const auto& words :
+         {Words{"claude-code", "1"}, Words{"1", "claude-code"}, Words{"claude-code"}}) {
         const SetUpHome home;
         Words arguments{"restore", "--yes"};
         arguments.insert(arguments.end(), words.begin(), words.end());
@@ -128,7 +128,42 @@ TEST(Restore, takesTheAgentBeforeAndBehindTheBackup) {
         EXPECT_EQ(contentsOf(home.claudeFile), original);
     }
     const SetUpHome home;
-    EXPECT_EQ(home.host({"restore", "--agent", "codex", "1", "--yes"}).status, 2);
+    EXPECT_EQ(home.host({"restore", "codex", "1", "--yes"}).status, 2);
+    EXPECT_EQ(home.host({"restore", "codex", "--yes"}).errors,
+              "tallowbrook: There are no backups.\n");
+    for (const auto& words : {Words{"1", "2"}, Words{"codex", "claude-code"}}) {
+        const auto result = home.host({"restore", words[0], words[1], "--yes"});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.errors, "tallowbrook: Name one agent and one backup at most.\n");
+    }
+}
+
+TEST(Restore, withoutANameTakesTheNewestFromBeforeASetup) {
+    const SetUpHome home;
+    const auto setUp = contentsOf(home.claudeFile);
+    // Its backup holds the hooks.
+    EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
+    const auto listed = home.host({"backups"}).output;
+    EXPECT_THAT(listed, testing::MatchesRegex("  1  .*  Claude Code  set up        /.*\n"
+                                              "  2  .*  Claude Code  before setup  /.*\n"));
+    writeContents(home.claudeFile, "{\"lost\": true}\n");
+    const auto shown = home.host({"restore", "--dry-run"}).output;
+    EXPECT_THAT(shown, testing::ContainsRegex("Backup: /.*settings.json.*.bak \\(before setup, "));
+    EXPECT_EQ(home.host({"restore", "--yes"}).status, 0);
+    EXPECT_EQ(contentsOf(home.claudeFile), original);
+}
+
+TEST(Restore, withoutANameRefusesWhereAllBackupsHoldTheHooks) {
+    const SetupHome home;
+    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+    EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
+    const auto before = home.tree();
+    const auto result = home.host({"restore", "--yes"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("No backup is from before a setup."));
+    EXPECT_EQ(home.tree(), before);
+    EXPECT_EQ(home.host({"restore", "1", "--yes"}).status, 0);
+    EXPECT_THAT(contentsOf(home.claudeFile), HasSubstr("tallowbrook-hook"));
 }
 
 TEST(Restore, ofSeveralBackupsOfOneSecondTakesTheOneWrittenLast) {
@@ -178,7 +213,8 @@ TEST(Restore, ofADamagedBackupChangesNothing) {
     const SetUpHome home;
     writeContents(home.backups().at(0), "\xFF");
     const auto before = home.tree();
-    const auto result = home.host({"restore", "--yes"});
+    EXPECT_THAT(home.host({"backups"}).output, HasSubstr("  Claude Code  unreadable    /"));
+    const auto result = home.host({"restore", "1", "--yes"});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("is not UTF-8 text."));
     EXPECT_EQ(home.tree(), before);

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include "Integrations/IntegrationHealth.h"
 #include "SetupHome.h"
 
@@ -12,6 +14,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr int needsAttention = 3;
+constexpr int noHost = 4;
 constexpr auto key = "integrationHealth.claudeCode";
 
 // A user of Claude Code alone, set up, and what the host has stored about that.
@@ -53,7 +56,7 @@ TEST(Health, ofAnUntouchedMachineWritesNothing) {
     const SetupHome home;
     const auto before = home.tree();
     const auto result = home.host({"health"});
-    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.status, noHost);
     EXPECT_THAT(result.output, HasSubstr("Helper: missing"));
     EXPECT_THAT(result.output, HasSubstr("Claude Code: not set up"));
     EXPECT_THAT(result.output, HasSubstr("Codex CLI: not set up"));
@@ -63,14 +66,14 @@ TEST(Health, ofAnUntouchedMachineWritesNothing) {
 TEST(Health, waitsForTheFirstEventAfterTheSetupAndThenReceives) {
     const HealthHome home;
     const auto waiting = home.host({"health"});
-    EXPECT_EQ(waiting.status, 0);
+    EXPECT_EQ(waiting.status, noHost);
     EXPECT_THAT(waiting.output, HasSubstr("Helper: current"));
     EXPECT_THAT(waiting.output, HasSubstr("Claude Code: waiting, for the first event since"));
 
     home.claude("SessionStart");
     EXPECT_EQ(home.host({"watch", "--once"}).status, 0);
     const auto receiving = home.host({"health", "--json"});
-    EXPECT_EQ(receiving.status, 0);
+    EXPECT_EQ(receiving.status, noHost);
     EXPECT_THAT(receiving.output, HasSubstr(R"("state":"receiving")"));
     EXPECT_THAT(receiving.output, HasSubstr(R"("lastLiveEventAt":")"));
     EXPECT_THAT(receiving.output, HasSubstr(R"("helper":"current")"));
@@ -126,6 +129,24 @@ TEST(Health, needsRepairWhereTheHelperIsGone) {
     EXPECT_THAT(result.output, HasSubstr("Claude Code: needs repair, the helper cannot run"));
 }
 
+TEST(Health, andDoctorNameWhatKeepsTheAgentFromRunningTheHooks) {
+    const SetupHome home;
+    EXPECT_EQ(home.host({"setup", "claude-code", "codex", "--yes"}).status, 0);
+    auto text = contentsOf(home.claudeFile);
+    writeContents(home.claudeFile, text.replace(0, 1, "{\"disableAllHooks\": true, "));
+    const auto result = home.host({"health"});
+    EXPECT_EQ(result.status, needsAttention);
+    EXPECT_THAT(result.output, HasSubstr("Claude Code: blocked, \"disableAllHooks\" is set in " +
+                                         home.claudeFile.string() + "; take it out there"));
+    EXPECT_THAT(result.output, HasSubstr("Codex CLI: blocked, the hooks are not trusted yet; start "
+                                         "codex in a project and choose to trust them ("));
+    const auto json = home.host({"health", "codex", "--json"}).output;
+    EXPECT_THAT(json, HasSubstr(R"("state":"blocked")"));
+    EXPECT_THAT(json, HasSubstr(R"("obstacle":"the hooks are not trusted yet; start codex)"));
+    EXPECT_THAT(home.host({"doctor"}).output,
+                HasSubstr("integration blocked · \"disableAllHooks\" is set in ~/.claude/"));
+}
+
 TEST(Health, forgetsTheSetupOnceTheHooksAreGone) {
     const HealthHome home;
     const auto record = home.storeSilence();
@@ -160,18 +181,17 @@ TEST(Health, overwritesNoEventThatComesWhileItLooks) {
         transaction.commit();
         result = host.wait();
     } while (result.errors.find("it is locked") != std::string::npos);
-    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.status, noHost) << result.errors;
     EXPECT_EQ(home.stored(), (IntegrationHealthRecord{std::nullopt, record.lastLiveEventAt}));
 }
 
-TEST(Health, withoutADatabaseMakesNoneAndSaysWhatReadsEvents) {
+TEST(Health, withoutADatabaseMakesNone) {
     const HealthHome home;
     std::filesystem::remove(home.paths.databaseFile());
     const auto before = home.tree();
     const auto result = home.host({"health", "claude-code"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.output, HasSubstr("Claude Code: waiting, for the first event; start "
-                                         "\"tallowbrook watch\", which reads what comes ("));
+    EXPECT_EQ(result.status, noHost);
+    EXPECT_THAT(result.output, HasSubstr("Claude Code: waiting, for the first event ("));
     EXPECT_THAT(home.host({"health", "--json"}).output, Not(HasSubstr("setUpAt")));
     EXPECT_EQ(home.tree(), before);
 }
@@ -189,10 +209,44 @@ TEST(Health, ofADatabaseThatIsNoneFailsAndMakesNothingUp) {
     EXPECT_EQ(contentsOf(home.paths.databaseFile()), "notes");
 
     const auto report = home.host({"doctor"});
-    EXPECT_EQ(report.status, 0);
+    EXPECT_EQ(report.status, noHost);
     EXPECT_THAT(report.output, HasSubstr("Stored events: unavailable"));
     EXPECT_THAT(report.output, Not(HasSubstr("integration waiting")));
     EXPECT_THAT(report.output, HasSubstr("integration not set up"));
+}
+
+TEST(Health, andDoctorSayWhetherAHostRunsAndHowToStartOne) {
+    const HealthHome home;
+    const std::string none =
+        "Host: not running, nobody is told anything; run \"tallowbrook watch\"\n";
+    for (const std::string command : {"health", "doctor"}) {
+        const auto result = home.host({command});
+        EXPECT_EQ(result.status, noHost);
+        EXPECT_THAT(result.output, HasSubstr(none));
+    }
+    EXPECT_THAT(home.host({"health", "--json"}).output, HasSubstr(R"("host":{"running":false})"));
+
+    RunningProgram host{home.hostCall({"watch"})};
+    ASSERT_TRUE(host.waitForOutput("No sessions to show."));
+    for (const std::string command : {"health", "doctor"}) {
+        const auto result = home.host({command});
+        EXPECT_EQ(result.status, 0) << result.output;
+        EXPECT_THAT(result.output,
+                    testing::ContainsRegex("Host: running since [0-9:]+ .process [0-9]+.\n"));
+    }
+    EXPECT_THAT(home.host({"health", "--json"}).output,
+                testing::ContainsRegex("\"host\":.\"pid\":[0-9]+,\"running\":true,\"since\":\"20"));
+
+    host.send(SIGKILL);
+    host.wait();
+    EXPECT_THAT(home.host({"health"}).output, HasSubstr(none));
+}
+
+TEST(Health, tellsOfAnAgentInTroubleBeforeOfAHostThatIsNotThere) {
+    const HealthHome home;
+    home.storeSilence();
+    EXPECT_EQ(home.host({"health"}).status, needsAttention);
+    EXPECT_THAT(home.host({"health"}).output, HasSubstr("Host: not running"));
 }
 
 }  // namespace

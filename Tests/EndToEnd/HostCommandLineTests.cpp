@@ -9,10 +9,10 @@ using Words = std::vector<std::string>;
 
 TEST(HostCommandLine, thatIsWrongEndsWithTwoAndSaysWhy) {
     for (const auto& arguments :
-         {Words{"listen"}, Words{"watch", "--json"}, Words{"sessions", "--once"},
-          Words{"watch", "sessions"}, Words{"watch", "extra"}, Words{"sessions", "extra"},
-          Words{"--home"}, Words{"watch", "--home"}, Words{"--unknown"}, Words{"--once"},
-          Words{"-x", "watch"}, Words{"WATCH"}, Words{""}}) {
+         {Words{"listen"}, Words{"watch", "--listen"}, Words{"sessions", "--once"},
+          Words{"watch", "sessions"}, Words{"watch", "extra"}, Words{"watch", "--color=pink"},
+          Words{"sessions", "extra"}, Words{"--home"}, Words{"watch", "--home"}, Words{"--unknown"},
+          Words{"--once"}, Words{"-x", "watch"}, Words{"WATCH"}, Words{""}}) {
         const TestHome home;
         const ProgramResult result = run(home.plainHostCall(arguments));
         EXPECT_EQ(result.status, 2) << testing::PrintToString(arguments);

@@ -83,8 +83,8 @@ TEST(HostOnLinux, tellsOnceWhatItsOutputTakesAtLast) {
     while (write(writer.number(), buffer.data(), buffer.size()) > 0) continue;
 
     // The first one waits for room, and the second one is held back.
-    home.claude("PermissionRequest");
-    home.claude("Stop");
+    home.claude("PermissionRequest", "S1");
+    home.claude("Stop", "S2");
     ProgramCall call = home.hostCall({"watch"});
     call.prepare = [&] { dup2(writer.number(), STDOUT_FILENO); };
     RunningProgram host{call};

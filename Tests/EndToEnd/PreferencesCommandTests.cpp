@@ -23,8 +23,12 @@ TEST(Preferences, areShownAndChanged) {
         "dedupeInterval       1            seconds in which the same is told once\n"
         "maxEventAge          600          seconds after which an event is too old to tell\n"
         "playSound            on           with a sound\n"
+        "completionAfter      20           seconds from which on a turn is told as finished\n"
         "reminderInterval     10           minutes of waiting after which you are reminded: off, "
-        "5, 10, 15 or 30\n";
+        "5, 10, 15 or 30\n"
+        "channels             auto         where you are told: auto, or such as desktop,lines\n"
+        "exec                 off          run this command too, with the notification as JSON\n"
+        "tellWhileLooking     off          also of a session that you look at\n";
     EXPECT_EQ(home.host({"preferences"}), (ProgramResult{.status = 0, .output = before}));
 
     auto after = before;
@@ -33,10 +37,38 @@ TEST(Preferences, areShownAndChanged) {
           std::array{"reminderInterval", "10", "30"}, std::array{"playSound", "on ", "off"}}) {
         const auto place = after.find(former, after.find(name));
         after.replace(place, std::string{former}.size(), value);
-        const ProgramResult expected{.status = 0, .output = after};
-        EXPECT_EQ(home.host({"preferences", name, value}), expected);
-        EXPECT_EQ(home.host({"preferences"}), expected);
+        const auto changed = home.host({"preferences", name, value});
+        EXPECT_EQ(changed.status, 0);
+        // Quiet hours are told of in other words while they last.
+        EXPECT_EQ(changed.output.substr(0, after.size()), after);
+        EXPECT_EQ(home.host({"preferences"}), changed);
     }
+}
+
+TEST(Preferences, thatMuteSaySo) {
+    const TestHome home;
+    const auto said = [&](const std::string& name, const std::string& value) {
+        const auto result = home.host({"preferences", name, value});
+        EXPECT_EQ(result.status, 0);
+        const auto& output = result.output;
+        // Behind the last row.
+        return output.substr(output.find("that you look at\n") + 17);
+    };
+    EXPECT_EQ(said("paused", "on"),
+              "Nothing is told, as \"paused\" is on (tallowbrook preferences paused off).\n");
+    EXPECT_EQ(said("paused", "off"), "");
+    EXPECT_EQ(said("notifyOnCompletion", "off"), "Not told: completed turns.\n");
+    EXPECT_EQ(home.host({"preferences"}).output.substr(0, 8), "enabled ");
+}
+
+TEST(Preferences, thatWouldMuteEverythingUnnoticedAreRefused) {
+    const TestHome home;
+    EXPECT_EQ(home.host({"preferences", "maxEventAge", "0"}),
+              (ProgramResult{.status = 2,
+                             .errors = "tallowbrook: With maxEventAge 0 nothing would ever be "
+                                       "told, since every event is older by the time it comes. "
+                                       "\"enabled off\" switches notifications off. Nothing was "
+                                       "changed.\n"}));
 }
 
 TEST(Preferences, decideWhatIsTold) {

@@ -66,5 +66,26 @@ TEST(RefusedEvents, areToldByAHostThatStays) {
     EXPECT_TRUE(host.waitForErrors("One event could not be recorded at "));
 }
 
+TEST(RefusedEvents, areToldByAHostThatLooksOnToo) {
+    const TestHome home;
+    RunningProgram first{home.hostCall({"watch"})};
+    ASSERT_TRUE(first.waitForOutput("No sessions to show."));
+    RunningProgram second{home.hostCall({"watch"})};
+    ASSERT_TRUE(second.waitForOutput("No sessions to show."));
+    create_directories(home.paths.activeSpoolFile());
+    home.hook({"claude-code"}, claudePayload("Stop"));
+    const std::string loss = "One event could not be recorded at ";
+    EXPECT_TRUE(first.waitForErrors(loss));
+    EXPECT_TRUE(second.waitForErrors(loss));
+
+    // What both have said, neither says again when the other ends.
+    first.send(SIGTERM);
+    EXPECT_EQ(first.wait().status, 0);
+    ASSERT_TRUE(second.waitForErrors("this one takes over.\n"));
+    second.send(SIGTERM);
+    const auto errors = second.wait().errors;
+    EXPECT_EQ(errors.find(loss), errors.rfind(loss)) << errors;
+}
+
 }  // namespace
 }  // namespace tallowbrook

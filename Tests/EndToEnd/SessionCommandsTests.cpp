@@ -18,12 +18,59 @@ TEST(Explain, tellsWhyAndListsTheLastEvents) {
     for (const std::string word : {"1", "S", "S1"}) {
         const auto result = home.host({"explain", word});
         EXPECT_EQ(result.status, 0) << result.errors;
-        EXPECT_THAT(result.output, HasSubstr("proj, Claude Code, session S1\n"));
-        EXPECT_THAT(result.output, HasSubstr("Tallowbrook never answers it."));
+        EXPECT_THAT(result.output, HasSubstr("proj, Claude Code, since "));
+        EXPECT_THAT(result.output, HasSubstr(", session S1\n"));
+        EXPECT_THAT(result.output,
+                    testing::ContainsRegex("Tallowbrook\\s+never\\s+answers\\s+it\\."));
         EXPECT_THAT(result.output, HasSubstr("The last 2 of 2 events:\n"));
         EXPECT_LT(result.output.find("UserPromptSubmit "),
                   result.output.find("PermissionRequest "));
     }
+}
+
+TEST(Explain, tellsWhatWasToldByWhichChannelAndWhen) {
+    const TestHome home;
+    home.claude("PermissionRequest", "S1");
+    home.claude("Stop", "S10");
+    // Taken in, and not told yet.
+    EXPECT_EQ(home.host({"sessions"}).status, 0);
+    EXPECT_THAT(
+        home.host({"explain", "S1"}).output,
+        testing::ContainsRegex("\nWhat was told of it:\n"
+                               "[0-9:]+ +needs permission +is still to be told \\(desktop\\)\n"
+                               " +is still to be told \\(lines\\)\n$"));
+    EXPECT_EQ(home.host({"watch", "--once"}).status, 0);
+    home.claude("Stop", "S1");
+    EXPECT_EQ(home.host({"watch", "--once"}).status, 0);
+    const auto output = home.host({"explain", "S1"}).output;
+    EXPECT_THAT(output, testing::ContainsRegex(
+                            "\nWhat was told of it:\n"
+                            "[0-9:]+ +needs permission +not told: it was over \\(desktop\\)\n"
+                            " +told at [0-9:]+ \\(lines\\)\n"
+                            "[0-9:]+ +finished +told at [0-9:]+ \\(lines\\)\n$"));
+}
+
+TEST(Explain, tellsWhyNothingWasTold) {
+    const TestHome home;
+    EXPECT_EQ(home.host({"preferences", "notifyOnCompletion", "off"}).status, 0);
+    home.claude("UserPromptSubmit", "S1");
+    home.claude("Stop", "S1");
+    EXPECT_EQ(home.host({"watch", "--once"}).status, 0);
+    SQLite::Database{home.paths.databaseFile().string(), SQLite::OPEN_READWRITE}.exec(
+        "DELETE FROM untold; INSERT INTO untold (event_id, session_storage_id, reason, at, turn, "
+        "is_held_back)"
+        " SELECT id, 'claudeCode|S1', 'shortTurn', observed_at, 3700000, 0 FROM events"
+        " WHERE record LIKE '%turnCompleted%'");
+    EXPECT_THAT(home.host({"explain", "S1"}).output,
+                testing::ContainsRegex("\nWhat was told of it:\n"
+                                       "[0-9:]+ +finished +not told: the turn took 3 s\n$"));
+}
+
+TEST(Explain, saysWhereNothingWasToBeTold) {
+    const TestHome home;
+    home.claude("UserPromptSubmit", "S1");
+    EXPECT_THAT(home.host({"explain", "S1"}).output,
+                testing::EndsWith("\nNothing of it was to be told so far.\n"));
 }
 
 TEST(Explain, ofNoSessionOrSeveralIsWrongUsage) {
@@ -63,7 +110,7 @@ TEST(Demo, showsSessionsAndTheirEventsAndStoresNothing) {
 TEST(Doctor, reportsAnUntouchedMachineAndChangesNothing) {
     const SetupHome home;
     const auto result = home.host({"doctor"});
-    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.status, 4) << result.errors;
     EXPECT_THAT(result.output, testing::StartsWith("Tallowbrook diagnostics (sanitized)\n"));
     EXPECT_THAT(result.output, HasSubstr("Stored events: unavailable"));
     EXPECT_THAT(result.output, HasSubstr("Sessions: none\nLast event: never\n"));

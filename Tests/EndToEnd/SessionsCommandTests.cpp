@@ -12,9 +12,6 @@
 namespace tallowbrook {
 namespace {
 
-const std::string hint =
-    "tallowbrook: Events wait in the spool. \"tallowbrook watch\" reads them.\n";
-
 ProgramResult printing(std::string output, std::string errors = {}) {
     return {.status = 0, .output = std::move(output), .errors = std::move(errors)};
 }
@@ -37,24 +34,6 @@ TEST(Sessions, ofAHomeWithoutADatabaseAreNoneAndNothingIsMade) {
     create_directory(home.paths.home);
     EXPECT_EQ(home.host({"sessions", "--all"}), printing("No sessions to show.\n"));
     EXPECT_TRUE(is_empty(home.paths.home));
-}
-
-TEST(Sessions, ofTheSpoolAreOnlyHintedAt) {
-    const TestHome home;
-    home.claude("Stop");
-    EXPECT_EQ(home.host({"sessions"}), printing("No sessions to show.\n", hint));
-    EXPECT_EQ(home.host({"sessions", "--json"}), printing("[]\n", hint));
-    EXPECT_FALSE(exists(home.paths.databaseFile()));
-    EXPECT_EQ(home.spooled().size(), 1U);
-}
-
-TEST(Sessions, areNotHintedAtWhileAHostDrains) {
-    const TestHome home;
-    RunningProgram host{home.hostCall({"watch"})};
-    ASSERT_TRUE(host.waitForOutput("No sessions to show."));
-    host.send(SIGSTOP);
-    home.claude("Stop");
-    EXPECT_EQ(home.host({"sessions"}), printing("No sessions to show.\n"));
 }
 
 TEST(Sessions, withoutOptionsAreThoseOfTheLastDay) {
@@ -113,7 +92,8 @@ TEST(Sessions, asJSONHoldEverythingThatIsKnown) {
     EXPECT_TRUE(first.at("explanation")
                     .as_string()
                     .starts_with("A permission request for Bash was observed at "));
-    EXPECT_EQ(first.size(), 5U);
+    EXPECT_EQ(first.at("name"), "proj");
+    EXPECT_EQ(first.size(), 6U);
     const auto snapshot =
         SessionSnapshotCoding::decode(boost::json::serialize(first.at("snapshot")));
     ASSERT_TRUE(snapshot);

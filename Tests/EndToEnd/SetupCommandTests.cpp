@@ -37,6 +37,8 @@ TEST(Setup, putsTheHooksInAndProvesThatTheyArrive) {
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, HasSubstr("The test event has arrived.\n"));
     EXPECT_THAT(result.output, HasSubstr("Claude Code is set up"));
+    EXPECT_THAT(result.output, testing::EndsWith("\nNext: run \"tallowbrook watch\" and leave it "
+                                                 "open; it tells you who waits for you.\n"));
 
     const auto written = contentsOf(home.claudeFile);
     EXPECT_THAT(written, HasSubstr("\"say done\""));
@@ -60,7 +62,10 @@ TEST(Setup, provesItselfWhileAnotherHostWatches) {
     EXPECT_THAT(result.output, HasSubstr("The test event has arrived.\n"));
     watcher.send(SIGTERM);
     // It says nothing of the test's session.
-    EXPECT_EQ(watcher.wait().output, "No sessions to show.\n");
+    EXPECT_THAT(watcher.wait().output, testing::EndsWith("setup\" in another terminal.\n"
+                                                         "No sessions to show.\n"));
+    EXPECT_THAT(result.output, testing::EndsWith("\nNext: nothing; a host is running and tells "
+                                                 "you.\n"));
 }
 
 TEST(Setup, doneTwiceChangesNothingTheSecondTime) {
@@ -137,6 +142,22 @@ TEST(Setup, takesAnythingButAYesForANo) {
     }
 }
 
+TEST(Setup, offersATestNotificationAtItsEnd) {
+    const std::string question = "Show a test notification? [y/N] ";
+    const SetupHome home;
+    writeContents(home.claudeFile, settings);
+    const auto tried = home.hostWithAnswers({"setup", "claude-code"}, {"y", "y"});
+    EXPECT_EQ(tried.status, 0) << tried.errors;
+    const auto place = tried.output.find(question);
+    ASSERT_NE(place, std::string::npos) << tried.output;
+    EXPECT_THAT(tried.output.substr(place + question.size()), testing::StartsWith("terminal: "));
+
+    const auto refused = home.hostWithAnswers({"setup", "claude-code"}, {""});
+    EXPECT_EQ(refused.status, 0);
+    EXPECT_THAT(refused.output, HasSubstr(question));
+    EXPECT_THAT(home.host({"setup", "claude-code", "--yes"}).output, Not(HasSubstr(question)));
+}
+
 TEST(Setup, asksForEachFileByItself) {
     const SetupHome home;
     writeContents(home.claudeFile, settings);
@@ -172,13 +193,13 @@ TEST(Setup, andRemoveOfAFileThatTheyCannotReadSayWhyInWholeSentences) {
     for (const std::string command : {"setup", "remove"}) {
         const SetupHome home;
         const auto refusal = [&](const std::string& reason) {
-            return ProgramResult{.status = 1,
-                                 .errors = "tallowbrook: " + reason + " Nothing was changed.\n"};
+            return ProgramResult{.status = 1, .errors = "tallowbrook: " + reason + "\n"};
         };
         const std::vector<std::string> words{command, "claude-code", "--yes"};
         const auto file = home.claudeFile.string();
         std::filesystem::create_directories(home.claudeFile);
-        EXPECT_EQ(home.host(words), refusal("Could not read " + file + ": Is a directory."));
+        EXPECT_EQ(home.host(words),
+                  refusal("Could not read " + file + ": Is a directory. Nothing was changed."));
 
         std::filesystem::remove(home.claudeFile);
         writeContents(home.claudeFile, "{\n  // mine\n}\n");
@@ -186,9 +207,98 @@ TEST(Setup, andRemoveOfAFileThatTheyCannotReadSayWhyInWholeSentences) {
         EXPECT_EQ(
             home.host(words),
             refusal(file + ": The file is not valid JSON (line 2, column 3: Expected a string "
-                           "key). It was not modified."));
+                           "key). It was not modified. Line 2 holds a comment, which JSON does not "
+                           "have: take it out."));
         EXPECT_EQ(home.tree(), before);
     }
+}
+
+TEST(Setup, ofTwoFilesSaysThatNeitherWasChangedWhereOneIsRefused) {
+    const SetupHome home;
+    writeContents(home.claudeFile, settings);
+    writeContents(home.codexFile, "{\"description\": 1, \"description\": 2}");
+    const auto before = home.tree();
+    const auto result = home.host({"setup", "claude-code", "codex", "--yes"});
+    EXPECT_THAT(
+        result.errors,
+        testing::EndsWith("It was not modified. \"description\" stands twice on line 1: keep "
+                          "one of the two. Nothing was changed.\n"));
+    EXPECT_EQ(home.tree(), before);
+}
+
+TEST(Setup, saysInOneLineWhatItAddsBeforeTheDifferenceAndInTheQuestion) {
+    const SetupHome home;
+    writeContents(home.claudeFile, settings);
+    const auto output = home.hostWithAnswers({"setup", "claude-code"}, {"n"}).output;
+    const std::string summary = "adds 9 hooks, nothing else";
+    const auto difference = output.find("--- ");
+    EXPECT_THAT(output.substr(0, difference),
+                HasSubstr("Claude Code: " + home.claudeFile.string() + " (" + summary + ")\n"));
+    EXPECT_THAT(output.substr(difference),
+                HasSubstr(home.claudeFile.string() + ": " + summary + ".\nChange it? [y/N] "));
+}
+
+TEST(Setup, saysBeforeTheQuestionAndInTheEndThatTheAgentRunsNoHooks) {
+    const SetupHome home;
+    writeContents(home.claudeFile, "{\"disableAllHooks\": true}\n");
+    const auto sentence = "Claude Code runs no hooks: \"disableAllHooks\" is set in " +
+                          home.claudeFile.string() +
+                          "; take it out there, or nothing will be reported.\n";
+    const auto refused = home.hostWithAnswers({"setup", "claude-code"}, {"n"}).output;
+    EXPECT_THAT(refused.substr(0, refused.find("--- ")), HasSubstr(sentence));
+    const auto done = home.host({"setup", "claude-code", "--yes"});
+    EXPECT_EQ(done.status, 3);
+    EXPECT_THAT(done.output, testing::EndsWith("The test event has arrived.\n" + sentence));
+}
+
+TEST(Setup, showsADifferenceThatPatchCanApply) {
+    for (const std::string text : {settings, "{\"a\": 1}\r\n"}) {
+        const SetupHome home;
+        writeContents(home.claudeFile, text);
+        const auto shown = home.host({"setup", "claude-code", "--dry-run"}).output;
+        const auto patch = home.directory.path / "change.patch";
+        writeContents(patch, shown);
+        const auto patched = home.directory.path / "patched.json";
+        writeContents(patched, text);
+        const auto result = run({.program = "/usr/bin/patch",
+                                 .arguments = {"--binary", patched.string(), patch.string()}});
+        if (result.status == 127) GTEST_SKIP() << "there is no patch program";
+        EXPECT_EQ(result.status, 0) << result.output << result.errors;
+        EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+        EXPECT_EQ(contentsOf(patched), contentsOf(home.claudeFile));
+    }
+}
+
+TEST(Setup, asksWhetherAReadOnlyFileIsToBeChangedAllTheSame) {
+    const SetupHome home;
+    writeContents(home.claudeFile, settings);
+    constexpr auto readOnly = std::filesystem::perms{0444};
+    permissions(home.claudeFile, readOnly);
+    const std::string question = "The file is read-only. Change it all the same? [y/N] ";
+    const auto refused = home.hostWithAnswers({"setup", "claude-code"}, {"n"});
+    EXPECT_EQ(refused.status, declined);
+    EXPECT_THAT(refused.output, HasSubstr(question));
+    EXPECT_EQ(contentsOf(home.claudeFile), settings);
+
+    const auto agreed = home.hostWithAnswers({"setup", "claude-code"}, {"y", "n"});
+    EXPECT_EQ(agreed.status, 0) << agreed.errors;
+    EXPECT_THAT(contentsOf(home.claudeFile), HasSubstr("tallowbrook-hook"));
+    EXPECT_EQ(std::filesystem::status(home.claudeFile).permissions(), readOnly);
+}
+
+TEST(Setup, takesNoYesGivenBeforehandForAReadOnlyFile) {
+    const SetupHome home;
+    writeContents(home.claudeFile, settings);
+    permissions(home.claudeFile, std::filesystem::perms{0444});
+    const auto result = home.host({"setup", "claude-code", "--yes"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors,
+              "tallowbrook: " + home.claudeFile.string() +
+                  " is read-only and was left as it is. Make it writable (chmod u+w), "
+                  "or leave --yes out to be asked.\n");
+    EXPECT_EQ(contentsOf(home.claudeFile), settings);
+    EXPECT_THAT(home.host({"setup", "claude-code", "--dry-run"}).output,
+                HasSubstr("The file is read-only.\n"));
 }
 
 TEST(Setup, withoutAgentsSaysHowToNameOne) {
@@ -313,6 +423,39 @@ TEST(Remove, leavesAFileInTabsAndCRLFAsItWasBeforeSetup) {
     EXPECT_THAT(written, HasSubstr("tallowbrook-hook"));
     EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
     EXPECT_EQ(contentsOf(home.claudeFile), mine);
+}
+
+TEST(Remove, givesBackWhatWasEmptyBeforeSetup) {
+    for (const std::string mine :
+         {"{\n}\n", "{ }", "", "\n", "{\"hooks\": {}}\n", "{\n  \"hooks\": { }\n}",
+          "{\"hooks\": {\"Stop\": [], \"Other\": []}, \"a\": [ ]}\n"}) {
+        const SetupHome home;
+        writeContents(home.claudeFile, mine);
+        EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+        EXPECT_THAT(contentsOf(home.claudeFile), HasSubstr("tallowbrook-hook"));
+        EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
+        EXPECT_EQ(contentsOf(home.claudeFile), mine);
+    }
+}
+
+TEST(Remove, givesBackTheNewestOfTheTextsThatSetupMakesTheSameOf) {
+    const SetupHome home;
+    for (const std::string mine : {"{\n}\n", "{}\n", "{ }\n", "{\n}\n"}) {
+        writeContents(home.claudeFile, mine);
+        EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+        EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
+        EXPECT_EQ(contentsOf(home.claudeFile), mine);
+    }
+}
+
+TEST(Remove, keepsWhatWasChangedSinceSetup) {
+    const SetupHome home;
+    writeContents(home.claudeFile, "{\n  \"a\": 1,\n  \"hooks\": {}\n}\n");
+    EXPECT_EQ(home.host({"setup", "claude-code", "--yes"}).status, 0);
+    auto text = contentsOf(home.claudeFile);
+    writeContents(home.claudeFile, text.replace(text.find(": 1"), 3, ": 2"));
+    EXPECT_EQ(home.host({"remove", "claude-code", "--yes"}).status, 0);
+    EXPECT_EQ(contentsOf(home.claudeFile), "{\n  \"a\": 2\n}\n");
 }
 
 TEST(Remove, asADryRunWritesNothingAtAll) {

@@ -137,11 +137,11 @@ TEST(ClosedOutput, isSaidAndTheEventsAreStored) {
     staying.prepare = call.prepare;
     RunningProgram host{staying};
     ASSERT_TRUE(host.waitForErrors("Standard output cannot be written"));
-    home.claude("PermissionRequest");
+    home.claude("PermissionRequest", "S2");
     waitUntil([&] { return storedEvents(home) == 2; });
     host.send(SIGTERM);
     EXPECT_EQ(host.wait().status, 0);
-    EXPECT_EQ(count(home.host({"watch", "--once"}).output, "Claude Code"), 3);
+    EXPECT_EQ(count(home.host({"watch", "--once"}).output, "Claude Code"), 4);
 }
 
 }  // namespace

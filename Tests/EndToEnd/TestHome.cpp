@@ -44,6 +44,10 @@ TestHome::TestHome()
     : environment{{"HOME", directory.path / "user"},
                   {"XDG_DATA_HOME", std::nullopt},
                   {"XDG_RUNTIME_DIR", directory.path / "runtime"},
+                  {"CLAUDE_CONFIG_DIR", std::nullopt},
+                  {"CODEX_HOME", std::nullopt},
+                  // Tests must not show anything on the desktop of who runs them.
+                  {"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
                   {"TZ", std::nullopt}} {
     for (const char* name : {"user", "runtime"})
         std::filesystem::create_directory(directory.path / name);

@@ -17,7 +17,10 @@ std::string permissionLine(const std::string& project = "proj") {
            " \xE2\x80\x94 waiting for approval to use Bash.\n";
 }
 
-const std::string finishedLine = "TIME  Claude Code finished: proj \xE2\x80\x94 turn completed.\n";
+std::string finishedLineOf(const std::string& project) {
+    return "TIME  Claude Code finished: " + project + " \xE2\x80\x94 turn completed.\n";
+}
+const std::string finishedLine = finishedLineOf("proj");
 
 // What one `watch --once` prints, which must end well and complain of nothing.
 std::string watched(const TestHome& home) {
@@ -53,14 +56,14 @@ TEST(WatchOnce, tellsInTheOrderOfTheEvents) {
     EXPECT_EQ(
         watched(home),
         permissionLine() +
-            "TIME  Codex CLI needs permission: proj \xE2\x80\x94 waiting for approval to use "
+            "TIME  Codex CLI needs permission: proj #2 \xE2\x80\x94 waiting for approval to use "
             "Bash.\n"
-            "TIME  Test: Claude Code turn failed: proj \xE2\x80\x94 error reported.\n" +
+            "TIME  Test: Claude Code turn failed: proj #3 \xE2\x80\x94 error reported.\n" +
             header +
-            "  1  needs permission  Codex CLI    proj                      second     just now\n"
-            "  2  needs permission  Claude Code  proj                      first      just now\n"
-            "  3  failed            Claude Code  proj                      third      just now\n"
-            "  4  unknown           Claude Code  proj                      fourth     just now\n");
+            "  1  needs permission  Codex CLI    proj #2                   second     just now\n"
+            "  2  needs permission  Claude Code  proj #1                   first      just now\n"
+            "  3  failed            Claude Code  proj #3                   third      just now\n"
+            "  4  unknown           Claude Code  proj #4                   fourth     just now\n");
 }
 
 TEST(WatchOnce, tellsNothingAgain) {
@@ -101,6 +104,7 @@ TEST(WatchOnce, takesSegmentsInTheirOrder) {
         event.category = category;
         writeContents(home.paths.spoolDirectory() / name, EventCoding::encodeLine(event));
     };
+    EXPECT_EQ(home.host({"preferences", "completionAfter", "0"}).status, 0);
     // Written in the order of the processing, so that the times ascend.
     segment("overflow-9-1-A.jsonl", "UserPromptSubmit", EventCategory::promptSubmitted);
     segment("ingest-10-1-A.jsonl", "StopFailure", EventCategory::turnFailed);
@@ -122,7 +126,7 @@ TEST(WatchOnce, passesOverLinesThatAreNoEvents) {
     const ProgramResult result = home.host({"watch", "--once"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "tallowbrook: 4 lines of the spool held no event and were skipped.\n");
-    EXPECT_EQ(withoutTimes(result.output).find(permissionLine() + finishedLine), 0U)
+    EXPECT_EQ(withoutTimes(result.output).find(permissionLine() + finishedLineOf("proj #2")), 0U)
         << result.output;
     EXPECT_EQ(home.rows("events"), 2);
     EXPECT_EQ(SpoolDrainer{home.paths}.pendingSegmentCount(), 0);
@@ -164,9 +168,9 @@ TEST(WatchOnce, tellsOfAnOldBacklogInOneLine) {
     home.spool(young);
     EXPECT_EQ(
         watched(home),
-        finishedLine + "TIME  While you were away: 1 finished.\n" + header +
-            "  1  completed         Claude Code  proj                      young      9 min ago\n"
-            "  2  completed         Claude Code  proj                      old        11 min "
+        finishedLineOf("proj #2") + "TIME  While you were away: 1 finished.\n" + header +
+            "  1  completed         Claude Code  proj #2                   young      9 min ago\n"
+            "  2  completed         Claude Code  proj #1                   old        11 min "
             "ago\n");
     EXPECT_EQ(home.rows("events"), 2);
 }

@@ -30,6 +30,7 @@ TEST(WatchStay, tellsWhatHelpersReportAsItComes) {
     home.claude("PermissionRequest", "before");
     RunningProgram host{home.hostCall({"watch"})};
     ASSERT_TRUE(host.waitForOutput("before"));
+    ASSERT_TRUE(host.waitForOutput(permission));
     EXPECT_EQ(count(host.output(), permission), 1);
 
     for (int i = 1; i <= 5; ++i) {
@@ -72,7 +73,10 @@ TEST(WatchStay, endsWellWhenItIsAskedTo) {
         RunningProgram host{home.hostCall({"watch"})};
         ASSERT_TRUE(host.waitForOutput(leads));
         host.send(signal);
-        EXPECT_EQ(host.wait(), (ProgramResult{.status = 0, .output = leads + "\n"})) << signal;
+        const ProgramResult result = host.wait();
+        EXPECT_EQ(result.status, 0) << signal;
+        EXPECT_EQ(result.errors, "") << signal;
+        EXPECT_EQ(result.output.substr(result.output.find('\n') + 1), leads + "\n") << signal;
     }
 }
 

@@ -87,7 +87,7 @@ class HostCrashTest : public testing::Test {
         const HostOutput output{home.directory.path / ("life-" + std::to_string(number))};
         const Instant start = currentInstant();
         RunningProgram host{output.takenFrom(home.hostCall({"watch"}))};
-        if (number % 2 == 0) waitUntil([&] { return !output.text().empty(); });
+        if (number % 2 == 0) waitUntil([&] { return !output.told().empty(); });
         usleep(std::uniform_int_distribution<useconds_t>{0, 30'000}(random));
         host.send(SIGKILL);
         EXPECT_EQ(host.wait().status, -1);

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <fcntl.h>
+#include <poll.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -39,6 +41,19 @@ class PseudoTerminal {
     // As if the user had typed it.
     bool type(std::string_view text) const {
         return write(primary, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    }
+
+    // What programs have written that was not read yet; empty where there is nothing.
+    std::string read() const {
+        std::string text;
+        std::array<char, 65536> buffer;
+        pollfd reader{primary, POLLIN, 0};
+        while (poll(&reader, 1, 10) > 0) {
+            const ssize_t count = ::read(primary, buffer.data(), buffer.size());
+            if (count <= 0) break;
+            text.append(buffer.data(), static_cast<std::size_t>(count));
+        }
+        return text;
     }
 
     std::string path;  // of the side that programs run on; empty when the system gave none

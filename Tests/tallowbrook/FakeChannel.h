@@ -1,6 +1,7 @@
 // A channel of which a test decides what becomes of each delivery.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -21,6 +22,11 @@ struct FakeChannel {
         std::vector<ChannelEvent> events;
         bool isUsable = true;
         bool toldTwiceHarms = false;
+        bool withdraws = false;
+        bool isRung = false;
+        int prepared = 0;                    // how often
+        std::vector<std::string> withdrawn;  // sessions
+        std::function<void(std::int64_t number)> onBegin = [](std::int64_t) {};
     };
     std::shared_ptr<State> state = std::make_shared<State>();
 
@@ -29,16 +35,19 @@ struct FakeChannel {
         const auto kept = state;
         return {
             .name = name,
+            .isRung = kept->isRung,
             .state =
                 [kept] {
                     return ChannelState{.isUsable = kept->isUsable,
                                         .reason = "as the test wants it",
+                                        .replaces = kept->isRung,
+                                        .withdraws = kept->isRung || kept->withdraws,
                                         .toldTwiceHarms = kept->toldTwiceHarms};
                 },
+            .prepare = [kept] { ++kept->prepared; },
             .begin = [kept](const Delivery& delivery) { begin(*kept, delivery); },
-            .withdraw = [](const std::string&) {},
+            .withdraw = [kept](const std::string& session) { kept->withdrawn.push_back(session); },
             .takeEvents = [kept] { return std::exchange(kept->events, {}); },
-            .source = std::nullopt,
         };
     }
 
@@ -52,6 +61,7 @@ struct FakeChannel {
             state.answers.erase(state.answers.begin());
         }
         state.begun.push_back(delivery.number);
+        state.onBegin(delivery.number);
         if (answer == Answer::later) return;
         using Kind = ChannelEvent::Kind;
         const auto kind = answer == Answer::fails     ? Kind::failed

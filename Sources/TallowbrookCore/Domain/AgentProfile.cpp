@@ -75,6 +75,10 @@ constexpr std::array claudeAskingTools{
     AskingTool{"ExitPlanMode", Asking::plan},
 };
 
+constexpr std::array claudeLeavingReasons{std::string_view{"prompt_input_exit"},
+                                          std::string_view{"clear"}, std::string_view{"resume"},
+                                          std::string_view{"logout"}};
+
 constexpr AgentProfile claudeCode{
     .provider = Provider::claudeCode,
     .displayName = "Claude Code",
@@ -91,6 +95,7 @@ constexpr AgentProfile claudeCode{
     .hookForm = HookForm::exec,
     .hookTimeoutSeconds = 5,
     .askingTools = claudeAskingTools,
+    .leavingReasons = claudeLeavingReasons,
     .nextStep = "sessions that you start from now on are watched.",
 };
 
@@ -147,9 +152,9 @@ constexpr AgentProfile codexCLI{
     .hookForm = HookForm::shellLine,
     .hookTimeoutSeconds = 5,
     .askingTools = {},
-    .nextStep =
-        "start it once and trust the new hooks when it asks for their review, or it skips "
-        "them without a word.",
+    // Its one word is "other", whatever has ended the session.
+    .leavingReasons = {},
+    .nextStep = "start it and trust the new hooks; it skips them until then.",
 };
 
 constexpr std::array profiles{claudeCode, codexCLI};
@@ -184,6 +189,11 @@ std::optional<Asking> AgentProfile::asking(const std::optional<std::string>& nam
     for (const auto& tool : askingTools)
         if (tool.name == name) return tool.asks;
     return std::nullopt;
+}
+
+bool AgentProfile::isLeaving(const std::optional<std::string>& endReason) const {
+    return std::ranges::any_of(leavingReasons,
+                               [&](std::string_view reason) { return endReason == reason; });
 }
 
 const AgentProfile& AgentProfile::of(PayloadSource source) { return *ownerOf(source).profile; }

@@ -107,6 +107,8 @@ struct AgentProfile {
     HookForm hookForm;
     int hookTimeoutSeconds;
     std::span<const AskingTool> askingTools;
+    // Its words for the end of a session that its user has left by a word or key of the agent's.
+    std::span<const std::string_view> leavingReasons;
     std::string_view nextStep;  // what the user has to know or do once the hooks are installed
 
     const AgentSource& hooks() const { return sources.front(); }
@@ -116,6 +118,9 @@ struct AgentProfile {
 
     // Absent for a tool that does not ask, and where no tool is named.
     std::optional<Asking> asking(const std::optional<std::string>& name) const;
+
+    // Whether a session that ended for this reason was left by its user on purpose.
+    bool isLeaving(const std::optional<std::string>& endReason) const;
 };
 
 // The source, as its agent's row describes it.

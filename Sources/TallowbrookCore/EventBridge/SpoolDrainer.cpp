@@ -28,10 +28,8 @@ std::expected<void, SpoolError> claimActiveFile(const TallowbrookPaths& paths) {
         return std::unexpected(SpoolError::io("claim", errno));
     if (status.st_size == 0) return {};
     // A writer appends only under the lock that is held here, so no line is cut by the renaming.
-    // Behind the segments that are there, also after the clock was set back.
-    const auto name = SpoolFileName::makeNext(SpoolFileName::Prefix::ingest, currentInstant(),
-                                              SpoolFileName::pendingFiles(paths.spoolDirectory()));
-    const auto segment = paths.spoolDirectory() / name;
+    const auto segment = paths.spoolDirectory() /
+                         SpoolFileName::make(SpoolFileName::Prefix::ingest, currentInstant());
     if (std::rename(paths.activeSpoolFile().c_str(), segment.c_str()) == 0) return {};
     return std::unexpected(SpoolError::io("claim", errno));
 }

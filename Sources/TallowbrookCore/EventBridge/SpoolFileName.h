@@ -40,7 +40,7 @@ std::string make(Prefix prefix, Instant date);
 
 // `make` for a new segment of the directory that holds `segments`, in their order: with the time
 // `date`, or where the clock was set back behind the newest of them, with one microsecond more than
-// that has. So a segment that comes later is also processed, and deleted, later.
+// that has. So the file just moved aside is never the oldest, which a full spool deletes.
 std::string makeNext(Prefix prefix, Instant date, const std::vector<Entry>& segments);
 
 // What a file's name says of it; absent when it is no segment.

@@ -1,10 +1,13 @@
 #include "System/ProcessLaunch.h"
 
 #include <fcntl.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
+#include <system_error>
 
 extern char** environ;
 
@@ -25,8 +28,11 @@ class SpawnSettings {
     SpawnSettings(const SpawnSettings&) = delete;
     SpawnSettings& operator=(const SpawnSettings&) = delete;
 
-    bool prepare(const FileDescriptor& input, const FileDescriptor& output) {
+    bool prepare(const FileDescriptor& input, const FileDescriptor& output,
+                 ProcessLaunch::ProcessGroup group) {
         short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+        // With the attribute's own default, 0, the child's id becomes the group's.
+        if (group == ProcessLaunch::ProcessGroup::ofItsOwn) flags |= POSIX_SPAWN_SETPGROUP;
         // Closing comes last, since the actions before it still need their descriptors.
         return hasActions_ && hasAttributes_ && connect(STDIN_FILENO, input, O_RDONLY) &&
                connect(STDOUT_FILENO, output, O_WRONLY) && connect(STDERR_FILENO, {}, O_WRONLY) &&
@@ -78,13 +84,35 @@ std::optional<ProcessLaunch::Pipe> ProcessLaunch::makePipe() {
     return pipe;
 }
 
+std::expected<FileDescriptor, FileError> ProcessLaunch::makeInput(std::string_view text) {
+    std::error_code error;
+    const auto directory = std::filesystem::temp_directory_path(error);
+    if (error) return std::unexpected(FileError{"stat", error.value()});
+    std::string path = directory / "tallowbrook-XXXXXX";
+    FileDescriptor file{mkstemp(path.data())};
+    if (!file.isOpen()) return std::unexpected(FileError{"mkstemp", errno});
+    unlink(path.c_str());
+    if (fcntl(file.number(), F_SETFD, FD_CLOEXEC) != 0)
+        return std::unexpected(FileError{"fcntl", errno});
+    for (auto rest = text; !rest.empty();) {
+        const ssize_t count = write(file.number(), rest.data(), rest.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return std::unexpected(FileError{"write", errno});
+        rest.remove_prefix(static_cast<std::size_t>(count));
+    }
+    if (lseek(file.number(), 0, SEEK_SET) != 0) return std::unexpected(FileError{"lseek", errno});
+    file = aboveStandardStreams(std::move(file));
+    if (!file.isOpen()) return std::unexpected(FileError{"fcntl", errno});
+    return file;
+}
+
 std::expected<pid_t, int> ProcessLaunch::start(const std::string& executablePath,
                                                const std::vector<std::string>& arguments,
                                                const FileDescriptor& output,
-                                               const FileDescriptor& input) {
+                                               const FileDescriptor& input, ProcessGroup group) {
     SpawnSettings settings;
     // Of the settings only the lists grow, so nothing but a lack of memory can be wrong.
-    if (!settings.prepare(input, output)) return std::unexpected(ENOMEM);
+    if (!settings.prepare(input, output, group)) return std::unexpected(ENOMEM);
 
     // posix_spawn(3) promises to leave the words alone.
     std::vector<char*> words{const_cast<char*>(executablePath.c_str())};

@@ -9,9 +9,11 @@
 #include <expected>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "System/FileDescriptor.h"
+#include "System/FileError.h"
 
 namespace tallowbrook::ProcessLaunch {
 
@@ -24,15 +26,25 @@ struct Pipe {
 // streams, even where those are closed. Absent when the system refuses.
 std::optional<Pipe> makePipe();
 
+// A file without a name that holds the text, to be read from its start by a program that is
+// started. Unlike a pipe it takes the whole text, whether the program reads it or not. In the
+// directory for temporary files; the error names the system call.
+[[nodiscard]] std::expected<FileDescriptor, FileError> makeInput(std::string_view text);
+
+// Of a child that leads a group of its own all descendants can be signalled at once, and the keys
+// of the terminal that end its parent do not reach it.
+enum class ProcessGroup { ofTheParent, ofItsOwn };
+
 // Starts the executable at exactly this path, with `output` and `input` as its standard streams, no
 // further descriptor, no signal blocked and none ignored. Of the two, those that are open are ends
-// of pipes of `makePipe`; the null device stands in for one that is not, and is the standard error.
-// Returns once the program runs, else the error number of posix_spawn(3). The caller
-// must reap the child.
+// of pipes of `makePipe`, or a `makeInput`; the null device stands in for one that is not, and is
+// the standard error. Returns once the program runs, else the error number of posix_spawn(3). The
+// caller must reap the child.
 [[nodiscard]] std::expected<pid_t, int> start(const std::string& executablePath,
                                               const std::vector<std::string>& arguments,
                                               const FileDescriptor& output,
-                                              const FileDescriptor& input = {});
+                                              const FileDescriptor& input = {},
+                                              ProcessGroup group = ProcessGroup::ofTheParent);
 
 // Waits until a child of this process has exited, and leaves it to be reaped. Returns early where
 // the system cannot wait so. One implementation per system.

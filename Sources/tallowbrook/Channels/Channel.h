@@ -22,6 +22,9 @@ struct ChannelState {
     bool withdraws = false;  // takes a notification back
     bool clicks = false;     // tells when the user clicked one
     bool toldTwiceHarms = false;  // a delivery that was cut off must not be begun again
+    // An answer is still to come that may change all of this. It comes by way of the source, or the
+    // channel gives it up, within seconds.
+    bool isFindingOut = false;
 };
 
 struct Delivery {
@@ -44,14 +47,20 @@ struct ChannelEvent {
 
 struct Channel {
     std::string name;  // under which the outbox keeps its deliveries, for ever
+    // One of several that reach the same eyes: the first that is usable tells, and the others stand
+    // in for it. A channel that is none tells whatever else does.
+    bool isRung = false;
     std::function<ChannelState()> state;
+    // Finds out whether it can be used, where that is not known or was long ago. Asked before each
+    // pass, of the channels that the user has not ruled out; an answer comes by way of the source.
+    std::function<void()> prepare = [] {};
     std::function<void(const Delivery& delivery)> begin;
     // Takes back what was told of a session; does nothing where the channel cannot.
     std::function<void(const std::string& sessionStorageID)> withdraw;
     // What has come of deliveries since the last call.
     std::function<std::vector<ChannelEvent>()> takeEvents;
     // What it waits for, where it does.
-    std::optional<PollSource> source;
+    std::optional<PollSource> source = {};
 };
 
 }  // namespace tallowbrook::host

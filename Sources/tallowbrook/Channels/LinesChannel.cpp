@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -27,6 +28,7 @@ std::string lineOf(const NotificationContent& content) {
 // The deliveries of a channel that waits for nothing.
 struct PatientLines {
     std::shared_ptr<PatientOutput> output;
+    LineOf line;
     std::optional<std::int64_t> underWay;
     std::vector<ChannelEvent> events;
 
@@ -38,7 +40,7 @@ struct PatientLines {
         }
         underWay = delivery.number;
         // What comes of it is settled by the output.
-        [[maybe_unused]] const auto written = output->write(lineOf(delivery.content));
+        [[maybe_unused]] const auto written = output->write(line(delivery.content));
     }
 
     // Also what others write there settles the line before it.
@@ -67,8 +69,34 @@ Channel makeLinesChannel() {
     };
 }
 
-Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output) {
-    const auto lines = std::make_shared<PatientLines>(output);
+void ScreenLines::isShown() {
+    for (const auto number : std::exchange(underWay, {}))
+        events.push_back({Kind::handedOver, number});
+    hasNews = !events.empty();
+}
+
+Channel makeLinesChannel(const std::shared_ptr<ScreenLines>& screen) {
+    return {
+        .name = std::string{linesChannelName},
+        .state = stateOfLines,
+        .begin =
+            [screen](const Delivery& delivery) {
+                screen->show(delivery.content);
+                if (screen->counts()) screen->underWay.push_back(delivery.number);
+            },
+        .withdraw = [](const std::string&) {},
+        .takeEvents = [screen] { return std::exchange(screen->events, {}); },
+        .source = PollSource{.interest =
+                                 [screen] {
+                                     if (!screen->hasNews) return PollInterest{};
+                                     return PollInterest{-1, 0, std::chrono::steady_clock::now()};
+                                 },
+                             .proceed = [screen](short) { screen->hasNews = false; }},
+    };
+}
+
+Channel makeLinesChannel(const std::shared_ptr<PatientOutput>& output, LineOf line) {
+    const auto lines = std::make_shared<PatientLines>(output, line ? std::move(line) : lineOf);
     output->whenSettled = [lines = std::weak_ptr{lines}](bool written) {
         if (const auto living = lines.lock()) living->settle(written);
     };

@@ -1,52 +1,26 @@
 #include "Commands/BackupsCommand.h"
 
-#include <memory>
-
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <tuple>
+#include <memory>
 
 #include "Commands/AgentWords.h"
 #include "Commands/CommandLine.h"
-#include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Output/TimeText.h"
+#include "Setup/AgentBackups.h"
 
 namespace tallowbrook::host {
 namespace {
-
-struct AgentBackup {
-    Agent agent;
-    ConfigBackup backup;
-    std::filesystem::file_time_type writtenAt;
-};
-
-// The earliest time where the system does not tell.
-std::filesystem::file_time_type writtenAt(const std::filesystem::path& file) {
-    std::error_code error;
-    const auto time = std::filesystem::last_write_time(file, error);
-    return error ? std::filesystem::file_time_type::min() : time;
-}
 
 std::expected<std::vector<AgentBackup>, Sentence> find(const TallowbrookPaths& paths,
                                                        const AgentChoice& choice) {
     const auto agents = chosenAgents(choice, Unnamed::all);
     if (!agents) return std::unexpected(agents.error());
-    std::vector<AgentBackup> found;
-    for (const auto& agent : *agents)
-        for (auto& backup :
-             IntegrationSetup::backups(agent.configFile, agent.backupDirectory(paths))) {
-            const auto time = writtenAt(backup.url);
-            found.push_back({agent, std::move(backup), time});
-        }
-    // Names tell the second only, and several changes may come within one.
-    std::ranges::sort(found, std::ranges::greater{}, [](const AgentBackup& entry) {
-        return std::tie(entry.backup.createdAt, entry.writtenAt, entry.backup.url);
-    });
-    return found;
+    return backupsOf(*agents, paths);
 }
 
 bool isMeant(const AgentBackup& entry, std::size_t number, const std::string& word) {
@@ -55,11 +29,23 @@ bool isMeant(const AgentBackup& entry, std::size_t number, const std::string& wo
     return std::to_string(number) == word || file.filename() == word || file == word;
 }
 
-const AgentBackup* select(const std::vector<AgentBackup>& backups,
-                          const std::optional<std::string>& word) {
+const AgentBackup* select(const std::vector<AgentBackup>& backups, const std::string& word) {
     for (std::size_t i = 0; i < backups.size(); ++i)
-        if (!word || isMeant(backups[i], i + 1, *word)) return &backups[i];
+        if (isMeant(backups[i], i + 1, word)) return &backups[i];
     return nullptr;
+}
+
+// The call was right, but there may be nothing to put back.
+const AgentBackup* selectBeforeSetup(const std::vector<AgentBackup>& backups) {
+    const auto found =
+        std::ranges::find(backups, AgentBackup::State::beforeSetup, &AgentBackup::state);
+    return found == backups.end() ? nullptr : &*found;
+}
+
+// "before setup, 14:05", of a backup.
+std::string whatItIs(const AgentBackup& entry) {
+    return fmt::format("{}, {}", rawValue(entry.state),
+                       TimeText::shortTime(entry.backup.createdAt, currentInstant()));
 }
 
 }  // namespace
@@ -71,10 +57,11 @@ int listBackups(const TallowbrookPaths& paths, const AgentChoice& choice) {
     const Instant now = currentInstant();
     std::string text;
     for (std::size_t i = 0; i < backups->size(); ++i) {
-        const auto& [agent, backup, time] = (*backups)[i];
-        text += fmt::format("{:>3}  {:<13}  {:<11}  {}\n", i + 1,
-                            TimeText::shortTime(backup.createdAt, now), displayName(agent.provider),
-                            PrintableText::printable(backup.url.string()));
+        const auto& entry = (*backups)[i];
+        text += fmt::format("{:>3}  {:<13}  {:<11}  {:<12}  {}\n", i + 1,
+                            TimeText::shortTime(entry.backup.createdAt, now),
+                            displayName(entry.agent.provider), rawValue(entry.state),
+                            PrintableText::printable(entry.backup.url.string()));
     }
     return StandardStreams::showAsResult(text);
 }
@@ -83,9 +70,12 @@ int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
                   const std::optional<std::string>& backup, const ReviewOptions& options) {
     const auto backups = find(paths, choice);
     if (!backups) return StandardStreams::fail(backups.error());
-    const auto* selected = select(*backups, backup);
-    // The call was right, but there is nothing to put back.
-    if (selected == nullptr && !backup) return StandardStreams::fail("There are no backups.");
+    if (backups->empty() && !backup) return StandardStreams::fail("There are no backups.");
+    const auto* selected = backup ? select(*backups, *backup) : selectBeforeSetup(*backups);
+    if (selected == nullptr && !backup)
+        return StandardStreams::fail(
+            "No backup is from before a setup. \"tallowbrook backups\" lists those there are; name "
+            "one of them.");
     if (selected == nullptr)
         return StandardStreams::fail(
             fmt::format("There is no backup \"{}\". \"tallowbrook backups\" lists them.", *backup),
@@ -98,9 +88,10 @@ int restoreBackup(const TallowbrookPaths& paths, const AgentChoice& choice,
     auto change = ConfigChange::prepare(planner, selected->agent.backupDirectory(paths));
     if (!change) return StandardStreams::fail(change.error().followedBy("Nothing was changed."));
     if (!canAsk(options)) return ExitStatus::failed;
-    StandardStreams::mention(fmt::format(
-        "{}: {}\nBackup: {}\n", displayName(selected->agent.provider), announcement(change->plan),
-        PrintableText::printable(selected->backup.url.string())));
+    StandardStreams::mention(
+        fmt::format("{}: {}\nBackup: {} ({})\n", displayName(selected->agent.provider),
+                    announcement(change->plan),
+                    PrintableText::printable(selected->backup.url.string()), whatItIs(*selected)));
     const auto outcome = change->review(options);
     if (outcome == ReviewOutcome::applied) StandardStreams::mention("The backup was put back.\n");
     return exitStatus(outcome);
@@ -114,18 +105,39 @@ void addBackupsCommands(CommandLine& line) {
     listed->addAgents(listWords, "all");
 
     struct Words : AgentWords {
+        std::optional<std::string> first;
+        std::optional<std::string> second;
         std::optional<std::string> backup;
+
+        // Whether the words name one agent and one backup at most, in either order.
+        bool sort() {
+            const auto known = agentNames();
+            for (const auto& word : {first, second}) {
+                if (!word) continue;
+                const bool isAgent = std::ranges::find(known, *word) != known.end();
+                if (isAgent ? !names.empty() : backup.has_value()) return false;
+                if (isAgent)
+                    names.push_back(*word);
+                else
+                    backup = word;
+            }
+            return true;
+        }
     };
     const auto given = std::make_shared<Words>();
     auto words = line.add(
         "restore", "Put a backup of a configuration file back",
         [given](const TallowbrookPaths& paths) {
+            if (!given->sort())
+                return StandardStreams::fail("Name one agent and one backup at most.",
+                                             ExitStatus::wrongUsage);
             return restoreBackup(paths, given->choice(), given->backup, given->review);
         },
         changeHelp);
-    words.addOptionalOperand("BACKUP", given->backup,
-                             "Its number in the list, its name or its path; without, the newest");
-    words.addChoices("--agent", agentNames(), given->names, "Only backups of " + agentNameChoice());
+    words.addOptionalOperand("AGENT", given->first, agentNameChoice() + "; without, any");
+    words.addOptionalOperand("BACKUP", given->second,
+                             "Its number in the list of these agents' backups, its name or its "
+                             "path; without, the newest from before a setup");
     given->addConfigFile(words);
     given->addReview(words);
 }

@@ -9,6 +9,9 @@
 #include "Commands/ExplainCommand.h"
 #include "Commands/FocusCommand.h"
 #include "Commands/HealthCommand.h"
+#include "Commands/MuteCommand.h"
+#include "Commands/NotifyCommand.h"
+#include "Commands/PauseCommand.h"
 #include "Commands/PreferencesCommand.h"
 #include "Commands/SessionsCommand.h"
 #include "Commands/SetupCommand.h"
@@ -76,7 +79,10 @@ CommandLine::CommandLine()
     addSessionsCommand(*this);
     addExplainCommand(*this);
     addFocusCommands(*this);
+    addPauseCommands(*this);
+    addMuteCommands(*this);
     addPreferencesCommand(*this);
+    addNotifyCommand(*this);
     addSetupCommands(*this);
     addBackupsCommands(*this);
     addHealthCommand(*this);

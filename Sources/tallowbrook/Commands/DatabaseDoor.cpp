@@ -18,7 +18,8 @@ std::expected<void, Sentence> run(const TallowbrookPaths& paths, Missing missing
             action(nullptr);
             return {};
         }
-        auto database = Database::open(paths);
+        const bool reads = missing == Missing::isLeft && !Database::mayBeWritten(paths);
+        auto database = reads ? Database::openToRead(paths) : Database::open(paths);
         if (!database) return std::unexpected(database.error());
         isOpen = true;
         action(&*database);
@@ -51,12 +52,21 @@ int withDatabaseIfAny(const TallowbrookPaths& paths, const std::function<int(Dat
 
 int withExistingDatabase(const TallowbrookPaths& paths,
                          const std::function<int(Database&)>& action) {
-    return withDatabaseIfAny(paths, [&](Database* database) {
+    return withDatabaseIfAny(paths, orNoSessions(action));
+}
+
+std::function<int(Database*)> orNoSessions(const std::function<int(Database&)>& action) {
+    return [action](Database* database) {
         if (database != nullptr) return action(*database);
         return StandardStreams::fail(
             "There are no sessions yet. \"tallowbrook setup\" lets the agents report, "
             "\"tallowbrook watch\" reads what they say.");
-    });
+    };
+}
+
+std::expected<void, Sentence> tryDatabase(const TallowbrookPaths& paths,
+                                          const std::function<void(Database&)>& action) {
+    return run(paths, Missing::isMade, [&](Database* database) { action(*database); });
 }
 
 std::expected<void, Sentence> tryDatabaseIfAny(const TallowbrookPaths& paths,

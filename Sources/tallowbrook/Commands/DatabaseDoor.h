@@ -18,7 +18,8 @@ namespace tallowbrook::host {
 int withDatabase(const TallowbrookPaths& paths, const std::function<int(Database&)>& action);
 
 // For a command that only looks, and makes no database where nothing was ever stored: it has
-// something to show without one too, and is given none then. Otherwise as `withDatabase`.
+// something to show without one too, and is given none then. Where the home may not be written the
+// database is read-only. Otherwise as `withDatabase`.
 int withDatabaseIfAny(const TallowbrookPaths& paths, const std::function<int(Database*)>& action);
 
 // For a command that cannot do without: where nothing was ever stored, says so and fails. Otherwise
@@ -26,8 +27,13 @@ int withDatabaseIfAny(const TallowbrookPaths& paths, const std::function<int(Dat
 int withExistingDatabase(const TallowbrookPaths& paths,
                          const std::function<int(Database&)>& action);
 
+// The action, or that failure where it is given no database.
+std::function<int(Database*)> orNoSessions(const std::function<int(Database&)>& action);
+
 // For a command to which a database that fails is no reason to fail: runs the action, with the
-// database where there is one, or gives the reason why it could not.
+// database, or with one where there is one, or gives the reason why it could not.
+[[nodiscard]] std::expected<void, Sentence> tryDatabase(
+    const TallowbrookPaths& paths, const std::function<void(Database&)>& action);
 [[nodiscard]] std::expected<void, Sentence> tryDatabaseIfAny(
     const TallowbrookPaths& paths, const std::function<void(Database*)>& action);
 

@@ -1,17 +1,23 @@
 #include "Commands/DoctorCommand.h"
 
+#include <fmt/core.h>
+
 #include <map>
 #include <optional>
 
+#include "Channels/ChannelLadder.h"
+#include "Channels/LinesChannel.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/EditorsCommand.h"
+#include "Commands/HostRow.h"
 #include "Commands/SessionChoice.h"
 #include "Diagnostics/DiagnosticsReport.h"
 #include "EventBridge/SpoolDrainer.h"
 #include "EventIngestion/PayloadNormalizer.h"
 #include "Focus/BoundedRun.h"
 #include "Lists/SessionList.h"
+#include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Preferences/HostSettings.h"
@@ -82,9 +88,26 @@ void addAgents(DiagnosticsReport& report, const Records& records, Instant now) {
             health.judgeEvents(record, now);
         }
         report.integrationStates[agent.provider] = rawValue(health.state());
-        if (auto text = health.events.diagnosticDescription())
+        if (health.state() == AgentHealth::State::blocked)
+            report.integrationHealth[agent.provider] = health.obstacle->text();
+        else if (auto text = health.events.diagnosticDescription())
             report.integrationHealth[agent.provider] = std::move(*text);
     }
+}
+
+std::string channelRows(const TallowbrookPaths& paths) {
+    ChannelChoice choice;
+    // A database that fails was complained of before.
+    [[maybe_unused]] const auto read = tryDatabaseIfAny(paths, [&](Database* database) {
+        if (database != nullptr) choice = Settings{*database}.preferences().host.channels;
+    });
+    auto channels = makeLadder();
+    channels.insert(channels.begin(), makeLinesChannel());
+    findOut(choice, channels);
+    auto text = fmt::format("You are told by ({}):\n", choice.text());
+    for (const auto& [name, isChosen, reason] : channelReports(choice, channels))
+        text += fmt::format("  {}: {} · {}\n", name, isChosen ? "used" : "not used", reason);
+    return text;
 }
 
 }  // namespace
@@ -95,18 +118,22 @@ int doctor(const TallowbrookPaths& paths) {
     report.appVersion = PayloadNormalizer::adapterVersion;
     report.helperVersion = PayloadNormalizer::adapterVersion;
     report.paths = paths;
-    // No permission is asked of the system for text in a terminal.
-    report.notificationAuthorization = "not needed, printed in the terminal";
+    // None of the channels asks the system for one.
+    report.notificationAuthorization = "not needed";
     report.pendingSpoolFiles = SpoolDrainer{paths}.pendingSegmentCount();
     report.helperLogTail = DiagnosticsReport::tail(paths.helperLogFile(), logLines);
     std::vector<SessionSnapshot> running;
     addAgents(report, addStored(report, running, paths, now), now);
-    return StandardStreams::showAsResult(PrintableText::printableLines(report.render()) + "\n" +
-                                         editorReport(running));
+    const auto host = HostLock::holder(paths);
+    const int shown = StandardStreams::showAsResult(
+        PrintableText::printableLines(report.render() + "\n" + channelRows(paths)) + "\n" +
+        editorReport(running) + hostRow(host, now));
+    return shown == ExitStatus::done && !host ? ExitStatus::noHost : shown;
 }
 
 void addDoctorCommand(CommandLine& line) {
-    line.add("doctor", "Report what is installed and stored, for a request for help", doctor);
+    line.add("doctor", "Report what is installed and stored, for a request for help", doctor,
+             "4: the report is whole, but no host runs, so nobody is told anything.");
 }
 
 }  // namespace tallowbrook::host

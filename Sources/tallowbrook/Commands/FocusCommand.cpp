@@ -9,6 +9,7 @@
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/SessionChoice.h"
+#include "Commands/UpToDateDatabase.h"
 #include "Focus/SessionFocus.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
@@ -51,7 +52,7 @@ int focus(const TallowbrookPaths& paths, const std::string& session) {
 }
 
 int focusNext(const TallowbrookPaths& paths) {
-    return withExistingDatabase(paths, [&](Database& database) {
+    return withUpToDateSessions(paths, [&](Database& database) {
         const Instant now = currentInstant();
         // Only sessions that a list shows by default: one that has waited for days was given up.
         auto list = recentSessions(database, now);
@@ -66,13 +67,13 @@ int focusNext(const TallowbrookPaths& paths) {
         auto cycle = settings.waitingCycle();
         const auto id = cycle.next(waiting, now);
         // Before focusing, which may take seconds: a second call meanwhile goes on from here.
-        settings.setWaitingCycle(cycle);
+        if (!database.isReadOnly()) settings.setWaitingCycle(cycle);
         if (!id) return StandardStreams::showAsResult("No session waits for you.\n");
         const auto place = std::ranges::find(waiting, *id) - waiting.begin();
-        const auto& session = list.sessions[static_cast<std::size_t>(place)].snapshot;
+        const auto& session = list.sessions[static_cast<std::size_t>(place)];
         StandardStreams::mention(fmt::format("{} of {}: {}\n", place + 1, waiting.size(),
-                                             PrintableText::printable(session.projectLabel())));
-        return focusOne(session, paths);
+                                             PrintableText::printable(session.name)));
+        return focusOne(session.snapshot, paths);
     });
 }
 

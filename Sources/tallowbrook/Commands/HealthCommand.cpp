@@ -8,7 +8,8 @@
 
 #include "Commands/AgentWords.h"
 #include "Commands/CommandLine.h"
-#include "Commands/DatabaseDoor.h"
+#include "Commands/HostRow.h"
+#include "Commands/UpToDateDatabase.h"
 #include "Domain/RecordCoding.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
@@ -30,7 +31,7 @@ std::string eventsDetail(const IntegrationHealth& events, Instant now) {
     if (const auto* receiving = std::get_if<IntegrationHealth::Receiving>(&events.state))
         return "last event " + TimeText::ago(receiving->lastEventAt, now);
     // Not judged: without a database, no host has run on this home.
-    return "for the first event; start \"tallowbrook watch\", which reads what comes";
+    return "for the first event";
 }
 
 // What stands behind the state in the table; may be empty.
@@ -45,6 +46,7 @@ std::string detail(const AgentHealth& health, Instant now) {
                                : fmt::format("{} hooks are", stale->staleHandlers));
     if (health.state() == AgentHealth::State::notSetUp) return {};
     if (!health.isReady) return "the helper cannot run";
+    if (health.state() == AgentHealth::State::blocked) return health.obstacle->text();
     return eventsDetail(health.events, now);
 }
 
@@ -70,18 +72,21 @@ std::string agentJSON(const AgentHealth& health) {
         if (const auto* stale = std::get_if<HookInstallState::NeedsRepair>(&health.hooks->state))
             entry.encode("staleHandlers", stale->staleHandlers);
     }
+    if (health.state() == AgentHealth::State::blocked)
+        entry.encode("obstacle", UTF8::replacingInvalid(health.obstacle->text()));
     encodeEvents(health.events, entry);
     return entry.text();
 }
 
 struct Report {
+    std::optional<HostHolder> host;
     HelperStatus helper;
     std::filesystem::path helperFile;
     std::vector<AgentHealth> agents;
 
     std::string table(Instant now) const {
-        auto text = fmt::format("Helper: {} ({})\n", rawValue(helper),
-                                PrintableText::printable(helperFile.string()));
+        auto text = hostRow(host, now) + fmt::format("Helper: {} ({})\n", rawValue(helper),
+                                                     PrintableText::printable(helperFile.string()));
         for (const auto& health : agents) {
             const auto more = PrintableText::printable(detail(health, now));
             text += fmt::format("{}: {}{}{} ({})\n", displayName(health.agent.provider),
@@ -95,6 +100,7 @@ struct Report {
         std::string list;
         for (const auto& health : agents) list += (list.empty() ? "" : ",") + agentJSON(health);
         RecordEncoder report;
+        report.encodeRaw("host", hostJSON(host));
         report.encode("helper", helper);
         report.encode("helperFile", UTF8::replacingInvalid(helperFile.string()));
         report.encodeRaw("agents", "[" + list + "]");
@@ -104,8 +110,15 @@ struct Report {
 
 void judgeEvents(std::vector<AgentHealth>& agents, const AgentChoice& choice, Database& database,
                  Instant now) {
-    // A host that watches may note an event at any moment, which must not be overwritten.
     Settings settings{database};
+    if (database.isReadOnly()) {
+        for (auto& health : agents) {
+            auto record = settings.integrationHealth(health.agent.provider);
+            health.judgeEvents(record, now);
+        }
+        return;
+    }
+    // A host that watches may note an event at any moment, which must not be overwritten.
     auto transaction = database.beginWriting();
     for (auto& health : agents) {
         const auto stored = settings.integrationHealth(health.agent.provider);
@@ -123,22 +136,23 @@ int showHealth(const TallowbrookPaths& paths, const AgentChoice& choice, ListFor
     const auto agents = chosenAgents(choice, Unnamed::all);
     if (!agents) return StandardStreams::fail(agents.error());
     Report report{
+        HostLock::holder(paths),
         IntegrationSetup::helperStatus(paths.installedHelper(), bundledHelper().value_or("")),
         paths.installedHelper(),
         {}};
     for (const auto& agent : *agents)
         report.agents.push_back(AgentHealth::of(agent, paths, report.helper));
 
-    return withDatabaseIfAny(paths, [&](Database* database) {
+    return withUpToDateDatabase(paths, [&](Database* database) {
         const Instant now = currentInstant();
         if (database != nullptr) judgeEvents(report.agents, choice, *database, now);
         const int shown = StandardStreams::showAsResult(
             format == ListFormat::json ? report.json() : report.table(now));
         if (shown != ExitStatus::done) return shown;
         // So that a script can act without reading the words.
-        return std::ranges::any_of(report.agents, &AgentHealth::needsAttention)
-                   ? ExitStatus::notInOrder
-                   : ExitStatus::done;
+        if (std::ranges::any_of(report.agents, &AgentHealth::needsAttention))
+            return ExitStatus::notInOrder;
+        return report.host ? ExitStatus::done : ExitStatus::noHost;
     });
 }
 
@@ -148,14 +162,17 @@ void addHealthCommand(CommandLine& line) {
     };
     const auto given = std::make_shared<Words>();
     auto words = line.add(
-        "health", "Tell whether the agents' events arrive",
+        "health", "Tell whether the agents' events arrive, and whether a host runs",
         [given](const TallowbrookPaths& paths) {
             return showHealth(paths, given->choice(),
                               given->json ? ListFormat::json : ListFormat::table);
         },
-        "3: an agent's state is partial, needs repair, silent or unreadable.\n"
+        "3: an agent's state is partial, needs repair, silent, blocked or unreadable.\n"
+        "4: all else is in order, but no host runs, so nobody is told anything.\n"
         "States: not set up, partial, needs repair, waiting (for the first event since the "
-        "setup), silent\n(for more than ten minutes after it), receiving, unreadable.");
+        "setup), silent\n(for more than ten minutes after it), receiving, blocked (the agent does "
+        "not run the "
+        "hooks), unreadable.");
     given->addAgents(words, "all");
     words.addFlag("--json", given->json, "As a JSON object, for programs");
 }

@@ -9,6 +9,7 @@
 #include "EventBridge/SpoolSignal.h"
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
+#include "Preferences/Muting.h"
 #include "Preferences/PreferenceTable.h"
 #include "Store/Settings.h"
 
@@ -19,8 +20,10 @@ std::expected<void, Sentence> make(const PreferenceChange& change, Database& dat
     // Two changes made at once must not undo each other.
     auto transaction = database.beginWriting();
     Settings settings{database};
-    const auto changed = setPreference(settings.preferences(), change.name, change.value);
+    auto changed = setPreference(settings.preferences(), change.name, change.value);
     if (!changed) return std::unexpected(changed.error());
+    // A switch that was thrown by hand stays so.
+    if (change.name == "paused") changed->host.pausedUntil.reset();
     settings.setPreferences(*changed);
     transaction.commit();
     // A host that sleeps until a reminder is due must learn that it is due earlier.
@@ -28,11 +31,14 @@ std::expected<void, Sentence> make(const PreferenceChange& change, Database& dat
     return {};
 }
 
-// A line for each preference: its name, its value, its meaning.
+// A line for each preference: its name, its value, its meaning. Below, what the user will not be
+// told then.
 std::string table(const Preferences& preferences) {
     std::string text;
     for (const auto& [name, meaning, show, change] : preferenceRows())
         text += fmt::format("{:<20} {:<12} {}\n", name, show(preferences), meaning);
+    const auto muting = Muting::of(preferences, currentInstant(), Calendar::current());
+    for (const auto& sentence : muting.sentences()) text += sentence.text() + "\n";
     return text;
 }
 
@@ -44,7 +50,8 @@ int preferences(const TallowbrookPaths& paths, const std::optional<PreferenceCha
             if (const auto made = make(*change, database); !made)
                 return StandardStreams::fail(made.error().followedBy("Nothing was changed."),
                                              ExitStatus::wrongUsage);
-        return StandardStreams::showAsResult(table(Settings{database}.preferences()));
+        return StandardStreams::showAsResult(
+            table(Settings{database}.preferences().asOf(currentInstant())));
     });
 }
 

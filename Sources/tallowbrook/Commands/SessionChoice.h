@@ -1,4 +1,5 @@
-// The sessions of the database as commands choose from them.
+// The sessions of the database as commands choose from them. The agents of those that work or wait
+// are looked at anew, whether a host watches or not.
 #pragma once
 
 #include <expected>

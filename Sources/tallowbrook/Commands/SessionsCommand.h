@@ -1,4 +1,4 @@
-// `tallowbrook sessions`: lists what the store knows, without reading the spool.
+// `tallowbrook sessions`: lists what is known.
 #pragma once
 
 #include "EventBridge/TallowbrookPaths.h"
@@ -10,8 +10,9 @@ class CommandLine;
 
 enum class ListFormat { table, json };
 
-// Gives the exit status: 0, or 1 when the database cannot be read. A home without a database has
-// no sessions; none is created.
+// Takes in first what the spool holds when no host runs. Gives the exit status: 0, or 1 when the
+// database cannot be read. A home where nothing was ever recorded has no sessions, and gets no
+// database.
 int listSessions(const TallowbrookPaths& paths, ListScope scope, ListFormat format);
 
 // Adds the command to the command line.

@@ -3,21 +3,29 @@
 #include <memory>
 
 #include <fmt/core.h>
+#include <unistd.h>
 
 #include "Commands/AgentWords.h"
 #include "Commands/CommandLine.h"
 #include "Commands/DatabaseDoor.h"
 #include "Commands/EditorsCommand.h"
+#include "Commands/NotifyCommand.h"
 #include "Domain/AgentProfile.h"
 #include "Integrations/IntegrationSetup.h"
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
+#include "Setup/AgentBackups.h"
 #include "Setup/HelperTrial.h"
+#include "Setup/HookObstacle.h"
 #include "Setup/LayoutPreservingEdit.h"
 #include "Setup/ProgramLocation.h"
+#include "Setup/Refusal.h"
 #include "Setup/ReportingHome.h"
+#include "Setup/SetupReversal.h"
+#include "Setup/YesNoQuestion.h"
 #include "Store/Settings.h"
+#include "Watch/HostLock.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -39,9 +47,27 @@ bool mayChange(const TallowbrookPaths& paths, const AgentChoice& choice,
     return false;
 }
 
-using MakePlan = std::expected<ConfigChangePlan, ConfigPlanError> (*)(Provider,
-                                                                      const std::filesystem::path&,
-                                                                      std::string_view);
+using Plan = std::expected<ConfigChangePlan, ConfigPlanError>;
+using MakePlan = Plan (*)(const Agent&, const TallowbrookPaths&);
+
+Plan planSetup(const Agent& agent, const TallowbrookPaths& paths) {
+    auto plan = IntegrationSetup::planInstall(agent.provider, agent.configFile,
+                                              paths.installedHelper().string());
+    if (plan) *plan = keepLayout(std::move(*plan));
+    return plan;
+}
+
+Plan planRemoval(const Agent& agent, const TallowbrookPaths& paths) {
+    const auto helper = paths.installedHelper().string();
+    auto plan = IntegrationSetup::planUninstall(agent.provider, agent.configFile, helper);
+    if (!plan) return plan;
+    std::vector<std::string> earlier;
+    for (auto& backup : backupsOf({agent}, paths))
+        if (backup.text) earlier.push_back(std::move(*backup.text));
+    *plan = givingBack(keepLayout(std::move(*plan)), earlier,
+                       IntegrationSetup::spec(agent.provider, helper));
+    return plan;
+}
 
 struct AgentChange {
     Agent agent;
@@ -55,17 +81,13 @@ std::expected<std::vector<AgentChange>, Sentence> prepare(const TallowbrookPaths
                                                           MakePlan makePlan) {
     const auto agents = chosenAgents(choice, Unnamed::thoseThere);
     if (!agents) return std::unexpected(agents.error());
+    const bool isOnlyFile = agents->size() == 1;
     std::vector<AgentChange> changes;
     for (const auto& agent : *agents) {
         auto planner = [=]() -> std::expected<ConfigChangePlan, Sentence> {
-            auto plan =
-                makePlan(agent.provider, agent.configFile, paths.installedHelper().string());
-            if (plan) return keepLayout(std::move(*plan));
-            const auto text = plan.error().description();
-            // What is wrong inside a file is told without its name.
-            const bool namesFile = std::holds_alternative<ConfigFileError>(plan.error().reason);
-            return std::unexpected(
-                Sentence{namesFile ? text : agent.configFile.string() + ": " + text});
+            auto plan = makePlan(agent, paths);
+            if (plan) return std::move(*plan);
+            return std::unexpected(refusal(plan.error(), agent.configFile, isOnlyFile));
         };
         auto change = ConfigChange::prepare(std::move(planner), agent.backupDirectory(paths));
         if (!change) return std::unexpected(change.error());
@@ -94,9 +116,22 @@ std::string_view whatHappensTo(HelperStatus helper) {
     return "to be renewed";
 }
 
+// Why the agent will run no hooks, set up or not; else empty.
+std::string whyNot(const Agent& agent) {
+    const auto obstacle = hookObstacle(agent);
+    if (!obstacle || !obstacle->isSwitchedOff()) return {};
+    return fmt::format("{} runs no hooks: {}.\n", displayName(agent.provider),
+                       PrintableText::printable(obstacle->text()));
+}
+
 std::string nextStep(Provider provider) {
     const auto& profile = AgentProfile::of(provider);
     return fmt::format("{} is set up: {}\n", profile.displayName, profile.nextStep);
+}
+
+std::string whatIsNext(const TallowbrookPaths& paths) {
+    if (HostLock::isHeld(paths)) return "\nNext: nothing; a host is running and tells you.\n";
+    return "\nNext: run \"tallowbrook watch\" and leave it open; it tells you who waits for you.\n";
 }
 
 void noteSetUp(Database& database, Provider provider) {
@@ -109,14 +144,15 @@ void noteSetUp(Database& database, Provider provider) {
     transaction.commit();
 }
 
-int finishSetup(const TallowbrookPaths& paths, Provider provider, bool isNew, Database& database) {
+int finishSetup(const TallowbrookPaths& paths, const Agent& agent, bool isNew, Database& database) {
     // A setup that finds its hooks in place does not start the waiting for the first event anew.
-    if (isNew) noteSetUp(database, provider);
-    if (auto tried = tryHelper(paths, provider, database); !tried)
+    if (isNew) noteSetUp(database, agent.provider);
+    if (auto tried = tryHelper(paths, agent.provider, database); !tried)
         return StandardStreams::fail(tried.error());
     StandardStreams::mention("The test event has arrived.\n");
-    StandardStreams::mention(nextStep(provider));
-    return ExitStatus::done;
+    const auto obstacle = whyNot(agent);
+    StandardStreams::mention(obstacle.empty() ? nextStep(agent.provider) : obstacle);
+    return obstacle.empty() ? ExitStatus::done : ExitStatus::notInOrder;
 }
 
 int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
@@ -127,8 +163,8 @@ int setUpEach(const TallowbrookPaths& paths, std::vector<AgentChange>& changes,
         status = worse(status, exitStatus(outcome));
         // Also where nothing had to change: a user in doubt calls it for the proof.
         if (outcome == ReviewOutcome::applied || outcome == ReviewOutcome::unchanged)
-            status = worse(status, finishSetup(paths, agent.provider,
-                                               outcome == ReviewOutcome::applied, database));
+            status = worse(status,
+                           finishSetup(paths, agent, outcome == ReviewOutcome::applied, database));
     }
     return status;
 }
@@ -140,6 +176,13 @@ int complainOfBoth() {
         ExitStatus::wrongUsage);
 }
 
+// Whether the user would see one is better known now than when it counts. What comes of it says
+// nothing about the setup.
+void offerTestNotification(const TallowbrookPaths& paths) {
+    if (isatty(STDIN_FILENO) == 1 && agreesTo("Show a test notification?").value_or(false))
+        testNotification(paths);
+}
+
 }  // namespace
 
 int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const ReviewOptions& options) {
@@ -148,14 +191,16 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     if (!source)
         return StandardStreams::fail(
             "The helper was not found beside this program. Install tallowbrook again.");
-    auto changes = prepare(paths, choice, IntegrationSetup::planInstall);
-    if (!changes) return StandardStreams::fail(changes.error().followedBy("Nothing was changed."));
+    auto changes = prepare(paths, choice, planSetup);
+    if (!changes) return StandardStreams::fail(changes.error());
     if (!canAsk(options)) return ExitStatus::failed;
 
     const auto helper = IntegrationSetup::helperStatus(paths.installedHelper(), *source);
     StandardStreams::mention(fmt::format("Helper: {} ({})\n", printable(paths.installedHelper()),
                                          whatHappensTo(helper)) +
                              announce(*changes, paths));
+    for (const auto& [agent, change] : *changes)
+        if (!change.plan.isNoOp()) StandardStreams::mention(whyNot(agent));
     if (!agentsReportTo(paths))
         StandardStreams::complain(fmt::format(
             "The agents report to {} and not to this home, which is only for trying out.",
@@ -170,15 +215,19 @@ int setup(const TallowbrookPaths& paths, const AgentChoice& choice, const Review
     if (helper != HelperStatus::current)
         if (auto installed = IntegrationSetup::installHelper(*source, paths); !installed)
             return StandardStreams::fail(Sentence{installed.error().description()});
-    return withDatabase(
+    const int status = withDatabase(
         paths, [&](Database& database) { return setUpEach(paths, *changes, options, database); });
+    if (status != ExitStatus::done) return status;
+    if (!options.assumeYes) offerTestNotification(paths);
+    StandardStreams::mention(whatIsNext(paths));
+    return status;
 }
 
 int removeSetup(const TallowbrookPaths& paths, const AgentChoice& choice,
                 const ReviewOptions& options) {
     if (!mayChange(paths, choice, options)) return ExitStatus::wrongUsage;
-    auto changes = prepare(paths, choice, IntegrationSetup::planUninstall);
-    if (!changes) return StandardStreams::fail(changes.error().followedBy("Nothing was changed."));
+    auto changes = prepare(paths, choice, planRemoval);
+    if (!changes) return StandardStreams::fail(changes.error());
     if (!canAsk(options)) return ExitStatus::failed;
     StandardStreams::mention(announce(*changes, paths));
     int status = ExitStatus::done;
@@ -207,7 +256,8 @@ void addSetupCommands(CommandLine& line) {
         changeHelp +
             "\nThe helper and the database are put into the data directory before the first "
             "question.\nWith another --home, name a file to try on by --config: the agents report "
-            "to the\nstandard data directory alone.");
+            "to the\nstandard data directory alone.\n3 too: an agent is set up, but told to run no "
+            "hooks.");
     given->addAgents(setupWords, "those that are there");
     given->addEditors(setupWords, "Install the extension into the editors instead");
     given->addReview(setupWords);

@@ -3,10 +3,13 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <chrono>
+#include <map>
 #include <tuple>
 
 #include "Domain/AgentProfile.h"
 #include "Domain/EventCoding.h"
+#include "Lists/UnfinishedEnd.h"
 #include "Output/PrintableText.h"
 #include "Output/TimeText.h"
 #include "Preferences/HostSettings.h"
@@ -38,18 +41,98 @@ std::string waitingText(const SessionSnapshot& session) {
     return session.attention == AttentionKind::input ? "needs input" : "needs permission";
 }
 
+}  // namespace
+
 std::string statusText(const ListedSession& session) {
     if (session.status == SessionStatus::needsAttention) return waitingText(session.snapshot);
+    if (endedWithoutFinishing(session.snapshot)) return "ended unfinished";
     // One may go on after a completed turn, but not after the end of the session.
-    if (session.status == SessionStatus::completed && session.snapshot.sessionEnded) return "ended";
+    const bool isGone = session.presence && session.presence->state == AgentState::gone;
+    const bool hasEnded = session.snapshot.sessionEnded || isGone;
+    if (session.status == SessionStatus::completed && hasEnded) return "ended";
+    if (session.presence && session.presence->state == AgentState::idle) return "idle";
     const auto label = std::ranges::find(statusLabels, session.status, &StatusLabel::status);
     return std::string{label->text};
 }
 
+std::optional<Instant> nextStatusChange(const ListedSession& session) {
+    if (session.status != SessionStatus::working) return std::nullopt;
+    // One step later, since it is stale after that time and not with it.
+    return session.snapshot.lastSeenAt + std::chrono::floor<Instant::duration>(staleAfter) +
+           Instant::duration{1};
+}
+
+namespace {
+
+// The names of sessions that are listed together. A stored mark may be older than what it marks, so
+// the project and its directory are taken from the session itself.
+SessionNames namesOf(std::vector<const SessionSnapshot*> sessions,
+                     const std::vector<SessionMark>& stored) {
+    std::map<std::string_view, const SessionMark*> marks;
+    for (const auto& mark : stored) marks.emplace(mark.session, &mark);
+    std::vector<SessionMark> listed;
+    listed.reserve(sessions.size());
+    // The id comes last, so that two lists in a row never differ in their names.
+    std::ranges::sort(sessions, {}, [](const SessionSnapshot* session) {
+        return std::tie(session->firstSeenAt, session->key.sessionID);
+    });
+    for (const auto* session : sessions) {
+        auto& mark = listed.emplace_back();
+        mark.session = session->id();
+        if (const auto found = marks.find(mark.session); found != marks.end())
+            mark = *found->second;
+        mark.project = session->projectLabel();
+        mark.directory = session->cwd.value_or("");
+    }
+    // The numbers that were given come first, and leave the others what is free.
+    SessionNames names;
+    for (const bool hasNumber : {true, false})
+        for (const auto& mark : listed)
+            if ((mark.number > 0) == hasNumber) names.add(mark);
+    return names;
+}
+
+std::optional<AgentPresence> presenceOf(const SessionSnapshot& session,
+                                        const AgentPresences& presences) {
+    const auto found = presences.find(session.id());
+    if (found == presences.end() || !found->second.holdsFor(session)) return std::nullopt;
+    return found->second;
+}
+
+SessionStatus displayStatus(const SessionSnapshot& session,
+                            const std::optional<AgentPresence>& presence, Instant now) {
+    // An agent that says itself that it works is not silent.
+    if (presence && presence->state == AgentState::working) return SessionStatus::working;
+    return shownAs(session, presence).displayStatus(now, staleAfter);
+}
+
+RecordEncoder agentRecord(const AgentPresence& presence) {
+    RecordEncoder encoder;
+    encoder.encode("state", presence.state);
+    encoder.encode("since", presence.since);
+    encoder.encode("evidence", presence.evidence);
+    return encoder;
+}
+
 }  // namespace
 
-SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope scope,
-                              Instant now) {
+std::string ListedSession::explanation(Instant now) const {
+    const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
+    auto byEvents = explanationText(snapshot, now, formatTime);
+    if (!presence) return byEvents;
+    const auto known = presenceText(snapshot.key.provider, *presence, formatTime);
+    // What the events say is true as well, and says more.
+    const auto shown = shownAs(snapshot, presence);
+    if (shown.status == snapshot.status && shown.sessionEnded == snapshot.sessionEnded &&
+        snapshot.displayStatus(now, staleAfter) == status)
+        return byEvents + " " + known;
+    return known + " The last event that counted is " + snapshot.lastEventType + " of " +
+           formatTime(snapshot.lastAppliedAt) + ".";
+}
+
+SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now,
+                              const std::vector<SessionMark>& marks,
+                              const AgentPresences& presences) {
     const auto isOlder = [now](const SessionSnapshot& snapshot) {
         return now - snapshot.lastSeenAt > listedFor;
     };
@@ -61,9 +144,17 @@ SessionList SessionList::make(std::vector<SessionSnapshot> snapshots, ListScope 
             ++list.olderCount;
             continue;
         }
-        const auto status = snapshot.displayStatus(now, staleAfter);
-        list.sessions.push_back({std::move(snapshot), status});
+        const auto presence = presenceOf(snapshot, presences);
+        const auto status = displayStatus(snapshot, presence, now);
+        auto label = snapshot.projectLabel();
+        list.sessions.push_back({std::move(snapshot), status, std::move(label), presence});
     }
+    std::vector<const SessionSnapshot*> recent;
+    for (const auto& session : list.sessions)
+        if (!isOlder(session.snapshot)) recent.push_back(&session.snapshot);
+    const auto names = namesOf(std::move(recent), marks);
+    for (auto& session : list.sessions)
+        if (!isOlder(session.snapshot)) session.name = names.nameOf(session.snapshot.id());
     // The id comes last, so that two lists in a row never differ in their order.
     std::ranges::sort(list.sessions, {}, [&](const ListedSession& session) {
         return std::tuple{isOlder(session.snapshot), sortRank(session.status),
@@ -98,7 +189,7 @@ std::expected<ListedSession, Sentence> SessionList::find(std::string_view word) 
     for (const auto& session : sessions) {
         const auto& id = session.snapshot.key.sessionID;
         // A whole id is meant as such, though another one may begin with it.
-        if (id == word) return session;
+        if (id == word || session.snapshot.id() == word) return session;
         if (!word.empty() && id.starts_with(word)) found.push_back(&session);
     }
     if (found.size() == 1) return *found.front();
@@ -128,7 +219,7 @@ std::string SessionList::table(Instant now) const {
     for (std::size_t i = 0; i < sessions.size(); ++i) {
         const auto& session = sessions[i];
         addRow(std::to_string(i + 1), statusText(session),
-               displayName(session.snapshot.key.provider), session.snapshot.projectLabel(),
+               displayName(session.snapshot.key.provider), session.name,
                session.snapshot.key.sessionID, TimeText::ago(session.snapshot.lastSeenAt, now));
     }
     if (olderCount > 0)
@@ -137,16 +228,22 @@ std::string SessionList::table(Instant now) const {
     return text;
 }
 
+void encodeSession(RecordEncoder& encoder, const ListedSession& session, Instant now) {
+    const auto& snapshot = session.snapshot;
+    encoder.encode("id", snapshot.id());
+    encoder.encode("status", session.status);
+    encoder.encode("project", snapshot.projectLabel());
+    encoder.encode("name", session.name);
+    encoder.encode("explanation", session.explanation(now));
+    if (session.presence) encoder.encode("agent", agentRecord(*session.presence));
+    encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
+}
+
 std::string SessionList::json(Instant now) const {
-    const auto formatTime = [now](Instant time) { return TimeText::shortTime(time, now); };
     std::string text{"["};
-    for (const auto& [snapshot, status] : sessions) {
+    for (const auto& session : sessions) {
         RecordEncoder encoder = EventCoding::makeEncoder();
-        encoder.encode("id", snapshot.id());
-        encoder.encode("status", status);
-        encoder.encode("project", snapshot.projectLabel());
-        encoder.encode("explanation", snapshot.explanation(now, staleAfter, formatTime));
-        encoder.encodeRaw("snapshot", SessionSnapshotCoding::encode(snapshot));
+        encodeSession(encoder, session, now);
         // A session a line, for tools that work by lines.
         text += (text.size() > 1 ? ",\n " : "\n ") + encoder.text();
     }

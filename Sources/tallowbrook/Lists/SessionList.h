@@ -6,11 +6,15 @@
 
 #include <cstddef>
 #include <expected>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Domain/RecordCoding.h"
 #include "Output/Sentence.h"
+#include "Output/SessionName.h"
+#include "SessionState/AgentPresence.h"
 #include "SessionState/SessionSnapshot.h"
 
 namespace tallowbrook::host {
@@ -18,7 +22,24 @@ namespace tallowbrook::host {
 struct ListedSession {
     SessionSnapshot snapshot;
     SessionStatus status = SessionStatus::unknown;  // as displayed, so `stale` too
+    std::string name;  // its project's, and what tells it from others of that
+    // What is known of its agent, where that says more than the snapshot, which is as stored.
+    std::optional<AgentPresence> presence = std::nullopt;
+
+    // Why it has the status: `SessionSnapshot::explanation`, or what was found out beside events.
+    std::string explanation(Instant now) const;
+    bool operator==(const ListedSession&) const = default;
 };
+
+// In words: "needs permission", "has a question", "ended".
+std::string statusText(const ListedSession& session);
+
+// When the displayed status changes though nothing is heard of the session; absent where it never
+// does.
+std::optional<Instant> nextStatusChange(const ListedSession& session);
+
+// The members that `SessionList::json` has of each session.
+void encodeSession(RecordEncoder& encoder, const ListedSession& session, Instant now);
 
 enum class ListScope { recent, all };
 
@@ -28,11 +49,14 @@ struct SessionList {
     std::vector<ListedSession> sessions;
     std::size_t olderCount = 0;  // left out of a `recent` list
 
-    // Leaves out the setup's own sessions, always.
-    static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now);
+    // Leaves out the setup's own sessions, always. Those without a mark are told apart in the order
+    // in which they began; those that a `recent` list leaves out bear their project's name.
+    static SessionList make(std::vector<SessionSnapshot> snapshots, ListScope scope, Instant now,
+                            const std::vector<SessionMark>& marks = {},
+                            const AgentPresences& presences = {});
 
     // The session that the user means by a number of the table, or by the beginning of an id that
-    // no other session here shares.
+    // no other session here shares; programs name one by its storage id.
     [[nodiscard]] std::expected<ListedSession, Sentence> find(std::string_view word) const;
 
     // How much of each id, at least 8 characters, tells it from all others here.
@@ -42,7 +66,8 @@ struct SessionList {
     std::string table(Instant now) const;
 
     // A JSON array (RFC 8259), one object a session: "id", "status" (as displayed), "project",
-    // "explanation", and "snapshot" with the stored record.
+    // "name", "explanation", "snapshot" with the stored record, and "agent" with what is known of
+    // its agent beside events, where that decides: "state", "since" and "evidence".
     std::string json(Instant now) const;
 };
 

@@ -9,5 +9,7 @@ inline constexpr int wrongUsage = 2;  // nothing was done
 // The user said no to a change, something that was looked at is not in order, or `focus` did
 // something else that helps.
 inline constexpr int notInOrder = 3;
+// All else is in order, but no host runs: what the agents report is told to nobody.
+inline constexpr int noHost = 4;
 
 }  // namespace tallowbrook::host::ExitStatus

@@ -10,6 +10,7 @@
 namespace tallowbrook::host {
 namespace {
 
+constexpr std::string_view ellipsis = "…";
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
 struct Piece {
@@ -82,24 +83,78 @@ std::string PrintableText::printableJSON(std::string_view json) {
     return result;
 }
 
-std::string PrintableText::padded(std::string_view text, std::size_t columns) {
+std::string PrintableText::wrapped(std::string_view text, std::size_t columns) {
+    std::string result;
+    for (const auto& line : wrappedLines(text, columns))
+        result += (result.empty() ? "" : "\n") + line;
+    return result;
+}
+
+std::size_t PrintableText::width(std::string_view text) {
+    std::size_t columns = 0;
+    for (std::string_view rest = text; !rest.empty();) {
+        const Piece piece = firstPiece(rest);
+        columns += columnsOf(piece.codePoint);
+        rest.remove_prefix(piece.bytes.size());
+    }
+    return columns;
+}
+
+std::string PrintableText::shortened(std::string_view text, std::size_t columns) {
     if (columns == 0) return {};
     std::string result;
-    std::string shortened;  // what fits in front of an ellipsis
+    std::string beforeEllipsis;  // what fits in front of it
     std::size_t used = 0;
     for (std::string_view rest = text; !rest.empty();) {
         const Piece piece = firstPiece(rest);
-        const std::size_t width = columnsOf(piece.codePoint);
-        if (used + width > columns) {
-            const std::size_t shortColumns = columns - 1;
-            return padded(shortened, shortColumns) + "…";
-        }
-        used += width;
+        used += columnsOf(piece.codePoint);
+        if (used > columns) return beforeEllipsis.append(ellipsis);
         result.append(piece.bytes);
-        if (used + 1 <= columns) shortened = result;
+        if (used < columns) beforeEllipsis = result;
         rest.remove_prefix(piece.bytes.size());
     }
-    return result.append(columns - used, ' ');
+    return result;
+}
+
+std::string PrintableText::padded(std::string_view text, std::size_t columns) {
+    auto result = shortened(text, columns);
+    if (result.empty()) return std::string(columns, ' ');
+    // The ellipsis stands in the last column, though half a character may fit before it.
+    const auto blanksAt = result == text ? result.size() : result.size() - ellipsis.size();
+    return result.insert(blanksAt, columns - width(result), ' ');
+}
+
+std::vector<std::string> PrintableText::wrappedLines(std::string_view text, std::size_t columns,
+                                                     std::size_t indent) {
+    columns = std::max<std::size_t>(columns, 1);
+    // What leaves hardly any room for words is no indent.
+    if (indent * 2 > columns) indent = 0;
+    std::vector<std::string> lines;
+    std::string line;
+    while (!text.empty()) {
+        const std::size_t room = columns - (lines.empty() ? 0 : indent);
+        if (width(text) <= room) {
+            line = text;
+            text = {};
+        } else {
+            std::size_t end = 0;    // behind what fits
+            std::size_t blank = 0;  // behind the last word that fits
+            for (std::size_t used = 0; end < text.size();) {
+                const Piece piece = firstPiece(text.substr(end));
+                used += columnsOf(piece.codePoint);
+                if (piece.bytes == " " && end > 0) blank = end;
+                if (used > room && end > 0) break;
+                end += piece.bytes.size();
+            }
+            // A word that is longer than a line is cut.
+            line = text.substr(0, blank > 0 ? blank : end);
+            text.remove_prefix(line.size());
+            text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+        }
+        lines.push_back(lines.empty() ? line : std::string(indent, ' ') + line);
+    }
+    if (lines.empty()) lines.emplace_back();
+    return lines;
 }
 
 }  // namespace tallowbrook::host

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tallowbrook::host::PrintableText {
 
@@ -18,7 +19,21 @@ std::string printableLines(std::string_view text);
 // A JSON text (RFC 8259) of the same value, in which such characters stand as escapes.
 std::string printableJSON(std::string_view json);
 
-// The text with blanks behind it, `columns` wide on the screen; a longer one ends in "…".
+// How many columns the text takes on a screen.
+std::size_t width(std::string_view text);
+
+// The text, at most `columns` wide on the screen; a longer one ends in "…".
+std::string shortened(std::string_view text, std::size_t columns);
+
+// As `shortened`, with blanks behind it, `columns` wide.
 std::string padded(std::string_view text, std::size_t columns);
+
+// The text in lines of at most `columns`, at least one, broken at blanks where there are any; the
+// second and further ones begin with `indent` blanks.
+std::vector<std::string> wrappedLines(std::string_view text, std::size_t columns,
+                                      std::size_t indent = 0);
+
+// `wrappedLines` as one text, without a line feed at its end.
+std::string wrapped(std::string_view text, std::size_t columns = 80);
 
 }  // namespace tallowbrook::host::PrintableText

@@ -21,11 +21,19 @@ std::tm localTime(Instant instant) {
 constexpr std::array months{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                             "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
+// An age is told in hours before that.
+constexpr std::chrono::hours daysFrom{48};
+
 }  // namespace
 
 std::string TimeText::timeOfDay(Instant instant) {
     const std::tm local = localTime(instant);
     return fmt::format("{:02}:{:02}:{:02}", local.tm_hour, local.tm_min, local.tm_sec);
+}
+
+std::string TimeText::minuteOfDay(std::int64_t minute) {
+    constexpr int minutesOfAnHour = 60;
+    return fmt::format("{:02}:{:02}", minute / minutesOfAnHour, minute % minutesOfAnHour);
 }
 
 std::string TimeText::shortTime(Instant instant, Instant now) {
@@ -39,12 +47,26 @@ std::string TimeText::shortTime(Instant instant, Instant now) {
 }
 
 std::string TimeText::ago(Instant instant, Instant now) {
+    if (now - instant < std::chrono::minutes{1}) return "just now";
+    return lasting(instant, now) + " ago";
+}
+
+std::string TimeText::lasting(Instant since, Instant now) {
     using namespace std::chrono;
-    const auto age = now - instant;
-    if (age < 1min) return "just now";
-    if (age < 1h) return fmt::format("{} min ago", floor<minutes>(age).count());
-    if (age < 48h) return fmt::format("{} h ago", floor<hours>(age).count());
-    return fmt::format("{} days ago", floor<days>(age).count());
+    const auto age = now - since;
+    if (age < 1min) return "<1 min";
+    if (age < 1h) return fmt::format("{} min", floor<minutes>(age).count());
+    if (age < daysFrom) return fmt::format("{} h", floor<hours>(age).count());
+    return fmt::format("{} days", floor<days>(age).count());
+}
+
+Instant TimeText::nextChange(Instant since, Instant now) {
+    using namespace std::chrono;
+    const auto age = now - since;
+    if (age < 1min) return since + 1min;
+    if (age < 1h) return since + floor<minutes>(age) + 1min;
+    if (age < daysFrom) return since + floor<hours>(age) + 1h;
+    return since + floor<days>(age) + days{1};
 }
 
 }  // namespace tallowbrook::host

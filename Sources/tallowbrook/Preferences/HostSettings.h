@@ -26,6 +26,9 @@ inline constexpr Seconds healthGracePeriod{10 * 60.0};
 // How long a session waits before each reminder of it: long enough to answer unasked.
 inline constexpr std::chrono::minutes defaultReminderInterval{10};
 
+// How long a turn takes that is told as finished: a user who waits longer has looked away.
+inline constexpr Seconds defaultCompletionAfter{20.0};
+
 // Everything is told, at any hour.
 NotificationPreferences defaultPreferences();
 

@@ -5,8 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "Notifications/ReminderPolicy.h"
+#include "Output/TimeText.h"
+#include "Preferences/Muting.h"
+#include "Preferences/TimeOfDay.h"
 #include "Text/Digits.h"
 
 namespace tallowbrook::host {
@@ -26,16 +30,6 @@ bool parse(std::string_view value, Seconds& target) {
     if (!seconds || *seconds < 0 || *seconds > aYear) return false;
     target = Seconds{*seconds};
     return true;
-}
-
-// Minutes after midnight of "22:00". Both digits of the hour are asked for, so that what is shown
-// and what is typed look alike.
-std::optional<int> parseTimeOfDay(std::string_view text) {
-    if (text.size() != 5 || text[2] != ':') return std::nullopt;
-    const auto hour = parseNumber<unsigned>(text.substr(0, 2));
-    const auto minute = parseNumber<unsigned>(text.substr(3));
-    if (!hour || !minute || *hour > 23 || *minute > 59) return std::nullopt;
-    return static_cast<int>(*hour * 60 + *minute);
 }
 
 // A switch keeps the hours, so that they need not be typed again.
@@ -66,19 +60,38 @@ bool parse(std::string_view value, std::chrono::minutes& target) {
     return true;
 }
 
+// A command may hold anything but what would break the list of preferences.
+bool parse(std::string_view value, std::string& target) {
+    constexpr std::size_t longest = 4096;
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; };
+    if (value.empty() || value.size() > longest || std::ranges::any_of(value, isControl))
+        return false;
+    target = value == "off" ? "" : value;
+    return true;
+}
+
+bool parse(std::string_view value, ChannelChoice& target) {
+    auto choice = ChannelChoice::parse(value);
+    if (choice) target = std::move(*choice);
+    return choice.has_value();
+}
+
 std::string text(bool value) { return value ? "on" : "off"; }
 
 std::string text(Seconds value) { return fmt::format("{}", value.count()); }
 
 std::string text(const QuietHours& hours) {
     if (!hours.enabled) return "off";
-    return fmt::format("{:02}:{:02}-{:02}:{:02}", hours.startMinute / 60, hours.startMinute % 60,
-                       hours.endMinute / 60, hours.endMinute % 60);
+    return TimeText::minuteOfDay(hours.startMinute) + "-" + TimeText::minuteOfDay(hours.endMinute);
 }
 
 std::string text(std::chrono::minutes value) {
     return value.count() > 0 ? std::to_string(value.count()) : "off";
 }
+
+std::string text(const ChannelChoice& choice) { return choice.text(); }
+
+std::string text(const std::string& command) { return command.empty() ? "off" : command; }
 
 // A field of either record.
 template <typename Value>
@@ -112,9 +125,16 @@ constexpr std::array rows{
     row<&NotificationPreferences::maxEventAge>("maxEventAge",
                                                "seconds after which an event is too old to tell"),
     row<&NotificationPreferences::playSound>("playSound", "with a sound"),
+    row<&HostPreferences::completionAfter>("completionAfter",
+                                           "seconds from which on a turn is told as finished"),
     row<&HostPreferences::reminderInterval>(
         "reminderInterval",
         "minutes of waiting after which you are reminded: off, 5, 10, 15 or 30"),
+    row<&HostPreferences::channels>("channels",
+                                    "where you are told: auto, or such as desktop,lines"),
+    row<&HostPreferences::exec>("exec", "run this command too, with the notification as JSON"),
+    row<&HostPreferences::tellWhileLooking>("tellWhileLooking",
+                                            "also of a session that you look at"),
 };
 
 }  // namespace
@@ -128,6 +148,10 @@ std::expected<Preferences, Sentence> setPreference(Preferences preferences, std:
         return std::unexpected(Sentence{fmt::format("There is no preference named \"{}\".", name)});
     if (!row->change(preferences, value))
         return std::unexpected(Sentence{fmt::format("\"{}\" is no value for {}.", value, name)});
+    if (preferences.notifications.maxEventAge <= ageOfEveryEvent && name == "maxEventAge")
+        return std::unexpected(
+            Sentence{"With maxEventAge 0 nothing would ever be told, since every event is older by "
+                     "the time it comes. \"enabled off\" switches notifications off."});
     return preferences;
 }
 

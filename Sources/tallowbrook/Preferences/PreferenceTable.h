@@ -26,8 +26,9 @@ std::span<const PreferenceRow> preferenceRows();
 
 // The preferences with a new value: "on" or "off" for a switch; "off", "on" or "22:00-07:00" for
 // quiet hours; a number of seconds from 0 to 31536000 for an interval; "off" or one of
-// `ReminderPolicy::intervalChoices` for reminders. The error says that there is no such preference,
-// or that the value does not fit.
+// `ReminderPolicy::intervalChoices` for reminders; "auto" or names of channels for these. The error
+// says that there is no such preference, that the value does not fit, or that it would mute
+// everything without looking like it.
 [[nodiscard]] std::expected<Preferences, Sentence> setPreference(Preferences preferences,
                                                                  std::string_view name,
                                                                  std::string_view value);

@@ -36,11 +36,12 @@ AgentHealth::State stateOf(const IntegrationHealth& events) {
 
 }  // namespace
 
-AgentHealth AgentHealth::of(const Agent& agent, const TallowbrookPaths& paths,
-                            HelperStatus helper) {
+AgentHealth AgentHealth::of(const Agent& agent, const TallowbrookPaths& paths, HelperStatus helper,
+                            const ManagedSettings& managed) {
     auto hooks = inspect(agent, paths);
     const bool isReady = hooks && is<HookInstallState::Installed>(*hooks) && canRun(helper);
-    return {agent, std::move(hooks), isReady};
+    return {agent, std::move(hooks), isReady,
+            isReady ? hookObstacle(agent, managed) : std::nullopt};
 }
 
 void AgentHealth::judgeEvents(IntegrationHealthRecord& record, Instant now) {
@@ -57,7 +58,10 @@ AgentHealth::State AgentHealth::state() const {
     if (is<HookInstallState::Partial>(*hooks)) return State::partial;
     // Where all hooks are there and it is not ready, they call a helper that cannot run.
     if (is<HookInstallState::NeedsRepair>(*hooks) || !isReady) return State::needsRepair;
-    return stateOf(events);
+    const auto state = stateOf(events);
+    // Trust is in notes of the agent's own, so what has really come tells more.
+    const bool isRefuted = state == State::receiving && obstacle && !obstacle->isSwitchedOff();
+    return obstacle && !isRefuted ? State::blocked : state;
 }
 
 bool AgentHealth::needsAttention() const {
@@ -69,6 +73,7 @@ bool AgentHealth::needsAttention() const {
         case State::partial:
         case State::needsRepair:
         case State::silent:
+        case State::blocked:
         case State::unreadable:
             break;
     }

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <expected>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -12,6 +13,7 @@
 #include "Integrations/IntegrationHealth.h"
 #include "Integrations/IntegrationSetup.h"
 #include "Setup/Agents.h"
+#include "Setup/HookObstacle.h"
 
 namespace tallowbrook::host {
 
@@ -23,16 +25,19 @@ struct AgentHealth {
         waiting,      // for the first event since the setup
         silent,       // no event for longer than `healthGracePeriod` after the setup
         receiving,
+        blocked,     // the agent does not run the hooks
         unreadable,  // the agent's file
     };
 
     Agent agent;
     std::expected<HookInstallState, ConfigPlanError> hooks;  // or why the file cannot be read
-    bool isReady = false;           // all hooks are there, and the helper they call can run
-    IntegrationHealth events = {};  // not applicable also until they are judged
+    bool isReady = false;  // all hooks are there, and the helper they call can run
+    std::optional<HookObstacle> obstacle = {};  // looked for where it is ready
+    IntegrationHealth events = {};              // not applicable also until they are judged
 
-    // How the agent's file and the helper fit together. Reads the file.
-    static AgentHealth of(const Agent& agent, const TallowbrookPaths& paths, HelperStatus helper);
+    // How the agent's files and the helper fit together. Reads the files.
+    static AgentHealth of(const Agent& agent, const TallowbrookPaths& paths, HelperStatus helper,
+                          const ManagedSettings& managed = ManagedSettings::ofThisSystem());
 
     // What has come since the setup, by what is stored of the agent. Updates `record`.
     void judgeEvents(IntegrationHealthRecord& record, Instant now);
@@ -51,6 +56,7 @@ inline constexpr std::array agentHealthStateNames{
     std::pair{AgentHealth::State::waiting, std::string_view{"waiting"}},
     std::pair{AgentHealth::State::silent, std::string_view{"silent"}},
     std::pair{AgentHealth::State::receiving, std::string_view{"receiving"}},
+    std::pair{AgentHealth::State::blocked, std::string_view{"blocked"}},
     std::pair{AgentHealth::State::unreadable, std::string_view{"unreadable"}},
 };
 constexpr const auto& namesOf(AgentHealth::State) { return agentHealthStateNames; }

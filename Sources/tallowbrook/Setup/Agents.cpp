@@ -4,27 +4,19 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 
-#include "Domain/AgentProfile.h"
 #include "Integrations/HookInstallSpec.h"
+#include "Watch/AgentDirectory.h"
 
 namespace tallowbrook::host {
 namespace {
-
-// Where the user has moved the agent's directory to.
-std::optional<std::filesystem::path> movedDirectory(Provider provider) {
-    const char* value = std::getenv(AgentProfile::of(provider).locations.configDirectoryVariable);
-    if (value == nullptr || *value == '\0') return std::nullopt;
-    return std::filesystem::absolute(value);
-}
 
 Agent locate(Provider provider) {
     const auto detector = agentDetector();
     const auto detection = detector.detect(provider);
     Agent agent{provider, detection.hookConfigPath,
                 detection.state != ProviderDetection::State::notDetected};
-    if (const auto directory = movedDirectory(provider)) {
+    if (const auto directory = movedAgentDirectory(provider)) {
         agent.configFile = *directory / agent.configFile.filename();
         agent.isThere = agent.isThere || detector.isDirectory(directory->string());
     }

@@ -10,11 +10,31 @@
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
 #include "Setup/BackupPruning.h"
+#include "Setup/ChangeSummary.h"
 #include "Setup/DiffView.h"
-#include "Setup/Question.h"
+#include "Setup/YesNoQuestion.h"
 
 namespace tallowbrook::host {
 namespace {
+
+// The owner has taken the leave to write away, from others' programs too. That a new file takes the
+// old one's name needs no such leave, so the system would not object.
+bool isReadOnly(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto status = std::filesystem::status(file, error);
+    return !error && exists(status) &&
+           (status.permissions() & std::filesystem::perms::owner_write) ==
+               std::filesystem::perms::none;
+}
+
+// Says what the yes is for, since the whole difference may have scrolled away. Absent when the
+// question cannot be shown.
+std::optional<bool> agrees(const ConfigChangePlan& plan) {
+    return agreesTo(
+        fmt::format("{}: {}.\n{}", PrintableText::printable(plan.fileURL.string()), summaryOf(plan),
+                    isReadOnly(plan.fileURL) ? "The file is read-only. Change it all the same?"
+                                             : "Change it?"));
+}
 
 // The user may mean the other names to follow, as with a file that is linked into a repository.
 void mentionOtherNames(const std::filesystem::path& file) {
@@ -25,6 +45,15 @@ void mentionOtherNames(const std::filesystem::path& file) {
                                          PrintableText::printable(file.string()), count,
                                          isOne ? "name (a hard link)" : "names (hard links)",
                                          isOne ? "it" : "they"));
+}
+
+// A yes given beforehand was not given to this.
+ReviewOutcome refuseReadOnly(const std::filesystem::path& file) {
+    StandardStreams::complain(
+        fmt::format("{} is read-only and was left as it is. Make it writable (chmod u+w), or leave "
+                    "--yes out to be asked.",
+                    PrintableText::printable(file.string())));
+    return ReviewOutcome::failed;
 }
 
 bool isChangedSincePlan(const ConfigFileError& error) {
@@ -62,10 +91,7 @@ bool canAsk(const ReviewOptions& options) {
 }
 
 std::string announcement(const ConfigChangePlan& plan) {
-    const char* what = plan.isNoOp() || !plan.proposedText ? "nothing to change"
-                       : plan.originalText                 ? "to be changed"
-                                                           : "to be created";
-    return fmt::format("{} ({})", PrintableText::printable(plan.fileURL.string()), what);
+    return fmt::format("{} ({})", PrintableText::printable(plan.fileURL.string()), summaryOf(plan));
 }
 
 std::expected<ConfigChange, Sentence> ConfigChange::prepare(Planner makePlan,
@@ -83,12 +109,13 @@ ReviewOutcome ConfigChange::review(const ReviewOptions& options) {
             ExitStatus::done)
             return ReviewOutcome::failed;
         mentionOtherNames(plan.fileURL);
-        if (options.dryRun) return ReviewOutcome::previewed;
-        const auto agreed =
-            options.assumeYes
-                ? std::optional{true}
-                : agreesTo(fmt::format("Change {}? [y/N] ",
-                                       PrintableText::printable(plan.fileURL.string())));
+        const bool isLocked = isReadOnly(plan.fileURL);
+        if (isLocked && options.assumeYes) return refuseReadOnly(plan.fileURL);
+        if (options.dryRun) {
+            if (isLocked) StandardStreams::mention("The file is read-only.\n");
+            return ReviewOutcome::previewed;
+        }
+        const auto agreed = options.assumeYes ? std::optional{true} : agrees(plan);
         if (!agreed) return ReviewOutcome::failed;
         if (!*agreed) {
             StandardStreams::mention(fmt::format("{} was left as it is.\n",

@@ -47,11 +47,12 @@ struct ConfigChange {
     // Shows the difference, and how many hard links would keep the old contents, and asks on
     // standard input, unless there is no difference; applies the plan after a yes and names the
     // backup, or says that the file was left as it is. When the file has changed while the user was
-    // asked, shows the new difference and asks again.
+    // asked, shows the new difference and asks again. A file that its owner may not write needs an
+    // answer: a yes given beforehand fails.
     ReviewOutcome review(const ReviewOptions& options);
 };
 
-// "/home/u/.claude/settings.json (to be created)", the line that announces a change.
+// "/home/u/.claude/settings.json (adds 9 hooks, nothing else)", what announces a change.
 std::string announcement(const ConfigChangePlan& plan);
 
 }  // namespace tallowbrook::host

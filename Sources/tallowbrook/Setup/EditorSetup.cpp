@@ -5,7 +5,7 @@
 #include "Output/ExitStatus.h"
 #include "Output/PrintableText.h"
 #include "Output/StandardStreams.h"
-#include "Setup/Question.h"
+#include "Setup/YesNoQuestion.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -27,8 +27,7 @@ std::string commandLine(const Step& step) {
 }
 
 int carryOut(const Step& step, const EditorOperations& operations, const ReviewOptions& options) {
-    const auto agreed =
-        options.assumeYes ? std::optional{true} : agreesTo(step.question + " [y/N] ");
+    const auto agreed = options.assumeYes ? std::optional{true} : agreesTo(step.question);
     if (!agreed) return ExitStatus::failed;
     if (!*agreed) {
         StandardStreams::mention(

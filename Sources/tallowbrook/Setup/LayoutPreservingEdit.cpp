@@ -181,13 +181,18 @@ std::string inLayoutOf(std::string_view original, std::string_view proposed) {
     return OrderedJSON::parse(text) == newRoot ? text : std::string{proposed};
 }
 
-ConfigChangePlan keepLayout(ConfigChangePlan plan) {
-    if (plan.isNoOp() || !plan.originalText || !plan.proposedText) return plan;
-    plan.proposedText = inLayoutOf(*plan.originalText, *plan.proposedText);
+ConfigChangePlan proposing(ConfigChangePlan plan, std::string text) {
+    plan.proposedText = std::move(text);
     const auto label = plan.fileURL.string();
     plan.diff = LineDiff::unified(plan.originalText, plan.proposedText, label, label, diffContext)
                     .value_or("");
     return plan;
+}
+
+ConfigChangePlan keepLayout(ConfigChangePlan plan) {
+    if (plan.isNoOp() || !plan.originalText || !plan.proposedText) return plan;
+    auto text = inLayoutOf(*plan.originalText, *plan.proposedText);
+    return proposing(std::move(plan), std::move(text));
 }
 
 }  // namespace tallowbrook::host

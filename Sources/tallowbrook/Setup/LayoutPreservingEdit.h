@@ -22,8 +22,11 @@ namespace tallowbrook::host {
 // Gives `proposed` where either text is no JSON, as with a file of white space alone.
 std::string inLayoutOf(std::string_view original, std::string_view proposed);
 
-// The plan with its proposed text in the layout of the original one, and the difference that this
-// makes. A plan that changes nothing, or creates a file, stays as it is.
+// The plan with this as its proposed text, and the difference that it makes.
+ConfigChangePlan proposing(ConfigChangePlan plan, std::string text);
+
+// The plan with its proposed text in the layout of the original one. A plan that changes
+// nothing, or creates a file, stays as it is.
 ConfigChangePlan keepLayout(ConfigChangePlan plan);
 
 }  // namespace tallowbrook::host

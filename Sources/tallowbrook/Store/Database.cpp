@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -35,6 +36,20 @@ void enterWALMode(SQLite::Database& database) {
 void writeLogBackAtClose(SQLite::Database& database, bool wanted) {
     sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, wanted ? 0 : 1,
                       nullptr);
+}
+
+// The file as SQLite takes one that nobody writes, see its "URI filenames".
+std::string immutable(const std::filesystem::path& file) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string uri = "file:";
+    for (const char c : file.string()) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '%' || c == '?' || c == '#')
+            uri.append({'%', digits[byte >> 4U], digits[byte & 0xFU]});
+        else
+            uri += c;
+    }
+    return uri + "?immutable=1";
 }
 
 }  // namespace
@@ -73,6 +88,36 @@ std::expected<Database, Sentence> Database::open(const TallowbrookPaths& paths) 
     StoreSchema::migrate(*database);
     writeLogBackAtClose(*database, true);
     return Database{std::move(database)};
+}
+
+std::expected<Database, Sentence> Database::openToRead(const TallowbrookPaths& paths) {
+    const auto& file = paths.databaseFile();
+    std::error_code error;
+    const auto logBytes = std::filesystem::file_size(file.string() + "-wal", error);
+    // Without a log all is in the file itself. SQLite would want to make a log, unless it is told
+    // that nobody writes.
+    const bool hasLog = !error && logBytes > 0;
+    LockPatience::renew();
+    auto database = std::make_unique<SQLite::Database>(
+        hasLog ? file.string() : immutable(file), SQLite::OPEN_READONLY | SQLite::OPEN_URI,
+        static_cast<int>(LockPatience::whole.count()), LockPatience::vfsName());
+    if (StoreSchema::version(*database) == StoreSchema::currentVersion())
+        return Database{std::move(database)};
+    return std::unexpected(
+        Sentence{"The database " + file.string() +
+                 " cannot be read: it was written by another version of tallowbrook, and its "
+                 "home cannot be written"});
+}
+
+bool Database::mayBeWritten(const TallowbrookPaths& paths) {
+    const auto isWritable = [](const std::filesystem::path& path, int mode) {
+        return access(path.c_str(), mode) == 0 || errno == ENOENT;
+    };
+    return isWritable(paths.home, W_OK | X_OK) && isWritable(paths.databaseFile(), R_OK | W_OK);
+}
+
+bool Database::isReadOnly() const {
+    return sqlite3_db_readonly(database_->getHandle(), "main") == 1;
 }
 
 bool Database::exists(const TallowbrookPaths& paths) {
@@ -129,6 +174,8 @@ std::int64_t Database::dataVersion() {
     const auto query = prepared("PRAGMA data_version");
     return query->executeStep() ? query->getColumn(0).getInt64() : 0;
 }
+
+Database::Mark Database::mark() { return {dataVersion(), database_->getTotalChanges()}; }
 
 std::int64_t storedForm(Instant instant) { return instant.time_since_epoch().count(); }
 

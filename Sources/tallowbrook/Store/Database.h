@@ -30,6 +30,17 @@ class Database {
     // well.
     [[nodiscard]] static std::expected<Database, Sentence> open(const TallowbrookPaths& paths);
 
+    // The same for a home that may not be written: nothing can be stored, and what has to be
+    // brought forward to the current schema is refused. Throws SQLite::Exception as well.
+    [[nodiscard]] static std::expected<Database, Sentence> openToRead(
+        const TallowbrookPaths& paths);
+
+    // Whether this process may make the database, or write to the one that is there, and beside it.
+    static bool mayBeWritten(const TallowbrookPaths& paths);
+
+    // Whether it was opened by `openToRead`.
+    bool isReadOnly() const;
+
     // Whether there is a database to open at all, for a caller that only looks.
     static bool exists(const TallowbrookPaths& paths);
 
@@ -64,6 +75,14 @@ class Database {
 
     // Another number after another process has changed the file; reads no table.
     std::int64_t dataVersion();
+
+    // Another value after any process, this one too, has changed the file; reads no table.
+    struct Mark {
+        std::int64_t byOthers = 0;
+        std::int64_t byThisOne = 0;
+        bool operator==(const Mark&) const = default;
+    };
+    Mark mark();
 
  private:
     explicit Database(std::unique_ptr<SQLite::Database> database);

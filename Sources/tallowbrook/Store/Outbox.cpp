@@ -45,8 +45,8 @@ StoredNotification readNotification(SQLite::Statement& query) {
 
 }  // namespace
 
-void Outbox::add(const NotificationContent& content, Instant observedAt, Instant decidedAt,
-                 const std::vector<std::string>& channels) {
+std::int64_t Outbox::add(const NotificationContent& content, Instant observedAt, Instant decidedAt,
+                         const std::vector<std::string>& channels) {
     const auto insert = database_.prepared(
         "INSERT INTO notifications (event_id, session_storage_id, kind, title, body, dedupe_key,"
         " play_sound, observed_at, decided_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
@@ -70,6 +70,7 @@ void Outbox::add(const NotificationContent& content, Instant observedAt, Instant
         insertDelivery->bind(3, storedForm(decidedAt));
         insertDelivery->exec();
     }
+    return number;
 }
 
 std::vector<OpenDelivery> Outbox::pending(const std::string& channel) {
@@ -119,6 +120,29 @@ void Outbox::markRefused(std::int64_t notification, const std::string& channel) 
     execOn(update, 1, notification, channel);
 }
 
+void Outbox::holdBack(std::int64_t notification) {
+    const auto update = database_.prepared(
+        "UPDATE deliveries SET state = 'dropped' WHERE notification = ?"
+        " AND state IN ('pending', 'begun') AND state = 'pending'");
+    update->bind(1, notification);
+    update->exec();
+}
+
+bool Outbox::handOn(const std::string& channel, const std::vector<std::string>& others) {
+    const auto open = pending(channel);
+    for (const auto& delivery : open) {
+        const auto number = delivery.notification.number;
+        for (const auto& other : others) {
+            const auto insert = database_.prepared(
+                "INSERT OR IGNORE INTO deliveries (notification, channel, state, attempts, due_at)"
+                " VALUES (?, ?, 'pending', 0, 0)");
+            execOn(insert, 1, number, other);
+        }
+        markRefused(number, channel);
+    }
+    return !open.empty();
+}
+
 void Outbox::recover(const std::string& channel, bool mayRepeat) {
     const auto update = database_.prepared(
         "UPDATE deliveries SET state = ?"
@@ -162,6 +186,37 @@ std::vector<StoredNotification> Outbox::dropOlderThan(Instant time) {
     return dropped;
 }
 
+std::vector<StoredNotification> Outbox::notBegun() {
+    const auto query = database_.prepared(
+        "SELECT * FROM notifications WHERE number IN"
+        " (SELECT notification FROM deliveries WHERE state IN ('pending', 'begun')"
+        " AND state = 'pending') ORDER BY number");
+    std::vector<StoredNotification> open;
+    while (query->executeStep()) open.push_back(readNotification(*query));
+    return open;
+}
+
+bool Outbox::fold(std::int64_t notification) {
+    const auto update = database_.prepared(
+        "UPDATE deliveries SET state = 'folded' WHERE notification = ? AND state = 'pending'");
+    update->bind(1, notification);
+    update->exec();
+    const auto query = database_.prepared(
+        "SELECT 1 FROM deliveries WHERE notification = ? AND state IN ('begun', 'told')");
+    query->bind(1, notification);
+    return !query->executeStep();
+}
+
+void Outbox::dropWaiting(const std::string& sessionStorageID) {
+    const auto update = database_.prepared(
+        "UPDATE deliveries SET state = 'folded'"
+        " WHERE state IN ('pending', 'begun') AND state = 'pending' AND notification IN"
+        " (SELECT number FROM notifications"
+        " WHERE session_storage_id = ? AND kind IN ('attention', 'reminder'))");
+    update->bind(1, sessionStorageID);
+    update->exec();
+}
+
 std::optional<Instant> Outbox::lastDelivered(const std::string& dedupeKey) {
     const auto query = database_.prepared(
         "SELECT coalesce(max(d.told_at), n.decided_at) FROM notifications n"
@@ -190,6 +245,93 @@ std::vector<ToldNotification> Outbox::toldSince(std::int64_t place) {
 std::int64_t Outbox::newestPlace() {
     const auto query = database_.prepared("SELECT coalesce(max(place), 0) FROM deliveries");
     return query->executeStep() ? query->getColumn(0).getInt64() : 0;
+}
+
+std::vector<NotificationRecord> Outbox::latestOf(const std::string& sessionStorageID, int atMost) {
+    // The keys of a session begin with its id, so their index finds them; the id itself is compared
+    // too, since another one may begin with it.
+    const auto query = database_.prepared(
+        "SELECT * FROM (SELECT * FROM notifications"
+        " WHERE dedupe_key >= ?1 || '|' AND dedupe_key < ?1 || '}' AND session_storage_id = ?1"
+        " ORDER BY number DESC LIMIT ?2) ORDER BY number");
+    query->bind(1, sessionStorageID);
+    query->bind(2, atMost);
+    std::vector<NotificationRecord> records;
+    while (query->executeStep()) records.push_back({readNotification(*query), {}});
+    for (auto& record : records) {
+        const auto rows = database_.prepared(
+            "SELECT channel, state, attempts, told_at FROM deliveries WHERE notification = ?"
+            " ORDER BY channel");
+        rows->bind(1, record.notification.number);
+        while (rows->executeStep()) {
+            DeliveryRecord delivery{
+                .channel = rows->getColumn(0).getString(),
+                .state = fromRawValue<DeliveryState>(rows->getColumn(1).getString())
+                             .value_or(DeliveryState::pending),
+                .attempts = rows->getColumn(2).getInt(),
+                .toldAt = std::nullopt};
+            if (!rows->isColumnNull(3)) delivery.toldAt = instantOf(rows->getColumn(3));
+            record.deliveries.push_back(std::move(delivery));
+        }
+    }
+    return records;
+}
+
+void Outbox::noteUntold(const Untold& untold) {
+    const auto insert = database_.prepared(
+        "INSERT INTO untold (event_id, session_storage_id, reason, at, turn, is_held_back)"
+        " VALUES (?, ?, ?, ?, ?, ?)");
+    bindID(*insert, 1, untold.eventID);
+    insert->bind(2, untold.session);
+    insert->bind(3, std::string{rawValue(untold.reason)});
+    insert->bind(4, storedForm(untold.at));
+    if (untold.turn)
+        insert->bind(5, std::chrono::floor<std::chrono::microseconds>(*untold.turn).count());
+    const bool isHeldBack =
+        untold.reason == UntoldReason::paused || untold.reason == UntoldReason::quietHours;
+    insert->bind(6, isHeldBack ? 1 : 0);
+    insert->exec();
+}
+
+std::vector<Untold> Outbox::untold(const std::string& session) {
+    const auto query = database_.prepared(
+        "SELECT event_id, reason, at, turn FROM untold WHERE session_storage_id = ?"
+        " ORDER BY number");
+    query->bind(1, session);
+    std::vector<Untold> all;
+    while (query->executeStep()) {
+        // One of a newer program has a reason that this one has no words for.
+        const auto reason = fromRawValue<UntoldReason>(query->getColumn(1).getString());
+        if (!reason) continue;
+        Untold& untold = all.emplace_back();
+        untold.eventID = idOf(query->getColumn(0));
+        untold.session = session;
+        untold.reason = *reason;
+        untold.at = instantOf(query->getColumn(2));
+        if (!query->getColumn(3).isNull())
+            untold.turn = std::chrono::microseconds{query->getColumn(3).getInt64()};
+    }
+    return all;
+}
+
+std::set<std::string> Outbox::heldBack() {
+    const auto query =
+        database_.prepared("SELECT session_storage_id FROM untold WHERE is_held_back = 1");
+    std::set<std::string> sessions;
+    while (query->executeStep()) sessions.insert(query->getColumn(0).getString());
+    return sessions;
+}
+
+void Outbox::letGoOfHeldBack() {
+    database_.prepared("UPDATE untold SET is_held_back = 0 WHERE is_held_back = 1")->exec();
+}
+
+std::optional<std::string> Outbox::sessionOf(std::int64_t notification) {
+    const auto query =
+        database_.prepared("SELECT session_storage_id FROM notifications WHERE number = ?");
+    query->bind(1, notification);
+    if (!query->executeStep()) return std::nullopt;
+    return query->getColumn(0).getString();
 }
 
 std::optional<ReminderCount> Outbox::reminderCount(const SessionKey& key) {

@@ -4,6 +4,7 @@
 
 #include "Domain/EventCoding.h"
 #include "SessionState/SessionSnapshotCoding.h"
+#include "Store/PresenceStore.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -72,11 +73,12 @@ std::vector<StoredEvent> SessionStore::latestEvents(const SessionKey& key, int a
 }
 
 std::optional<StoredSession> SessionStore::session(const SessionKey& key) {
-    const auto query =
-        database_.prepared("SELECT number, snapshot FROM sessions WHERE storage_id = ?");
+    const auto query = database_.prepared(
+        "SELECT number, snapshot, turn_began_at FROM sessions WHERE storage_id = ?");
     query->bind(1, key.storageID());
     if (!query->executeStep()) return std::nullopt;
-    StoredSession session{query->getColumn(0).getInt64(), std::nullopt};
+    StoredSession session{query->getColumn(0).getInt64(), std::nullopt, std::nullopt};
+    if (!query->getColumn(2).isNull()) session.turnBeganAt = instantOf(query->getColumn(2));
     if (auto decoded = SessionSnapshotCoding::decode(query->getColumn(1).getString()))
         session.snapshot = std::move(*decoded);
     return session;
@@ -113,13 +115,20 @@ std::vector<SessionSnapshot> SessionStore::sessionsThatWait(Instant seenSince) {
     return readSnapshots(query);
 }
 
-std::int64_t SessionStore::countOfWorkingSessions(Instant seenSince) {
+std::vector<SessionSnapshot> SessionStore::sessionsAtWork(Instant seenSince) {
     const auto query = database_.prepared(
-        "SELECT count(*) FROM sessions WHERE status = 'working' AND last_seen_at >= ?"
-        " AND instr(storage_id, ?) = 0");
+        "SELECT snapshot FROM sessions WHERE status = 'working' AND last_seen_at >= ?"
+        " ORDER BY +number");
     query->bind(1, storedForm(seenSince));
-    query->bind(2, "|" + std::string{setupCheckPrefix});
-    return query->executeStep() ? query->getColumn(0).getInt64() : 0;
+    return readSnapshots(query);
+}
+
+std::vector<SessionSnapshot> SessionStore::completedSessions(Instant seenSince) {
+    const auto query = database_.prepared(
+        "SELECT snapshot FROM sessions WHERE last_seen_at >= ? AND +status = 'completed'"
+        " ORDER BY +number");
+    query->bind(1, storedForm(seenSince));
+    return readSnapshots(query);
 }
 
 std::int64_t SessionStore::countOfSessionsSeenBefore(Instant time) {
@@ -153,17 +162,21 @@ std::int64_t SessionStore::addSession(const SessionSnapshot& snapshot) {
     return database_.lastInsertedRow();
 }
 
-void SessionStore::updateSession(std::int64_t number, const SessionSnapshot& snapshot) {
+void SessionStore::updateSession(std::int64_t number, const SessionSnapshot& snapshot,
+                                 std::optional<Instant> turnBeganAt) {
     const auto update = database_.prepared(
-        "UPDATE sessions SET snapshot = ?, last_seen_at = ?, status = ? WHERE number = ?");
+        "UPDATE sessions SET snapshot = ?, last_seen_at = ?, status = ?, turn_began_at = ?"
+        " WHERE number = ?");
     bindRecord(*update, snapshot);
-    update->bind(4, number);
+    if (turnBeganAt) update->bind(4, storedForm(*turnBeganAt));
+    update->bind(5, number);
     update->exec();
 }
 
 void SessionStore::removeSession(const SessionKey& key) {
     const auto stored = session(key);
     if (!stored) return;
+    PresenceStore{database_}.remove(key);
     // The events first: they refer to the session.
     for (const char* sql :
          {"DELETE FROM events WHERE session = ?", "DELETE FROM sessions WHERE number = ?"}) {
@@ -171,6 +184,9 @@ void SessionStore::removeSession(const SessionKey& key) {
         remove->bind(1, stored->number);
         remove->exec();
     }
+    const auto removeMark = database_.prepared("DELETE FROM session_marks WHERE session = ?");
+    removeMark->bind(1, key.storageID());
+    removeMark->exec();
 }
 
 }  // namespace tallowbrook::host

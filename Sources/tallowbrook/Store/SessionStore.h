@@ -21,6 +21,8 @@ struct StoredSession {
     std::int64_t number = 0;
     // Absent when what is stored cannot be read: the session then starts anew, under its number.
     std::optional<SessionSnapshot> snapshot;
+    // When the prompt came of the turn that it is in; absent where that is not known.
+    std::optional<Instant> turnBeganAt;
 };
 
 struct StoredEvent {
@@ -47,14 +49,17 @@ class SessionStore {
     std::vector<SessionSnapshot> sessions(const std::set<std::string>& storageIDs);
     std::vector<SessionSnapshot> sessionsSeenSince(Instant time);
     std::vector<SessionSnapshot> sessionsThatWait(Instant seenSince);
-    // Without the setup's own, both.
-    std::int64_t countOfWorkingSessions(Instant seenSince);
+    std::vector<SessionSnapshot> sessionsAtWork(Instant seenSince);
+    std::vector<SessionSnapshot> completedSessions(Instant seenSince);
+    // Without the setup's own.
     std::int64_t countOfSessionsSeenBefore(Instant time);
 
     std::int64_t addSession(const SessionSnapshot& snapshot);
-    void updateSession(std::int64_t number, const SessionSnapshot& snapshot);
-    // With its events; its notifications stay. Two statements: the caller's transaction makes them
-    // one. Does nothing where there is no such session.
+    // Without a time, when its turn began is not known any more.
+    void updateSession(std::int64_t number, const SessionSnapshot& snapshot,
+                       std::optional<Instant> turnBeganAt = std::nullopt);
+    // With its events and its mark; its notifications stay. Several statements: the caller's
+    // transaction makes them one. Does nothing where there is no such session.
     void removeSession(const SessionKey& key);
 
  private:

@@ -9,12 +9,20 @@ namespace {
 
 constexpr const char* preferencesKey = "notificationPreferences";
 constexpr const char* reminderIntervalKey = "reminderIntervalMinutes";
+constexpr const char* completionAfterKey = "completionAfterSeconds";
+constexpr const char* channelsKey = "channels";
+constexpr const char* execKey = "exec";
+constexpr const char* tellWhileLookingKey = "tellWhileLooking";
+constexpr const char* pausedUntilKey = "pausedUntil";
+constexpr const char* mutesKey = "mutes";
 constexpr const char* helperLogKey = "toldOfHelperLog";
 constexpr const char* waitingCycleKey = "waitingCycle";
 
 std::string healthKey(Provider provider) {
     return "integrationHealth." + std::string{rawValue(provider)};
 }
+
+std::string hookKey(Provider provider) { return "hookHeardAt." + std::string{rawValue(provider)}; }
 
 }  // namespace
 
@@ -41,13 +49,42 @@ Preferences Settings::preferences() {
     if (const auto stored = value(reminderIntervalKey))
         if (const auto minutes = parseNumber<int>(*stored))
             preferences.host.reminderInterval = std::chrono::minutes{*minutes};
+    if (const auto stored = value(completionAfterKey))
+        if (const auto seconds = parseNumber<int>(*stored))
+            preferences.host.completionAfter = Seconds{*seconds};
+    if (const auto stored = value(channelsKey))
+        preferences.host.channels = ChannelChoice::parse(*stored).value_or(ChannelChoice{});
+    if (const auto stored = value(execKey))
+        if (auto decoder = RecordDecoder::parse(*stored))
+            preferences.host.exec = decoder->text("command");
+    preferences.host.tellWhileLooking = value(tellWhileLookingKey) == "on";
+    if (const auto stored = value(pausedUntilKey))
+        preferences.host.pausedUntil = EventDate::parse(*stored);
     return preferences;
 }
 
 void Settings::setPreferences(const Preferences& preferences) {
     setValue(preferencesKey, NotificationPreferencesCoding::encode(preferences.notifications));
     setValue(reminderIntervalKey, std::to_string(preferences.host.reminderInterval.count()));
+    // Whole seconds, as the table of preferences takes them.
+    setValue(completionAfterKey,
+             std::to_string(static_cast<int>(preferences.host.completionAfter.count())));
+    setValue(channelsKey, preferences.host.channels.text());
+    RecordEncoder exec;
+    exec.encode("command", preferences.host.exec);
+    setValue(execKey, exec.text());
+    setValue(tellWhileLookingKey, preferences.host.tellWhileLooking ? "on" : "off");
+    const auto& until = preferences.host.pausedUntil;
+    setValue(pausedUntilKey, until ? EventDate::text(*until) : "");
 }
+
+Mutes Settings::mutes() {
+    const auto stored = value(mutesKey);
+    if (!stored) return {};
+    return MutesCoding::decode(*stored).value_or(Mutes{});
+}
+
+void Settings::setMutes(const Mutes& mutes) { setValue(mutesKey, MutesCoding::encode(mutes)); }
 
 WaitingCycle Settings::waitingCycle() {
     const auto stored = value(waitingCycleKey);
@@ -79,6 +116,17 @@ std::optional<Settings::LogPlace> Settings::toldOfHelperLog() {
 
 void Settings::setToldOfHelperLog(const LogPlace& place) {
     setValue(helperLogKey, std::to_string(place.end) + " " + place.line);
+}
+
+std::optional<Instant> Settings::hookHeardAt(Provider provider) {
+    const auto stored = value(hookKey(provider));
+    const auto microseconds = stored ? parseNumber<std::int64_t>(*stored) : std::nullopt;
+    if (!microseconds) return std::nullopt;
+    return Instant{std::chrono::microseconds{*microseconds}};
+}
+
+void Settings::setHookHeardAt(Provider provider, Instant time) {
+    setValue(hookKey(provider), std::to_string(storedForm(time)));
 }
 
 IntegrationHealthRecord Settings::integrationHealth(Provider provider) {

@@ -11,6 +11,7 @@
 #include "Domain/AgentEvent.h"
 #include "Integrations/IntegrationHealth.h"
 #include "Preferences/HostPreferences.h"
+#include "Preferences/Mutes.h"
 #include "SessionState/WaitingCycle.h"
 #include "Store/Database.h"
 
@@ -23,6 +24,10 @@ class Settings {
     // The defaults of what the user has never chosen.
     Preferences preferences();
     void setPreferences(const Preferences& preferences);
+
+    // What the user has muted, also what has ended since.
+    Mutes mutes();
+    void setMutes(const Mutes& mutes);
 
     // Where stepping through the waiting sessions has come to.
     WaitingCycle waitingCycle();
@@ -38,6 +43,10 @@ class Settings {
     // Up to where the user was told of lost events; absent until then.
     std::optional<LogPlace> toldOfHelperLog();
     void setToldOfHelperLog(const LogPlace& place);
+
+    // Of the newest live event that a hook of the agent has sent; absent until then.
+    std::optional<Instant> hookHeardAt(Provider provider);
+    void setHookHeardAt(Provider provider, Instant time);
 
     // Empty until something is stored.
     IntegrationHealthRecord integrationHealth(Provider provider);

@@ -106,6 +106,47 @@ constexpr std::array steps{
         ALTER TABLE notifications DROP COLUMN state;
         ALTER TABLE notifications DROP COLUMN told_at;
     )sql",
+    // What was held back in a pause is looked for when that ends, and few rows of many are such.
+    R"sql(
+        CREATE TABLE untold (
+            number INTEGER PRIMARY KEY,
+            event_id BLOB NOT NULL,
+            session_storage_id TEXT NOT NULL,
+            reason TEXT NOT NULL,
+            at INTEGER NOT NULL,
+            turn INTEGER,
+            is_held_back INTEGER NOT NULL
+        );
+        CREATE INDEX untold_by_session ON untold (session_storage_id);
+        CREATE INDEX untold_that_are_held_back ON untold (number) WHERE is_held_back = 1;
+    )sql",
+    // What a turn's length and a session's name go by, which its snapshot does not have.
+    R"sql(
+        ALTER TABLE sessions ADD COLUMN turn_began_at INTEGER;
+        CREATE TABLE session_marks (
+            session TEXT PRIMARY KEY,
+            project TEXT NOT NULL,
+            directory TEXT NOT NULL,
+            number INTEGER NOT NULL,
+            branch TEXT
+        ) WITHOUT ROWID;
+        CREATE INDEX session_marks_by_project ON session_marks (project);
+    )sql",
+    // What is known of a session's agent beside its events outlives the agent's own notes.
+    R"sql(
+        CREATE TABLE presence (
+            session TEXT PRIMARY KEY,
+            state TEXT NOT NULL,
+            evidence TEXT NOT NULL,
+            since INTEGER NOT NULL,
+            judged_at INTEGER NOT NULL,
+            pid INTEGER,
+            process_start INTEGER,
+            lock_was_held INTEGER NOT NULL
+        ) WITHOUT ROWID;
+        CREATE INDEX presence_of_waiting ON presence (session) WHERE state = 'waiting';
+        CREATE INDEX sessions_at_work ON sessions (last_seen_at) WHERE status = 'working';
+    )sql",
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "Notifications/NotificationPolicy.h"
 #include "Preferences/HostSettings.h"
+#include "Store/PresenceStore.h"
 #include "Store/SessionStore.h"
 
 namespace tallowbrook::host {
@@ -17,7 +18,9 @@ Counts count(const std::set<std::string>& ids, const NotificationPreferences& pr
              Database& database) {
     Counts counts;
     // By what they are now, not by what was missed: a request that was answered meanwhile is over.
-    for (const auto& session : SessionStore{database}.sessions(ids)) {
+    for (auto& stored : SessionStore{database}.sessions(ids)) {
+        const auto presence = PresenceStore{database}.presence(stored.key);
+        const auto session = shownAs(std::move(stored), presence);
         if (session.status == SessionStatus::needsAttention && preferences.notifyOnAttention)
             ++counts.waiting;
         if (session.status == SessionStatus::completed && preferences.notifyOnCompletion)

@@ -53,7 +53,8 @@ class StuckLock {
     std::optional<Sentence> isTaken() {
         const auto now = Clock::now();
         const auto owner = lockOwner(file_);
-        if (!since_ || owner != std::exchange(owner_, owner)) since_ = now;
+        const bool isAnother = owner != std::exchange(owner_, owner);
+        if (!since_ || isAnother) since_ = now;
         if (now - *since_ <= std::chrono::seconds{1}) return std::nullopt;
         return Sentence{(owner ? nameOf(*owner) : "Another process") +
                         " has held the spool's lock for more than a second: no event can be "
@@ -70,22 +71,24 @@ class StuckLock {
 
 class SpoolSource {
  public:
-    explicit SpoolSource(SpoolDrainer drainer)
-        : drainer_{std::move(drainer)}, lock_{drainer_.paths.spoolLockFile()} {}
+    SpoolSource(SpoolDrainer drainer, int asks)
+        : drainer_{std::move(drainer)}, asks_{asks}, lock_{drainer_.paths.spoolLockFile()} {}
 
     EventClaim claim() {
         EventClaim claim;
-        const auto files = drainer_.claimPendingFiles();
+        auto files = drainer_.claimPendingFiles();
+        auto stuck = look(files);
+        for (int asked = 1; asked < asks_ && isTaken(files); ++asked) {
+            files = drainer_.claimPendingFiles();
+            stuck = look(files);
+        }
         if (files)
             for (const auto& file : *files) claim.batches.push_back(segment(file));
         else
             claim.troubles.emplace_back("The spool could not be claimed: " +
                                         describe(files.error()) + ". Its events are kept");
-        if (files || !isLockTimeout(files.error())) {
-            lock_.isFree();
-            return claim;
-        }
-        if (auto stuck = lock_.isTaken()) claim.troubles.push_back(std::move(*stuck));
+        if (stuck) claim.troubles.push_back(std::move(*stuck));
+        if (!isTaken(files)) return claim;
         // What has its name is older than all that the lock still guards, and changes no more.
         for (const auto& entry : SpoolFileName::pendingFiles(drainer_.paths.spoolDirectory()))
             claim.batches.push_back(segment(entry.url));
@@ -93,14 +96,25 @@ class SpoolSource {
     }
 
  private:
+    using Files = std::expected<std::vector<std::filesystem::path>, SpoolAccessError>;
+
+    static bool isTaken(const Files& files) { return !files && isLockTimeout(files.error()); }
+
+    std::optional<Sentence> look(const Files& files) {
+        if (isTaken(files)) return lock_.isTaken();
+        lock_.isFree();
+        return std::nullopt;
+    }
+
     SpoolDrainer drainer_;
+    int asks_;
     StuckLock lock_;
 };
 
 }  // namespace
 
-EventSource EventSource::spool(SpoolDrainer drainer) {
-    return {[source = SpoolSource{std::move(drainer)}]() mutable { return source.claim(); }};
+EventSource EventSource::spool(SpoolDrainer drainer, int asks) {
+    return {[source = SpoolSource{std::move(drainer), asks}]() mutable { return source.claim(); }};
 }
 
 }  // namespace tallowbrook::host

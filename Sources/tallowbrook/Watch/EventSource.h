@@ -30,10 +30,15 @@ struct EventClaim {
 struct EventSource {
     std::function<EventClaim()> claim;
 
+    // How often a claim asks for the spool's lock, for as long as the drainer's timeout each time.
+    static constexpr int asksAgainLater = 1;
+    static constexpr int asksUntilItKnows =
+        3;  // that the lock is stuck, for a caller who claims once
+
     // The spool of a home: claims under the lock that its writers share. While another process
     // keeps that lock, it gives the segments that have their names already, and where that lasts
     // for more than a second it says which process keeps it, as far as the system tells.
-    static EventSource spool(SpoolDrainer drainer);
+    static EventSource spool(SpoolDrainer drainer, int asks = asksAgainLater);
 };
 
 }  // namespace tallowbrook::host

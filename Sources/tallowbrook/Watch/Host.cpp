@@ -29,20 +29,40 @@ StateFile::ShellOf editorShells(const TallowbrookPaths& paths) {
 }  // namespace
 
 Host::Host(TallowbrookPaths paths, Database& database, std::vector<Channel> channels,
-           Troubles::Say say)
+           Troubles::Say say, std::function<void(const std::string&)> clicked, int asksForSpool)
     : paths_{std::move(paths)},
       database_{database},
       channels_{std::move(channels)},
       troubles_{std::move(say), paths_.databaseFile()},
       refused_{paths_},
       watcher_{database,
-               {EventSource::spool({paths_})},
+               {EventSource::spool({paths_}, asksForSpool)},
                channels_,
                troubles_,
                {.now = currentInstant,
                 .calendar = Calendar::current,
-                .news = [this] { return refused_.takeNews(database_, currentInstant()); }}},
-      onlooker_{database, channels_.front(), troubles_},
+                .news = [this] { return refused_.takeNews(database_, currentInstant()); },
+                .hasWaitedSince =
+                    [this](const SessionKey& session, Instant since) {
+                        return agents_.hasWaitedSince(session, since);
+                    },
+                .followAgents =
+                    [this](Instant now, const PresenceNews& news) {
+                        agentsOutlook_ = agents_.follow(database_, now, news);
+                        return agentsOutlook_;
+                    },
+                .clicked = std::move(clicked),
+                .looking = {.ask =
+                                [this] {
+                                    if (isAttached_) gaze_.ask();
+                                },
+                            .isAwaited = [this] { return gaze_.isAwaited(); },
+                            .isOn =
+                                [this](const SessionSnapshot& session) {
+                                    return gaze_.isOn(session);
+                                }}}},
+      onlooker_{database, channels_.front(), troubles_,
+                [this] { return refused_.newsOfAnotherHost(database_, currentInstant()); }},
       state_{paths_, editorShells(paths_)} {}
 
 Host::~Host() {
@@ -54,6 +74,7 @@ std::expected<void, FileError> Host::tryToLead() {
     auto lock = HostLock::tryAcquire(paths_);
     if (!lock) return std::unexpected(lock.error());
     lock_ = std::move(*lock);
+    if (lock_) lock_->sign(currentInstant());
     return {};
 }
 
@@ -94,13 +115,21 @@ bool Host::pass() {
     }
     // Before the pass: what is written meanwhile must look like news afterwards.
     seenSpool_ = SpoolState::of(paths_);
-    // A database that fails is not waited for a second time: the next pass tells what there is.
-    if (!watcher_.pass()) return false;
-    state_.update(database_, currentInstant());
-    return true;
+    return lead();
 }
 
-void Host::attachTo(PollLoop& loop) {
+bool Host::lead() {
+    const bool done = watcher_.pass();
+    alarm_.watch(agentsOutlook_.places, agentsOutlook_.processes);
+    // A database that has failed is not waited for a second time: the next pass tells what there
+    // is.
+    if (done) state_.update(database_, currentInstant());
+    return done;
+}
+
+void Host::attachTo(PollLoop& loop, std::function<void()> afterwards) {
+    isAttached_ = true;
+    afterwards_ = std::move(afterwards);
     // Without a working signal the clock alone wakes.
     if (auto observer = SpoolSignal::Observer::start()) {
         signal_ = std::move(*observer);
@@ -110,25 +139,37 @@ void Host::attachTo(PollLoop& loop) {
             .proceed =
                 [this](short) {
                     // Of the other files in the signal's directory nothing is asked.
-                    if (signal_->consume() && leads()) pass();
+                    if (!signal_->consume() || !leads()) return;
+                    pass();
+                    afterwards_();
                 },
         }));
     }
     attachments_.push_back(loop.attach({
         .interest = [this] { return clockInterest(); },
-        .proceed = [this](short) { lookAround(); },
+        .proceed =
+            [this](short) {
+                lookAround();
+                afterwards_();
+            },
     }));
+    attachments_.push_back(loop.attach(alarm_.source([this] {
+        if (leads()) pass();
+        afterwards_();
+    })));
+    // What has come of a delivery is to be written down, and what waited for an answer is to be
+    // told.
+    const auto attach = [&](const PollSource& source) {
+        attachments_.push_back(loop.attach(
+            {.interest = source.interest, .proceed = [this, proceed = source.proceed](short ready) {
+                 proceed(ready);
+                 pass();
+                 afterwards_();
+             }}));
+    };
     for (const auto& channel : channels_)
-        if (channel.source)
-            attachments_.push_back(loop.attach({
-                .interest = channel.source->interest,
-                .proceed =
-                    [this, proceed = channel.source->proceed](short ready) {
-                        proceed(ready);
-                        // What has come of a delivery is to be written down.
-                        pass();
-                    },
-            }));
+        if (channel.source) attach(*channel.source);
+    attach(gaze_.source());
 }
 
 PollInterest Host::clockInterest() const {

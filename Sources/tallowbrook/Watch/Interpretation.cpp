@@ -1,6 +1,10 @@
 #include "Watch/Interpretation.h"
 
+#include <chrono>
+
 #include "Domain/AgentProfile.h"
+#include "Lists/UnfinishedEnd.h"
+#include "Preferences/HostSettings.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -28,31 +32,76 @@ bool strays(const AgentEvent& event, const std::optional<SessionSnapshot>& sessi
            event.category != EventCategory::sessionStarted;
 }
 
+// Codex has one reason for all ends, and so has a pane of Claude Code that was closed. What tells a
+// terminal that was left or closed is that it is gone by then.
+bool isLeft(const AgentEvent& event, const SessionSnapshot& session) {
+    return AgentProfile::of(event.provider).isLeaving(event.detail.endReason) ||
+           (session.tty && !event.tty);
+}
+
+bool endsUnfinished(const AgentEvent& event, const std::optional<SessionSnapshot>& session) {
+    if (event.category != EventCategory::sessionEnded || !session || session->sessionEnded)
+        return false;
+    const bool isInATurn = session->status == SessionStatus::working ||
+                           session->status == SessionStatus::needsAttention;
+    return isInATurn && !isLeft(event, *session);
+}
+
 }  // namespace
 
 std::optional<AgentEvent> interpreted(const AgentEvent& event,
                                       const std::optional<SessionSnapshot>& session) {
     const bool asks = isQuestion(event, session);
     const bool isElsewhere = strays(event, session);
+    const bool isUnfinished = endsUnfinished(event, session);
     // Most events mean what they say, and are not copied.
-    if (!asks && !isElsewhere) return std::nullopt;
+    if (!asks && !isElsewhere && !isUnfinished) return std::nullopt;
     AgentEvent meant = event;
     if (asks) meant.attention = AttentionKind::input;
     if (isElsewhere) meant.cwd = session->cwd;
+    if (isUnfinished) meant.category = EventCategory::turnFailed;
     return meant;
 }
 
+void settle(SessionSnapshot& session, const AgentEvent& event, const AgentEvent& meant,
+            EventEffect effect) {
+    if (event.category == EventCategory::sessionEnded &&
+        meant.category == EventCategory::turnFailed && effect == EventEffect::applied) {
+        markUnfinishedEnd(session, event);
+        return;
+    }
+    if (event.category == EventCategory::turnFailed && endedWithoutFinishing(session) &&
+        Seconds{std::chrono::abs(event.observedAt - session.statusSince)} <= duplicateWindow) {
+        session.statusEventType = event.eventType;
+        session.statusCategory = event.category;
+        session.statusDetail = event.detail;
+    }
+}
+
+void wordWithName(NotificationContent& content, const SessionSnapshot& session,
+                  const std::string& name) {
+    // The texts of all kinds begin with the project.
+    const auto label = session.projectLabel();
+    if (content.body.starts_with(label)) content.body.replace(0, label.size(), name);
+}
+
 void wordAsMeant(NotificationContent& content, const AgentEvent& event,
-                 const SessionSnapshot& session) {
-    if (content.kind != NotificationKind::attention) return;
+                 const SessionSnapshot& session, const std::string& name) {
+    wordWithName(content, session, name);
     const auto& profile = AgentProfile::of(event.provider);
+    const std::string prefix = event.origin == EventOrigin::test ? "Test: " : "";
+    if (content.kind == NotificationKind::failure && endedWithoutFinishing(session)) {
+        content.title = prefix + std::string{profile.displayName} + " ended without finishing";
+        content.body = name + " — the session ended in the middle of a turn.";
+        return;
+    }
+    if (content.kind != NotificationKind::attention) return;
     const auto asks = profile.asking(event.detail.toolName);
     if (!asks) return;
-    const std::string prefix = event.origin == EventOrigin::test ? "Test: " : "";
     content.title =
         prefix + std::string{profile.displayName} +
         (*asks == Asking::question ? " has a question" : " asks you to approve its plan");
-    content.body = session.projectLabel() + " — waiting for your answer.";
+    content.body = name + " — waiting for your answer.";
 }
 
 }  // namespace tallowbrook::host

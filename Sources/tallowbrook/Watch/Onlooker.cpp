@@ -1,6 +1,7 @@
 #include "Watch/Onlooker.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Store/Outbox.h"
 
@@ -16,8 +17,8 @@ bool wasShown(const Channel& channel) {
 
 }  // namespace
 
-Onlooker::Onlooker(Database& database, const Channel& channel, Troubles& troubles)
-    : database_{database}, channel_{channel}, troubles_{troubles} {
+Onlooker::Onlooker(Database& database, const Channel& channel, Troubles& troubles, News news)
+    : database_{database}, channel_{channel}, troubles_{troubles}, news_{std::move(news)} {
     beginAnew();
 }
 
@@ -25,6 +26,7 @@ void Onlooker::beginAnew() {
     // Before the place is read: what is told in between must not count as seen.
     seenVersion_ = database_.dataVersion();
     shownUpTo_ = Outbox{database_}.newestPlace();
+    [[maybe_unused]] const auto past = news_();
 }
 
 bool Onlooker::pass() {
@@ -34,6 +36,7 @@ bool Onlooker::pass() {
 void Onlooker::show() {
     const auto version = database_.dataVersion();
     if (version == seenVersion_) return;
+    if (const auto news = news_()) troubles_.sayOnce(news->text());
     for (const auto& told : Outbox{database_}.toldSince(shownUpTo_)) {
         channel_.begin({told.notification.number, told.notification.content});
         if (!wasShown(channel_)) {

@@ -8,10 +8,10 @@
 #include <cerrno>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "Output/PrintableText.h"
 #include "Output/TimeText.h"
-#include "Store/Settings.h"
 #include "System/FileContents.h"
 #include "Text/TakeUntil.h"
 
@@ -71,17 +71,42 @@ std::string linesOf(const std::filesystem::path& log) {
     return text;
 }
 
-// Where the lines begin that come behind a place. Absent where the place is in another log.
-std::optional<std::size_t> endOf(const Settings::LogPlace& place, std::string_view text) {
-    if (place.end > text.size() || !text.substr(0, place.end).ends_with(place.line + "\n"))
-        return std::nullopt;
-    return place.end;
-}
+// Both generations of the log.
+struct Log {
+    std::string older;
+    std::string newer;
 
-Settings::LogPlace lastPlace(std::string_view text) {
-    const auto line = text.substr(0, text.size() - 1);
-    return {text.size(), std::string{line.substr(line.rfind('\n') + 1)}};
-}
+    explicit Log(const std::filesystem::path& file)
+        : older{linesOf(file.string() + ".1")}, newer{linesOf(file)} {}
+
+    // How much of both lies before a place. Absent where the place is in neither.
+    std::optional<std::size_t> positionOf(const Settings::LogPlace& place) const {
+        if (ends(newer, place)) return older.size() + place.end;
+        if (ends(older, place)) return place.end;
+        return std::nullopt;
+    }
+
+    std::size_t size() const { return older.size() + newer.size(); }
+
+    Settings::LogPlace lastPlace() const {
+        const std::string_view text = newer.empty() ? older : newer;
+        const auto line = text.substr(0, text.size() - 1);
+        return {text.size(), std::string{line.substr(line.rfind('\n') + 1)}};
+    }
+
+    Losses lossesBetween(std::size_t from, std::size_t to) const {
+        Losses losses;
+        if (from >= to) return losses;
+        const auto text = (older + newer).substr(from, to - from);
+        for (std::string_view rest = text; !rest.empty();) addLine(losses, takeUntil(rest, '\n'));
+        return losses;
+    }
+
+ private:
+    static bool ends(std::string_view text, const Settings::LogPlace& place) {
+        return place.end <= text.size() && text.substr(0, place.end).ends_with(place.line + "\n");
+    }
+};
 
 std::string sentenceOf(const Losses& losses, Instant now) {
     const auto from = TimeText::shortTime(losses.first, now);
@@ -109,27 +134,32 @@ std::optional<Sentence> RefusedEvents::takeNews(Database& database, Instant now)
     if (!mayHaveNews()) return std::nullopt;
     // Before the reading: what is written meanwhile must look like news afterwards.
     const auto state = stateOfLog();
-    const auto text = linesOf(log_);
-    const auto older = linesOf(log_.string() + ".1");
+    const Log log{log_};
 
     Settings settings{database};
-    Losses losses;
     const auto told = settings.toldOfHelperLog();
-    const auto begin = told ? endOf(*told, text) : std::nullopt;
-    const auto olderBegin = told ? endOf(*told, older) : std::nullopt;
-    std::string_view fresh = older;
-    for (fresh.remove_prefix(begin ? fresh.size() : olderBegin.value_or(0)); !fresh.empty();)
-        addLine(losses, takeUntil(fresh, '\n'));
-    fresh = text;
-    for (fresh.remove_prefix(begin.value_or(0)); !fresh.empty();)
-        addLine(losses, takeUntil(fresh, '\n'));
+    const auto position = told ? log.positionOf(*told) : std::nullopt;
+    const auto losses = log.lossesBetween(position.value_or(0), log.size());
 
     // Remembered before it is said: a database that refuses that would have it said again and
     // again.
-    if (losses.count > 0) settings.setToldOfHelperLog(lastPlace(text.empty() ? older : text));
+    if (losses.count > 0) settings.setToldOfHelperLog(log.lastPlace());
     seen_ = state;
     if (losses.count == 0) return std::nullopt;
     nextRead_ = std::chrono::steady_clock::now() + pauseBetweenNews;
+    return Sentence{sentenceOf(losses, now)};
+}
+
+std::optional<Sentence> RefusedEvents::newsOfAnotherHost(Database& database, Instant now) {
+    const auto place = Settings{database}.toldOfHelperLog();
+    const auto before = std::exchange(toldByAnother_, place);
+    // Most changes of the database are others.
+    if (place == before || !place) return std::nullopt;
+    const Log log{log_};
+    const auto from = before ? log.positionOf(*before) : std::nullopt;
+    const auto losses =
+        log.lossesBetween(from.value_or(0), log.positionOf(*place).value_or(log.size()));
+    if (losses.count == 0) return std::nullopt;
     return Sentence{sentenceOf(losses, now)};
 }
 

@@ -12,6 +12,7 @@
 #include "EventBridge/TallowbrookPaths.h"
 #include "Output/Sentence.h"
 #include "Store/Database.h"
+#include "Store/Settings.h"
 
 namespace tallowbrook::host {
 
@@ -28,6 +29,10 @@ class RefusedEvents {
     // SQLite::Exception when that fails, and tells it the next time.
     std::optional<Sentence> takeNews(Database& database, Instant now);
 
+    // The same of what another host has told since the last call, for one that looks on. The first
+    // call tells what was told before. Throws SQLite::Exception when the database fails.
+    std::optional<Sentence> newsOfAnotherHost(Database& database, Instant now);
+
  private:
     struct LogState {
         std::filesystem::file_time_type changedAt{};
@@ -39,6 +44,7 @@ class RefusedEvents {
     std::filesystem::path log_;
     LogState seen_;
     std::chrono::steady_clock::time_point nextRead_{};
+    std::optional<Settings::LogPlace> toldByAnother_;
 };
 
 }  // namespace tallowbrook::host

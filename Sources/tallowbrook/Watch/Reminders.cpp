@@ -4,7 +4,10 @@
 
 #include "Notifications/ReminderPolicy.h"
 #include "Preferences/HostSettings.h"
-#include "Store/SessionStore.h"
+#include "Watch/Hold.h"
+#include "Watch/Interpretation.h"
+#include "Watch/Presence.h"
+#include "Watch/SessionMarking.h"
 
 namespace tallowbrook::host {
 namespace {
@@ -20,16 +23,6 @@ Instant after(Instant start, Seconds span) {
     return start + std::chrono::ceil<Instant::duration>(span);
 }
 
-// When the hours are over, by the clock on the wall; where that clock is changed meanwhile the next
-// look comes to another answer.
-Instant endOf(const QuietHours& hours, Instant now, const Calendar& calendar) {
-    constexpr int minutesOfADay = 24 * 60;
-    const auto local = calendar.localTime(now);
-    const int minute = local.hour * 60 + local.minute;
-    const auto left = (static_cast<int>(hours.endMinute) - minute + minutesOfADay) % minutesOfADay;
-    return now + std::chrono::minutes{left > 0 ? left : minutesOfADay};
-}
-
 }  // namespace
 
 Reminders::Outlook Reminders::look(Database& database, Instant now) const {
@@ -37,7 +30,7 @@ Reminders::Outlook Reminders::look(Database& database, Instant now) const {
     if (interval <= Seconds{0}) return outlook;
     Outbox outbox{database};
     const auto shownSince = now - std::chrono::duration_cast<Instant::duration>(listedFor);
-    for (const auto& session : SessionStore{database}.sessionsThatWait(shownSince)) {
+    for (const auto& session : sessionsShownWaiting(database, shownSince)) {
         if (session.key.isSetupCheck()) continue;
         auto count = countOf(session, outbox);
         // By a clock that was set back since.
@@ -45,6 +38,7 @@ Reminders::Outlook Reminders::look(Database& database, Instant now) const {
         if (Seconds{now - count.lastSentAt} >= interval) {
             if (auto content = ReminderPolicy::due(session, count.sent, interval, preferences, now,
                                                    calendar)) {
+                wordWithName(*content, session, SessionMarking{database, now}.nameOf(session));
                 ++count.sent;
                 count.lastSentAt = now;
                 outlook.due.push_back({session.key, std::move(*content), count});

@@ -101,7 +101,10 @@ std::string StateFile::contents(Database& database, Instant now) {
     auto encoder = EventCoding::makeEncoder();
     encoder.encode("schema", schema);
     encoder.encodeRaw("waiting", "[" + waiting + "]");
-    encoder.encode("working", store.countOfWorkingSessions(ago(staleAfter)));
+    const auto working = store.sessionsAtWork(ago(staleAfter));
+    encoder.encode("working", std::ranges::count_if(working, [](const auto& session) {
+                       return !session.key.isSetupCheck();
+                   }));
     return PrintableText::printableJSON(encoder.text());
 }
 

@@ -29,6 +29,7 @@ class Troubles {
     // For what happens once and does not last.
     void sayOnce(const std::string& sentence) const { say_(sentence); }
 
+    // Whether there was one in the last pass.
     bool stand() const { return !standing_.empty(); }
 
  private:

@@ -12,7 +12,10 @@
 #include "Preferences/HostPreferences.h"
 #include "Store/Database.h"
 #include "Watch/EventSource.h"
+#include "Watch/Presence.h"
 #include "Watch/Troubles.h"
+#include "Watch/Withdrawals.h"
+#include "Watch/Withholding.h"
 
 namespace tallowbrook::host {
 
@@ -22,6 +25,18 @@ struct WatcherOperations {
     std::function<Calendar()> calendar = Calendar::current;
     // What is to be said once beside the events; asked in each pass. May throw SQLite::Exception.
     std::function<std::optional<Sentence>()> news = [] { return std::nullopt; };
+    // `Presence::hasWaitedSince`, and the looking of `Presence::follow`; without them the events
+    // alone say what a session is at. The second may throw SQLite::Exception.
+    std::function<bool(const SessionKey&, Instant)> hasWaitedSince = [](const auto&, auto) {
+        return false;
+    };
+    std::function<PresenceOutlook(Instant now, const PresenceNews& news)> followAgents =
+        [](Instant, const PresenceNews&) { return PresenceOutlook{}; };
+    // The user has clicked on what was told of a session, which is given by its storage id; empty
+    // where it was told of several.
+    std::function<void(const std::string& sessionStorageID)> clicked = [](const auto&) {};
+    // What the user looks at is not told.
+    Looking looking = {};
 };
 
 // Used by one thread; of several processes on one home the holder of the host's lock alone.
@@ -46,10 +61,12 @@ class Watcher {
 
  private:
     void ingest(const Preferences& preferences, Instant now);
+    void followAgents(const Preferences& preferences, Instant now);
+    void lookAtHold(const Preferences& preferences, Instant now);
     void remind(const Preferences& preferences, Instant now);
     void tellWhatWasMissed(const Preferences& preferences, Instant now);
-    void deliverAll();
-    std::vector<std::string> usableChannels() const;
+    bool isFirstAfterAbsence() const { return !hasBegun_ && !missesNothing_; }
+    void deliverAll(const Preferences& preferences, Instant now);
     void passBy(std::optional<Instant> time);
 
     Database& database_;
@@ -57,11 +74,18 @@ class Watcher {
     const std::vector<Channel>& channels_;
     Troubles& troubles_;
     WatcherOperations operations_;
+    Withholding withholding_;
 
     bool hasBegun_ = false;  // the first pass is done
     bool missesNothing_ = false;
-    std::set<std::string> missed_;  // sessions, by storage id; until the first pass is done
+    // Sessions, by storage id, to be told of in one line as soon as nothing holds that back.
+    std::set<std::string> missed_;
+    bool isHeld_ = false;       // by a pause or quiet hours
+    bool hasHeldBack_ = false;  // the outbox has noted what they held back
+    bool isBackFromHold_ = false;
     std::optional<Instant> nextDue_;
+    Withdrawals withdrawals_;
+    std::vector<std::string> chosen_;  // channels, as of this pass
 };
 
 }  // namespace tallowbrook::host

@@ -92,16 +92,6 @@ TEST_F(SpoolDrainerTest, givesAllSegmentsOldestFirst) {
     EXPECT_EQ(claim(), files) << "what was not removed is delivered again";
 }
 
-TEST_F(SpoolDrainerTest, givesWhatItClaimsLastAlsoAfterTheClockWasSetBack) {
-    const auto later = (currentInstant() + std::chrono::days{1}).time_since_epoch().count();
-    const auto older = segment("overflow-" + std::to_string(later) + "-1-A.jsonl");
-    writeContents(older, line);
-    ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
-    const auto files = claim();
-    ASSERT_EQ(files.size(), 2U);
-    EXPECT_EQ(files[0], older);
-}
-
 TEST_F(SpoolDrainerTest, renamesNothingWithoutTheLock) {
     ASSERT_EQ(outcomeOf(writer.append(minimalEvent())), "ok");
     LockHolder holder{paths.spoolLockFile()};

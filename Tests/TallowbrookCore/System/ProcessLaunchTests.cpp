@@ -73,6 +73,30 @@ TEST(ProcessLaunch, aChildReadsWhatItIsGiven) {
     EXPECT_STREQ(bytes.data(), "text");
 }
 
+TEST(ProcessLaunch, aChildReadsATextThatNoPipeWouldHold) {
+    const std::string text(1 << 20, 'x');
+    const auto input = ProcessLaunch::makeInput(text);
+    ASSERT_TRUE(input);
+    EXPECT_EQ(fcntl(input->number(), F_GETFD), FD_CLOEXEC);
+    const auto child = ProcessLaunch::start(
+        "/bin/sh", {"-c", "test \"$(wc -c)\" -eq 1048576 && exit 7"}, FileDescriptor{}, *input);
+    ASSERT_TRUE(child);
+    EXPECT_EQ(statusOf(*child), 7);
+}
+
+TEST(ProcessLaunch, aChildLeadsAGroupOfItsOwnWhereThatIsWanted) {
+    for (const auto& [group, isOwn] :
+         {std::pair{ProcessLaunch::ProcessGroup::ofItsOwn, true},
+          std::pair{ProcessLaunch::ProcessGroup::ofTheParent, false}}) {
+        const auto child =
+            ProcessLaunch::start("/bin/sleep", {"1000"}, FileDescriptor{}, FileDescriptor{}, group);
+        ASSERT_TRUE(child);
+        EXPECT_EQ(getpgid(*child) == *child, isOwn);
+        kill(*child, SIGKILL);
+        statusOf(*child);
+    }
+}
+
 TEST(ProcessLaunch, theNullDeviceStandsInForWhatIsNotGiven) {
     const auto child = ProcessLaunch::start(
         "/bin/sh", {"-c", "read line && exit 1; echo text || exit 2; exit 9"}, FileDescriptor{});

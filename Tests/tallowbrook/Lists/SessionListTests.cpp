@@ -51,6 +51,67 @@ TEST(SessionList, beginsWithWhatWaitsForTheUser) {
                                   "claudeCode|stopped", "claudeCode|new", "claudeCode|done"}));
 }
 
+AgentPresence presenceOf(AgentState state, const SessionSnapshot& session) {
+    return {.state = state,
+            .evidence = state == AgentState::gone ? AgentEvidence::process : AgentEvidence::record,
+            .since = session.lastSeenAt,
+            .judgedAt = session.lastAppliedAt,
+            .process = ProcessIdentity{4242, 1},
+            .lockWasHeld = false};
+}
+
+// The list of one session with what is known of its agent.
+SessionList listWith(const SessionSnapshot& session, AgentState state, Instant now = sampleTime) {
+    return SessionList::make({session}, ListScope::all, now, {},
+                             {{session.id(), presenceOf(state, session)}});
+}
+
+std::string statusWith(SessionStatus status, AgentState state, Instant now = sampleTime) {
+    const auto table = listWith(session("S1", status), state, now).table(now);
+    const auto row = table.substr(table.find('\n') + 1);
+    return row.substr(5, row.find("  ", 5) - 5);
+}
+
+TEST(SessionList, goesByWhatIsKnownOfTheAgents) {
+    using enum SessionStatus;
+    EXPECT_EQ(statusWith(needsAttention, AgentState::idle), "idle");
+    EXPECT_EQ(statusWith(needsAttention, AgentState::gone), "ended");
+    EXPECT_EQ(statusWith(needsAttention, AgentState::working), "working");
+    EXPECT_EQ(statusWith(working, AgentState::waiting), "needs permission");
+    EXPECT_EQ(statusWith(working, AgentState::failed), "failed");
+    EXPECT_EQ(statusWith(working, AgentState::interrupted), "interrupted");
+}
+
+TEST(SessionList, callsNoAgentStaleThatSaysItWorks) {
+    EXPECT_EQ(statusWith(SessionStatus::working, AgentState::unknown, sampleTime + hours{1}),
+              "stale");
+    EXPECT_EQ(statusWith(SessionStatus::working, AgentState::working, sampleTime + hours{1}),
+              "working");
+}
+
+TEST(SessionList, explainsWhatDecided) {
+    auto waiting = session("S1", SessionStatus::needsAttention);
+    waiting.lastEventType = "PermissionRequest";
+    waiting.lastAppliedAt = sampleTime;
+    const auto text = listWith(waiting, AgentState::gone).sessions.front().explanation(sampleTime);
+    EXPECT_TRUE(text.starts_with("Its process (4242) is gone, as was seen at ")) << text;
+    EXPECT_TRUE(text.contains("The last event that counted is PermissionRequest of ")) << text;
+    const auto both =
+        listWith(waiting, AgentState::waiting).sessions.front().explanation(sampleTime);
+    EXPECT_TRUE(both.starts_with("A permission request was observed")) << both;
+    EXPECT_TRUE(both.contains(" Claude Code's own record says waiting for you since ")) << both;
+}
+
+TEST(SessionList, tellsProgramsWhatIsKnownOfTheAgent) {
+    const auto waiting = session("S1", SessionStatus::needsAttention);
+    const auto json = boost::json::parse(listWith(waiting, AgentState::idle).json(sampleTime));
+    const auto& listed = json.as_array().front().as_object();
+    EXPECT_EQ(listed.at("status"), "interrupted");
+    EXPECT_EQ(listed.at("agent").at("state"), "idle");
+    EXPECT_EQ(listed.at("agent").at("evidence"), "record");
+    EXPECT_EQ(listed.at("snapshot").at("status"), "needsAttention") << "as stored";
+}
+
 TEST(SessionList, sortsTheSameStatusByWhenItWasLastHeardOfAndThenById) {
     using enum SessionStatus;
     const auto list = SessionList::make(
@@ -216,7 +277,8 @@ TEST(SessionList, asJSONHoldsTheSnapshotAndHowItIsShown) {
               "reporting (for example after an interrupt).");
     EXPECT_EQ(SessionSnapshotCoding::decode(boost::json::serialize(first.at("snapshot"))),
               snapshot);
-    EXPECT_EQ(first.size(), 5U);
+    EXPECT_EQ(first.at("name"), "proj #1");
+    EXPECT_EQ(first.size(), 6U);
 }
 
 SessionList listOf(const Names& ids) {
@@ -245,6 +307,13 @@ TEST(SessionList, findsASessionByABeginningThatNoOtherShares) {
 
 TEST(SessionList, takesAWholeIdThoughItBeginsAnother) {
     EXPECT_EQ(listOf({"abc", "abcd"}).find("abc")->snapshot.key.sessionID, "abc");
+}
+
+TEST(SessionList, findsASessionByTheIdThatProgramsKnowItBy) {
+    // An id of digits alone would be taken for a number of the list.
+    const auto list = listOf({"2", "3"});
+    for (const std::string id : {"2", "3"})
+        EXPECT_EQ(list.find("claudeCode|" + id)->snapshot.key.sessionID, id);
 }
 
 TEST(SessionList, showsAsMuchOfEachIdAsTellsItFromTheOthers) {

@@ -115,5 +115,39 @@ TEST(PrintableText, isPaddedToItsColumns) {
         EXPECT_EQ(PrintableText::padded(text, columns), expected) << why;
 }
 
+TEST(PrintableText, isWrappedAtBlanksByTheColumnsItTakes) {
+    EXPECT_EQ(PrintableText::wrapped("", 10), "");
+    EXPECT_EQ(PrintableText::wrapped("one two three", 13), "one two three");
+    EXPECT_EQ(PrintableText::wrapped("one two three", 12), "one two\nthree");
+    EXPECT_EQ(PrintableText::wrapped("a muchtoolong b", 4), "a\nmuch\ntool\nong\nb");
+    EXPECT_EQ(PrintableText::wrapped("日本 日本 日本", 9), "日本 日本\n日本");
+}
+
+TEST(PrintableText, shortensToWhatFitsAndPadsNothing) {
+    EXPECT_EQ(PrintableText::shortened("project", 7), "project");
+    EXPECT_EQ(PrintableText::shortened("project", 6), "proje…");
+    EXPECT_EQ(PrintableText::shortened("日本語", 5), "日本…");
+    EXPECT_EQ(PrintableText::shortened("日本語", 4), "日…");
+    EXPECT_EQ(PrintableText::shortened("project", 0), "");
+}
+
+TEST(PrintableText, breaksLinesAtBlanks) {
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(PrintableText::wrappedLines("", 10), Lines{""});
+    EXPECT_EQ(PrintableText::wrappedLines("one two", 10), Lines{"one two"});
+    EXPECT_EQ(PrintableText::wrappedLines("one two three", 7), (Lines{"one two", "three"}));
+    EXPECT_EQ(PrintableText::wrappedLines("one two three", 8, 2), (Lines{"one two", "  three"}));
+    EXPECT_EQ(PrintableText::wrappedLines("one   two", 4), (Lines{"one ", "two"}));
+}
+
+TEST(PrintableText, cutsWordsThatAreLongerThanALine) {
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(PrintableText::wrappedLines("abcdefgh", 3), (Lines{"abc", "def", "gh"}));
+    EXPECT_EQ(PrintableText::wrappedLines("日本語", 3), (Lines{"日", "本", "語"}));
+    EXPECT_EQ(PrintableText::wrappedLines("日本", 1), (Lines{"日", "本"}));
+    EXPECT_EQ(PrintableText::wrappedLines("abc", 0), (Lines{"a", "b", "c"}));
+    EXPECT_EQ(PrintableText::wrappedLines("abcdef", 3, 2), (Lines{"abc", "def"}));
+}
+
 }  // namespace
 }  // namespace tallowbrook::host

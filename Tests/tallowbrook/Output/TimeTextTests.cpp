@@ -77,5 +77,36 @@ TEST(TimeText, countsAgesDownwards) {
         EXPECT_EQ(TimeText::ago(now - age, now), expected) << age.count();
 }
 
+TEST(TimeText, tellsForHowLongSomethingHasBeenSo) {
+    const Instant now = at(2026, 11, 21, 12, 0);
+    struct Row {
+        microseconds age;
+        const char* expected;
+        microseconds untilNext;
+    };
+    for (const auto& [age, expected, untilNext] : {
+             Row{seconds{-30}, "<1 min", seconds{90}},
+             Row{seconds{0}, "<1 min", minutes{1}},
+             Row{seconds{90}, "1 min", seconds{30}},
+             Row{minutes{59}, "59 min", minutes{1}},
+             Row{minutes{61}, "1 h", minutes{59}},
+             Row{hours{47} + minutes{30}, "47 h", minutes{30}},
+             Row{hours{49}, "2 days", hours{23}},
+         }) {
+        EXPECT_EQ(TimeText::lasting(now - age, now), expected) << age.count();
+        EXPECT_EQ(TimeText::nextChange(now - age, now), now + untilNext) << age.count();
+    }
+}
+
+TEST(TimeText, saysSomethingElseFromItsNextChangeOnAndNotBefore) {
+    const Instant since = at(2026, 11, 21, 12, 0);
+    for (Instant now = since; now < since + hours{100};) {
+        const Instant next = TimeText::nextChange(since, now);
+        EXPECT_NE(TimeText::lasting(since, next), TimeText::lasting(since, now));
+        EXPECT_EQ(TimeText::lasting(since, next - microseconds{1}), TimeText::lasting(since, now));
+        now = next;
+    }
+}
+
 }  // namespace
 }  // namespace tallowbrook::host

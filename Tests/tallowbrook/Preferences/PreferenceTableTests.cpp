@@ -40,10 +40,18 @@ TEST(PreferenceTable, changesTheNamedFieldAloneAndShowsItAsItIsSet) {
              Row{"maxEventAge", "999999",
                  [](auto& to) { to.notifications.maxEventAge = Seconds{999'999}; }},
              Row{"playSound", "off", [](auto& to) { to.notifications.playSound = false; }},
+             Row{"completionAfter", "0", [](auto& to) { to.host.completionAfter = Seconds{0}; }},
+             Row{"completionAfter", "31536000",
+                 [](auto& to) { to.host.completionAfter = Seconds{31'536'000}; }},
              Row{"reminderInterval", "off",
                  [](auto& to) { to.host.reminderInterval = minutes{0}; }},
              Row{"reminderInterval", "30",
                  [](auto& to) { to.host.reminderInterval = minutes{30}; }},
+             Row{"channels", "lines,desktop",
+                 [](auto& to) { to.host.channels = {{"lines", "desktop"}}; }},
+             Row{"exec", "~/bin/push --to 'my phone' | cat",
+                 [](auto& to) { to.host.exec = "~/bin/push --to 'my phone' | cat"; }},
+             Row{"tellWhileLooking", "on", [](auto& to) { to.host.tellWhileLooking = true; }},
          }) {
         Preferences expected;
         change(expected);
@@ -81,14 +89,24 @@ TEST(PreferenceTable, refusesValuesThatDoNotFit) {
              Row{"dedupeInterval", "31536001"},
              Row{"maxEventAge", "99999999999999"},
              Row{"maxEventAge", ""},
+             Row{"completionAfter", "off"},
              Row{"reminderInterval", "7"},
              Row{"reminderInterval", "0"},
              Row{"reminderInterval", "10 "},
+             Row{"channels", ""},
+             Row{"channels", "desktop,"},
+             Row{"channels", "desktop, lines"},
+             Row{"channels", "desktop,desktop"},
+             Row{"channels", "auto,desktop"},
+             Row{"channels", "pigeon"},
          }) {
         EXPECT_EQ(setPreference({}, name, value),
                   std::unexpected(
                       Sentence{"\"" + std::string{value} + "\" is no value for " + name + "."}));
     }
+    const auto mute = setPreference({}, "maxEventAge", "0");
+    ASSERT_FALSE(mute);
+    EXPECT_TRUE(mute.error().text().starts_with("With maxEventAge 0 nothing would ever be told"));
     EXPECT_EQ(setPreference({}, "volume", "on"),
               std::unexpected(Sentence{"There is no preference named \"volume\"."}));
 }

@@ -27,7 +27,8 @@ struct HealthOfAnAgent : testing::Test {
     }
 
     AgentHealth look(HelperStatus helper = HelperStatus::current) const {
-        return AgentHealth::of(agent, paths, helper);
+        return AgentHealth::of(agent, paths, helper,
+                               {directory.path / "none", directory.path / "none"});
     }
 };
 
@@ -92,6 +93,30 @@ TEST_F(HealthOfAnAgent, goesByWhatCameSinceTheSetup) {
         EXPECT_EQ(health.state(), state) << why;
         EXPECT_EQ(health.needsAttention(), needsAttention) << why;
     }
+}
+
+TEST_F(HealthOfAnAgent, isBlockedWhereTheAgentRunsNoHooksWhateverCameBefore) {
+    auto text = contentsOf(agent.configFile);
+    writeContents(agent.configFile, text.replace(0, 1, "{\"disableAllHooks\": true, "));
+    IntegrationHealthRecord record{sampleTime - seconds{600}, sampleTime};
+    auto health = look();
+    health.judgeEvents(record, sampleTime);
+    EXPECT_EQ(health.state(), blocked);
+    EXPECT_TRUE(health.needsAttention());
+    EXPECT_EQ(look(HelperStatus::missing).state(), needsRepair);
+}
+
+TEST_F(HealthOfAnAgent, isBlockedByMissingTrustOnlyUntilAnEventComes) {
+    agent = {Provider::codexCLI, directory.path / "hooks.json", true};
+    setUp(paths);
+    EXPECT_EQ(look().state(), blocked);
+    IntegrationHealthRecord record{sampleTime - seconds{600}, std::nullopt};
+    auto health = look();
+    health.judgeEvents(record, sampleTime);
+    EXPECT_EQ(health.state(), blocked);
+    record.noteLiveEvent(sampleTime);
+    health.judgeEvents(record, sampleTime);
+    EXPECT_EQ(health.state(), receiving);
 }
 
 TEST_F(HealthOfAnAgent, forgetsTheSetupOnlyWhereTheHooksAreSeenToBeGone) {

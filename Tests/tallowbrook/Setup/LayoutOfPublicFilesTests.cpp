@@ -12,6 +12,7 @@
 #include "Integrations/OrderedJSON.h"
 #include "Setup/JSONLayout.h"
 #include "Setup/LayoutPreservingEdit.h"
+#include "Setup/SetupReversal.h"
 #include "Support/Corpora.h"
 #include "Support/FileContents.h"
 #include "TallowbrookCore/Integrations/HookConfigTrees.h"
@@ -93,6 +94,67 @@ std::vector<std::string> otherLayouts(const JSONNode& root) {
     texts.push_back(onOneLine(root, {}));
     texts.push_back(onOneLine(root, {.colon = ":", .comma = ",", .objectPadding = " "}) + "\n");
     return texts;
+}
+
+std::string installedIn(const std::string& text, const HookInstallSpec& spec) {
+    return inLayoutOf(text, HookConfigMerger::install(text, spec).value());
+}
+
+// What a removal makes of the text with these backups there.
+std::string removedFrom(const std::string& text, const std::vector<std::string>& backups,
+                        const HookInstallSpec& spec) {
+    const auto removal = keepLayout(
+        {"settings.json", text, HookConfigMerger::uninstall(text, spec).value(), "difference"});
+    return givingBack(removal, backups, spec).proposedText.value();
+}
+
+// The same file with nothing in it, with an empty "hooks" object, and with empty lists of events.
+std::vector<std::string> withEmptyContainers(const PublicFile& file, const HookInstallSpec& spec) {
+    std::vector<std::string> texts{"{\n}\n", "{ }"};
+    auto members = *file.root.objectMembers();
+    std::erase_if(members, [](const JSONMember& member) { return member.key == "hooks"; });
+    const auto with = [&](std::vector<JSONMember> events) {
+        auto changed = members;
+        changed.insert(changed.begin(),
+                       {"hooks", std::nullopt, JSONNode::object(std::move(events))});
+        return JSONNode::object(std::move(changed));
+    };
+    for (const auto& root :
+         {with({}), with({{spec.events.front(), std::nullopt, JSONNode::array({})}}),
+          with({{spec.events.back(), std::nullopt, JSONNode::array({})},
+                {"Another", std::nullopt, JSONNode::array({})}}),
+          with({{"Another", std::nullopt,
+                 JSONNode::array(
+                     {JSONNode::object({{"hooks", std::nullopt, JSONNode::array({})}})})}})}) {
+        texts.push_back(onLines(root, {}, ""));
+        texts.push_back(onLines(root, {.lineEnd = "\r\n", .indentation = "\t"}, "") + "\r\n");
+        texts.push_back(onOneLine(root, {.objectPadding = " "}));
+    }
+    return texts;
+}
+
+TEST(LayoutOfPublicFiles, comeBackWithTheirEmptyListsWhereTheBackupIsThere) {
+    const auto files = publicFiles();
+    if (files.empty()) GTEST_SKIP() << "there are no public files in " << Corpora::directory();
+    for (const auto& spec : specs()) {
+        std::string other = "{}";
+        for (const auto& file : files) {
+            SCOPED_TRACE(file.name);
+            auto texts = withEmptyContainers(file, spec);
+            texts.push_back(file.text);
+            for (const auto& text : texts) {
+                const auto installed = installedIn(text, spec);
+                EXPECT_EQ(removedFrom(installed, {installed, text, other}, spec), text);
+                // With another file's backup alone, what the text itself tells.
+                const auto removed = removedFrom(installed, {other}, spec);
+                if (removed != other)
+                    EXPECT_EQ(removed, removedFrom(installed, {}, spec));
+                else
+                    EXPECT_EQ(installedIn(other, spec), installed);
+                other = text;
+            }
+        }
+    }
 }
 
 TEST(LayoutOfPublicFiles, comesBackByteForByteAfterARemoval) {

@@ -118,6 +118,24 @@ TEST_F(StoredNotifications, areDroppedByEveryChannelOnceTheyAreOld) {
     EXPECT_TRUE(outbox.dropOlderThan(sampleTime).empty());
 }
 
+TEST_F(StoredNotifications, ofAWaitThatIsOverAreGivenUp) {
+    for (const auto kind : {NotificationKind::attention, NotificationKind::reminder,
+                            NotificationKind::completion, NotificationKind::attention}) {
+        auto content = numberedContent(1);
+        content.kind = kind;
+        outbox.add(content, sampleTime, sampleTime, lines);
+    }
+    outbox.markBegun(4, "lines");
+    outbox.dropWaiting("claudeCode|S2");
+    EXPECT_EQ(outbox.pending("lines").size(), 3U);
+    outbox.dropWaiting("claudeCode|S1");
+    const auto pending = outbox.pending("lines");
+    ASSERT_EQ(pending.size(), 1U);
+    EXPECT_EQ(pending.front().notification.content.kind, NotificationKind::completion);
+    outbox.recover("lines", true);
+    EXPECT_EQ(outbox.pending("lines").size(), 2U) << "what was begun is the channel's";
+}
+
 TEST_F(StoredNotifications, areShownOnceByAnotherHostInTheOrderOfTelling) {
     for (std::uint8_t i = 1; i <= 3; ++i) add(i, twoChannels);
     outbox.markTold(2, "lines", sampleTime);
@@ -144,6 +162,29 @@ TEST_F(StoredNotifications, wereLastDeliveredWhenToldOrElseDecided) {
     // The user never heard of it.
     outbox.markRefused(second, "lines");
     EXPECT_EQ(outbox.lastDelivered(key), sampleTime + seconds{5});
+}
+
+TEST_F(StoredNotifications, areHandedOnToOtherChannelsOnce) {
+    const auto first = add(1, twoChannels);
+    add(2, twoChannels);
+    add(3);
+    outbox.markTold(first, "lines", sampleTime);
+    EXPECT_TRUE(outbox.handOn("desktop", {"lines", "terminal"}));
+    EXPECT_EQ(pending("terminal"), (Titles{"title 1", "title 2"}));
+    EXPECT_EQ(pending("lines"), (Titles{"title 2", "title 3"})) << "what was told stays told";
+    EXPECT_TRUE(pending("desktop").empty());
+    EXPECT_FALSE(outbox.handOn("desktop", {"lines", "terminal"}));
+}
+
+TEST_F(StoredNotifications, areNotHandedOnWhileTheirChannelIsAtThem) {
+    outbox.markBegun(add(1, {"desktop"}), "desktop");
+    EXPECT_FALSE(outbox.handOn("desktop", {"terminal"}));
+    EXPECT_TRUE(pending("terminal").empty());
+}
+
+TEST_F(StoredNotifications, tellTheirSession) {
+    EXPECT_EQ(outbox.sessionOf(add(1)), "claudeCode|S1");
+    EXPECT_EQ(outbox.sessionOf(999), std::nullopt);
 }
 
 }  // namespace

@@ -19,6 +19,10 @@ Preferences someChosen() {
     preferences.notifications.quietHours = QuietHours{true, 1320, 420};
     preferences.notifications.dedupeInterval = Seconds{2.5};
     preferences.host.reminderInterval = std::chrono::minutes{0};
+    preferences.host.channels = {{"desktop", "lines"}};
+    preferences.host.exec = "push \"it\"";
+    preferences.host.tellWhileLooking = true;
+    preferences.host.pausedUntil = sampleTime;
     return preferences;
 }
 
@@ -53,6 +57,9 @@ TEST_F(StoredSettings, thatCannotBeReadWereNeverStored) {
 }
 
 TEST_F(StoredSettings, rememberWhatTheyAreGiven) {
+    const Mutes mutes{{{MuteScope::session, "claudeCode|S1", sampleTime}}};
+    settings.setMutes(mutes);
+    EXPECT_EQ(settings.mutes(), mutes);
     const WaitingCycle cycle{WaitingCycle::Pick{"claudeCode|S1", sampleTime}};
     settings.setWaitingCycle(cycle);
     EXPECT_EQ(settings.waitingCycle(), cycle);

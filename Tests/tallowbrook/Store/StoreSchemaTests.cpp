@@ -93,8 +93,8 @@ TEST(StoreSchema, ofTheFirstVersionKeepsEveryRow) {
     EXPECT_EQ(rowsOf(database, "sessions"),
               (std::vector<std::string>{
                   "4|'claudeCode|S1'|'{\"lastSeenAt\":\"2026-11-15T03:30:55.123Z\","
-                  "\"status\":\"needsAttention\"}'|1794713455123000|'needsAttention'",
-                  "5|'claudeCode|S2'|'damaged'|0|''"}));
+                  "\"status\":\"needsAttention\"}'|1794713455123000|'needsAttention'|NULL",
+                  "5|'claudeCode|S2'|'damaged'|0|''|NULL"}));
     EXPECT_EQ(rowsOf(database, "notifications"),
               (std::vector<std::string>{
                   "3|X'00112233445566778899AABBCCDDEEFF'|'claudeCode|S1'|'completion'|'title'|"
@@ -118,7 +118,8 @@ TEST(StoreSchema, isMadeFromNothing) {
     StoreSchema::migrate(database);
     EXPECT_EQ(StoreSchema::version(database), StoreSchema::currentVersion());
     EXPECT_EQ(tables(database), (std::set<std::string>{"deliveries", "events", "notifications",
-                                                       "reminders", "sessions", "settings"}));
+                                                       "presence", "reminders", "session_marks",
+                                                       "sessions", "settings", "untold"}));
 }
 
 TEST(StoreSchema, thatIsCurrentIsLeftAlone) {

@@ -108,6 +108,16 @@ TEST_F(Delivering, waitsForAnAnswerThatComesLater) {
     EXPECT_EQ(states(), "told,pending");
 }
 
+TEST_F(Delivering, takesNoClickForAnAnswer) {
+    add(1);
+    fake.state->answers = {Answer::later};
+    fake.state->onBegin = [this](std::int64_t number) {
+        fake.state->events = {{ChannelEvent::Kind::clicked, number}};
+    };
+    EXPECT_EQ(deliverNow().clicked, fake.state->begun);
+    EXPECT_EQ(states(), "begun");
+}
+
 TEST_F(Delivering, isWrittenDownBeforehandWhereTellingTwiceDoesHarm) {
     add(1);
     fake.state->toldTwiceHarms = true;

@@ -35,6 +35,27 @@ TEST_F(HostLockOfHome, isHeldForAsLongAsItsValueLives) {
     EXPECT_TRUE(isFree());
 }
 
+TEST_F(HostLockOfHome, tellsWhoLeadsAndSinceWhenOnceItIsSigned) {
+    const auto since = std::chrono::floor<std::chrono::milliseconds>(currentInstant());
+    EXPECT_FALSE(HostLock::holder(paths));
+    {
+        const auto lock = HostLock::tryAcquire(paths);
+        ASSERT_TRUE(lock && *lock);
+        (*lock)->sign(since);
+        const auto holder = HostLock::holder(paths);
+        ASSERT_TRUE(holder);
+        EXPECT_EQ(holder->pid, getpid());
+        EXPECT_EQ(holder->since, since);
+    }
+    EXPECT_FALSE(HostLock::holder(paths)) << "the name stays, the lock does not";
+
+    const auto next = HostLock::tryAcquire(paths);
+    ASSERT_TRUE(next && *next);
+    const auto holder = HostLock::holder(paths);
+    ASSERT_TRUE(holder);
+    EXPECT_FALSE(holder->pid) << "of an earlier holder";
+}
+
 TEST_F(HostLockOfHome, goesWithItsValue) {
     auto lock = HostLock::tryAcquire(paths);
     ASSERT_TRUE(lock && *lock);

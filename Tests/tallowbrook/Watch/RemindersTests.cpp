@@ -113,7 +113,8 @@ TEST_F(WaitingSession, isLookedAtAgainWhenTheQuietHoursEnd) {
     reminders.preferences.quietHours = QuietHours{true, 3 * 60, 5 * 60};
     EXPECT_EQ(nextLookSeenAt(5), 10);
     EXPECT_EQ(afterLookingAt({10}), 0);
-    EXPECT_EQ(nextLookSeenAt(10), 90);
+    EXPECT_EQ(reminders.look(*database, session.statusSince + minutes{10}).next,
+              std::chrono::floor<minutes>(session.statusSince) + minutes{90});
     EXPECT_EQ(afterLookingAt({90}), 1);
 }
 

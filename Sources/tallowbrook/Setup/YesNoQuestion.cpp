@@ -1,15 +1,15 @@
-#include "Setup/Question.h"
+#include "Setup/YesNoQuestion.h"
 
 #include <iostream>
-#include <string>
 
 #include "Output/ExitStatus.h"
 #include "Output/StandardStreams.h"
 
 namespace tallowbrook::host {
 
-std::optional<bool> agreesTo(std::string_view question) {
-    if (StandardStreams::showAsResult(question) != ExitStatus::done) return std::nullopt;
+std::optional<bool> agreesTo(const std::string& question) {
+    if (StandardStreams::showAsResult(question + " [y/N] ") != ExitStatus::done)
+        return std::nullopt;
     std::string answer;
     if (!std::getline(std::cin, answer)) {
         // The line of the question is still open.
