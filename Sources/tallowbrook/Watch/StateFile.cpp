@@ -102,9 +102,9 @@ std::string StateFile::contents(Database& database, Instant now) {
     encoder.encode("schema", schema);
     encoder.encodeRaw("waiting", "[" + waiting + "]");
     const auto working = store.sessionsAtWork(ago(staleAfter));
-    encoder.encode("working", std::ranges::count_if(working, [](const auto& session) {
-                       return !session.key.isSetupCheck();
-                   }));
+    const std::int64_t workingCount = std::ranges::count_if(
+        working, [](const auto& session) { return !session.key.isSetupCheck(); });
+    encoder.encode("working", workingCount);
     return PrintableText::printableJSON(encoder.text());
 }
 
