@@ -102,7 +102,10 @@ std::string StateFile::contents(Database& database, Instant now) {
     auto encoder = EventCoding::makeEncoder();
     encoder.encode("schema", schema);
     encoder.encodeRaw("waiting", "[" + waiting + "]");
-    encoder.encode("working", store.countOfWorkingSessions(ago(staleAfter)));
+    const auto working = store.sessionsAtWork(ago(staleAfter));
+    const std::int64_t workingCount = std::ranges::count_if(
+        working, [](const auto& session) { return !session.key.isSetupCheck(); });
+    encoder.encode("working", workingCount);
     return PrintableText::printableJSON(encoder.text());
 }
 
