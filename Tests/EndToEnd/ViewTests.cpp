@@ -42,7 +42,7 @@ TEST_F(View, showsWhatHappensAsItHappens) {
     home.claude("PermissionRequest");
     screen.waitFor(oneWaits);
     EXPECT_THAT(screen.text(), ContainsRegex("› ● proj +needs permission +Bash +<1 min +Claude"));
-    EXPECT_THAT(screen.text(), HasSubstr("Claude Code needs permission: proj"));
+    screen.waitFor("Claude Code needs permission: proj");
     home.claude("Stop");
     screen.waitFor(empty);
     EXPECT_THAT(screen.text(), ContainsRegex("› ✓ proj +completed"));

@@ -22,7 +22,7 @@ namespace {
 
 const std::string kill = "signal=KILL";
 
-constexpr std::size_t chosenOfAName = 8;
+constexpr std::size_t chosenOfAName = 5;
 
 bool isLockCall(const SystemCall& call) { return call.name == "fcntl"; }
 

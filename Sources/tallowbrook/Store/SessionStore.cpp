@@ -131,15 +131,6 @@ std::vector<SessionSnapshot> SessionStore::completedSessions(Instant seenSince) 
     return readSnapshots(query);
 }
 
-std::int64_t SessionStore::countOfWorkingSessions(Instant seenSince) {
-    const auto query = database_.prepared(
-        "SELECT count(*) FROM sessions WHERE status = 'working' AND last_seen_at >= ?"
-        " AND instr(storage_id, ?) = 0");
-    query->bind(1, storedForm(seenSince));
-    query->bind(2, "|" + std::string{setupCheckPrefix});
-    return query->executeStep() ? query->getColumn(0).getInt64() : 0;
-}
-
 std::int64_t SessionStore::countOfSessionsSeenBefore(Instant time) {
     const auto countAll =
         database_.prepared("SELECT count(*) FROM sessions WHERE last_seen_at < ?");

@@ -51,8 +51,7 @@ class SessionStore {
     std::vector<SessionSnapshot> sessionsThatWait(Instant seenSince);
     std::vector<SessionSnapshot> sessionsAtWork(Instant seenSince);
     std::vector<SessionSnapshot> completedSessions(Instant seenSince);
-    // Without the setup's own, both.
-    std::int64_t countOfWorkingSessions(Instant seenSince);
+    // Without the setup's own.
     std::int64_t countOfSessionsSeenBefore(Instant time);
 
     std::int64_t addSession(const SessionSnapshot& snapshot);
