@@ -191,9 +191,9 @@ std::optional<Asking> AgentProfile::asking(const std::optional<std::string>& nam
     return std::nullopt;
 }
 
-bool AgentProfile::isLeaving(const std::optional<std::string>& endReason) const {
+bool AgentProfile::isLeaving(const std::optional<std::string>& reason) const {
     return std::ranges::any_of(leavingReasons,
-                               [&](std::string_view reason) { return endReason == reason; });
+                               [&](std::string_view word) { return reason == word; });
 }
 
 const AgentProfile& AgentProfile::of(PayloadSource source) { return *ownerOf(source).profile; }

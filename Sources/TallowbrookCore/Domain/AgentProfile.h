@@ -120,7 +120,7 @@ struct AgentProfile {
     std::optional<Asking> asking(const std::optional<std::string>& name) const;
 
     // Whether a session that ended for this reason was left by its user on purpose.
-    bool isLeaving(const std::optional<std::string>& endReason) const;
+    bool isLeaving(const std::optional<std::string>& reason) const;
 };
 
 // The source, as its agent's row describes it.
