@@ -107,7 +107,7 @@ std::string TerminalNotes::told(TerminalProtocol protocol, const NotificationCon
         case TerminalProtocol::bell:
             break;
     }
-    return bell;
+    return std::string{bell};
 }
 
 std::string TerminalNotes::withdrawn(TerminalProtocol protocol, std::string_view sessionStorageID) {

@@ -10,18 +10,19 @@ namespace {
 // What waits for it is told late by so much, at most.
 constexpr std::chrono::milliseconds patience{500};
 
+// In a zoomed window only the active pane is to be seen.
+constexpr const char* passthroughFormat =
+    "#{allow-passthrough} #{window_active} #{?window_zoomed_flag,#{pane_active},1}";
+
 }  // namespace
 
 ProgramRequest TmuxWindow::question(const std::string& tmux, const std::string& pane) {
-    return {.path = tmux,
-            .arguments = {"-u", "display-message", "-p", "-t", pane,
-                          // In a zoomed window only the active pane is to be seen.
-                          "#{allow-passthrough} #{window_active} "
-                          "#{?window_zoomed_flag,#{pane_active},1}",
-                          ";", "list-clients", "-t", pane, "-F",
-                          "#{client_termname} #{client_termtype}"},
-            .timeout = patience,
-            .keepsOutput = true};
+    return {
+        .path = tmux,
+        .arguments = {"-u", "display-message", "-p", "-t", pane, passthroughFormat, ";",
+                      "list-clients", "-t", pane, "-F", "#{client_termname} #{client_termtype}"},
+        .timeout = patience,
+        .keepsOutput = true};
 }
 
 std::optional<TmuxWindow> TmuxWindow::of(const ProgramEnd& answer) {

@@ -94,7 +94,7 @@ void addPreferencesCommand(CommandLine& line) {
         "preferences", "Show or change what you are told",
         [given](const TallowbrookPaths& paths) {
             if (given->unset) return changePreference(paths, {*given->unset, std::nullopt});
-            if (given->value) return changePreference(paths, {*given->name, *given->value});
+            if (given->value) return changePreference(paths, {*given->name, given->value});
             return showPreferences(paths, given->name);
         },
         "\nExamples:\n"

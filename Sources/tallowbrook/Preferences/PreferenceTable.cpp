@@ -163,6 +163,7 @@ std::span<const PreferenceRow> preferenceRows() { return rows; }
 
 Sentence noPreference(std::string_view name) {
     std::vector<std::string> names;
+    names.reserve(rows.size());
     for (const auto& row : rows) names.emplace_back(row.name);
     return Sentence{
         fmt::format("There is no preference named \"{}\"{}", name, suggestion(name, names))};

@@ -24,6 +24,10 @@ bool contains(std::string_view list, std::string_view word) {
     return false;
 }
 
+constexpr const char* clientFormat =
+    "client #{client_flags} #{focus-events} #{client_termfeatures} "
+    "#{client_activity} #{pane_tty} #{pane_current_path}";
+
 }  // namespace
 
 void Gaze::ask() {
@@ -34,14 +38,11 @@ void Gaze::ask() {
     if (!tmux) return;
     // Of a client the pane is the one that it shows as active. What may hold blanks comes last.
     const auto started = runs_.start(
-        ++question_,
-        {.path = *tmux,
-         .arguments = {"-u", "list-clients", "-F",
-                       "client #{client_flags} #{focus-events} #{client_termfeatures} "
-                       "#{client_activity} #{pane_tty} #{pane_current_path}",
-                       ";", "list-panes", "-a", "-F", "pane #{pane_tty} #{pane_current_path}"},
-         .timeout = patience,
-         .keepsOutput = true});
+        ++question_, {.path = *tmux,
+                      .arguments = {"-u", "list-clients", "-F", clientFormat, ";", "list-panes",
+                                    "-a", "-F", "pane #{pane_tty} #{pane_current_path}"},
+                      .timeout = patience,
+                      .keepsOutput = true});
     if (started) awaitedFor_ = steady_clock::now() + patience;
 }
 

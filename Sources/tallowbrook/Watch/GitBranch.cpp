@@ -22,7 +22,7 @@ std::optional<std::string> lineBehind(std::string_view prefix, const std::filesy
 
 std::optional<std::filesystem::path> gitDirectory(std::filesystem::path directory) {
     while (true) {
-        const auto candidate = directory / ".git";
+        auto candidate = directory / ".git";
         std::error_code error;
         if (is_directory(candidate, error)) return candidate;
         if (is_regular_file(candidate, error)) {

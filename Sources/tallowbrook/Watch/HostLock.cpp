@@ -78,7 +78,7 @@ std::optional<HostHolder> HostLock::holder(const TallowbrookPaths& paths) {
         std::string_view rest = text;
         const auto pid = parseNumber<pid_t>(takeUntil(rest, ' '));
         const auto since = EventDate::parse(takeUntil(rest, '\n'));
-        if (pid && since) return HostHolder{pid, *since};
+        if (pid && since) return HostHolder{pid, since};
         if (tries + 1 == maxTries) return HostHolder{};
         std::this_thread::sleep_for(pause);
     }
