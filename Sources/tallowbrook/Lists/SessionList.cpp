@@ -111,7 +111,7 @@ SessionStatus displayStatus(const SessionSnapshot& session,
 }
 
 RecordEncoder agentRecord(const AgentPresence& presence) {
-    RecordEncoder encoder;
+    auto encoder = EventCoding::makeEncoder();
     encoder.encode("state", presence.state);
     encoder.encode("since", presence.since);
     encoder.encode("evidence", presence.evidence);
