@@ -11,8 +11,9 @@ namespace {
 
 // Not std::chrono::current_zone, which GCC 12 lacks.
 std::tm localTime(Instant instant) {
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(
-        std::chrono::time_point_cast<std::chrono::system_clock::duration>(instant));
+    // Not by the system clock's own conversion, whose nanoseconds cannot hold the distant past.
+    const std::time_t seconds =
+        std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count();
     std::tm local{};
     localtime_r(&seconds, &local);
     return local;
